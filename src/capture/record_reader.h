@@ -1,0 +1,48 @@
+#pragma once
+// Random and block access to the MPs of a record file by offset: MP n is the
+// 80 bytes at n * 80. Nothing here ever loads a whole recording. A file whose
+// size is not a multiple of 80 (cut off by a crash) counts its whole records.
+// The file may grow while it is read (the recorder appends through its own
+// handle), so the count is taken fresh on each call.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "capture/mp_record.h"
+
+namespace kestrel {
+
+class RecordReader {
+public:
+    RecordReader() = default;
+    ~RecordReader();
+    RecordReader(const RecordReader &) = delete;
+    RecordReader &operator=(const RecordReader &) = delete;
+    RecordReader(RecordReader &&other) noexcept;
+    RecordReader &operator=(RecordReader &&other) noexcept;
+
+    // Opens read-only; false (with errorText()) when the file cannot be opened.
+    [[nodiscard]] bool open(const std::string &path);
+    void close();
+    [[nodiscard]] bool isOpen() const { return fd_ >= 0; }
+    [[nodiscard]] const std::string &path() const { return path_; }
+    [[nodiscard]] const std::string &errorText() const { return error_; }
+
+    [[nodiscard]] std::uint64_t fileSize() const;
+    [[nodiscard]] std::uint64_t recordCount() const { return fileSize() / kMpSize; }
+
+    // MP n; false when n is at or beyond the end (a short read).
+    [[nodiscard]] bool read(std::uint64_t n, MpRecord &out) const;
+    // Up to count consecutive MPs from first, decoded; returns how many were read.
+    std::uint64_t readBlock(std::uint64_t first, std::uint64_t count, std::vector<MpRecord> &out) const;
+    // Up to count raw 80-byte records from first into buf (count * 80 bytes); returns records read.
+    std::uint64_t readRaw(std::uint64_t first, std::uint64_t count, std::uint8_t *buf) const;
+
+private:
+    int fd_ = -1;
+    std::string path_;
+    std::string error_;
+};
+
+} // namespace kestrel
