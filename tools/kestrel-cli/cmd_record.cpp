@@ -10,6 +10,7 @@
 #include <charconv>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -27,6 +28,7 @@
 #include "capture/recorder.h"
 #include "capture/scenario.h"
 #include "capture/sim_port.h"
+#include "resources/string_table.h"
 #include "command.h"
 #if __has_include("capture/termios_port.h")
 #include "capture/termios_port.h"
@@ -179,8 +181,21 @@ public:
     bool active = false;
 };
 
+// Messages in German when the locale asks for it, else in English.
+void chooseLanguageFromLocale()
+{
+    const char *lang = nullptr;
+    for (const char *var : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        lang = std::getenv(var);
+        if (lang && *lang)
+            break;
+    }
+    SetGlobalLang(lang && std::strncmp(lang, "de", 2) == 0 ? kLangGerman : kLangEnglish);
+}
+
 int runRecord(const std::vector<std::string> &args)
 {
+    chooseLanguageFromLocale();
     RecordOptions o;
     if (const auto exit = parseOptions(args, o))
         return *exit;
