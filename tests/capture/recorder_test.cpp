@@ -74,6 +74,8 @@ public:
     void stopRedrawThread() override { ++redrawStopped; }
     void setRecordButtons(bool down) override { recDown = down; }
     void refreshSizeLabel(const std::string &l) override { label = l; }
+    void setStatusLights(bool hold, bool recording) override { lights.push_back({hold, recording}); }
+    std::vector<std::pair<bool, bool>> lights;
     int on = 0, off = 0, redrawStarted = 0, redrawStopped = 0;
     bool recDown = false;
     std::string mode, label;
@@ -454,4 +456,24 @@ TEST_F(RecorderFixture, FullDiskIsReportedOnceAndStopsTheRecording)
     EXPECT_EQ(recs.size(), before); // whole records only, the stop mark found no room either
     expectGapFree(recs);
     EXPECT_EQ(recs.back().d1, 'a');
+}
+
+TEST_F(RecorderFixture, LightsBlinkWhileTheirStateLastsAndStayOffWhilePaused)
+{
+    using Lights = std::vector<std::pair<bool, bool>>;
+    rec.btnRecordClick();
+    rec.LEDToggleTimerTimer();
+    rec.LEDToggleTimerTimer();
+    rec.btnViewHoldClick(); // hold on: capture goes on
+    EXPECT_TRUE(rec.viewHold());
+    rec.LEDToggleTimerTimer();
+    rec.btnPauseClick();
+    rec.LEDToggleTimerTimer();
+    rec.btnViewHoldClick();
+    rec.LEDToggleTimerTimer();
+    EXPECT_EQ(view.lights, (Lights{{false, true}, {false, false}, {false, false}, {true, true},
+                                   {false, false}, {false, false}, {false, false}}));
+    dataByte('x');
+    rec.btnStopClick();
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
 }
