@@ -156,8 +156,24 @@ TEST(Validate, DropsInvalidCharactersButKeepsTheSecondOfAPair)
         EXPECT_EQ(ValidateHexString(c.in), c.hex) << c.in;
         EXPECT_EQ(ValidateBinString(c.in), c.bin) << c.in;
     }
-    // Running it again finishes the job.
-    EXPECT_EQ(ValidateHexString(ValidateHexString("xyz")), "");
+    // Running it again finishes the job: repeated passes end with exactly the
+    // allowed characters of the input, in order.
+    std::mt19937 rng(3);
+    const std::string alphabet = "0123456789ABCDEFabcxyz G";
+    for (int n = 0; n < 500; ++n) {
+        std::string in;
+        for (int i = 0; i < n % 20; ++i)
+            in.push_back(alphabet[rng() % alphabet.size()]);
+        std::string want;
+        for (char c : in)
+            if (std::string_view("0123456789ABCDEF").find(c) != std::string_view::npos)
+                want.push_back(c);
+        std::string v = in;
+        for (int pass = 0; pass < 20; ++pass)
+            v = ValidateHexString(v);
+        EXPECT_EQ(v, want) << in;
+        EXPECT_LE(ValidateHexString(in).size(), in.size());
+    }
 }
 
 TEST(TriggerText, CaretPairsBecomeBytesAndUnknownPairsVanish)
