@@ -313,7 +313,7 @@ int runRecord(const std::vector<std::string> &args)
 
     RecordReader check;
     const std::uint64_t mps = check.open(output) ? check.recordCount() : 0;
-    std::fprintf(stderr, "kestrel-cli record: %s: %llu MPs in the file\n", output.c_str(),
+    std::printf("kestrel-cli record: %s: %llu MPs in the file\n", output.c_str(),
                  static_cast<unsigned long long>(mps));
     if (recorder.writeFailed() || recorder.portLost())
         return kExitFailure;
