@@ -28,12 +28,9 @@
 #include "capture/recorder.h"
 #include "capture/scenario.h"
 #include "capture/sim_port.h"
+#include "capture/termios_port.h"
 #include "resources/string_table.h"
 #include "command.h"
-#if __has_include("capture/termios_port.h")
-#include "capture/termios_port.h"
-#define KESTREL_HAVE_TERMIOS_PORT 1
-#endif
 
 namespace kestrel::cli {
 namespace {
@@ -142,12 +139,6 @@ std::optional<int> parseOptions(const std::vector<std::string> &args, RecordOpti
     return std::nullopt;
 }
 
-#ifdef KESTREL_HAVE_TERMIOS_PORT
-std::unique_ptr<ComPort> MakeDevicePort() { return std::make_unique<TermiosPort>(); }
-#else
-std::unique_ptr<ComPort> MakeDevicePort() { return nullptr; }
-#endif
-
 // Ctrl-C and SIGTERM reach the event loop through a pipe.
 int g_signalPipe[2] = {-1, -1};
 
@@ -241,12 +232,8 @@ int runRecord(const std::vector<std::string> &args)
         portA = &line->portA();
         portB = &line->portB();
     } else {
-        deviceA = MakeDevicePort();
-        deviceB = MakeDevicePort();
-        if (!deviceA || !deviceB) {
-            std::fprintf(stderr, "kestrel-cli record: real serial ports are not available in this build\n");
-            return kExitFailure;
-        }
+        deviceA = std::make_unique<TermiosPort>(o.portA);
+        deviceB = std::make_unique<TermiosPort>(o.portB);
         portA = deviceA.get();
         portB = deviceB.get();
     }
