@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <filesystem>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -77,6 +78,19 @@ struct CliFixture : ::testing::Test {
         EXPECT_TRUE(r.open(ksr));
         return SummarizeRecording(r);
     }
+    // Waits until the recorder has written its start marks and the first MP (ports open,
+    // signal handlers in place); false after ten seconds.
+    bool waitForRecording() const
+    {
+        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (std::chrono::steady_clock::now() < until) {
+            RecordReader r;
+            if (r.open(ksr) && r.recordCount() >= 3)
+                return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        return false;
+    }
     static std::vector<int> systemMarks(const RecordingSummary &s)
     {
         std::vector<int> codes;
@@ -120,8 +134,10 @@ TEST_F(CliFixture, RecordThenAppendIsOneSoundRecording)
 TEST_F(CliFixture, CtrlCAndSigtermStopWithTheStopMark)
 {
     for (int sig : {SIGINT, SIGTERM}) {
+        std::filesystem::remove(ksr);
         const pid_t pid = startCli({"record", "--simulate", "-o", ksr, "--replace"}, out);
-        std::this_thread::sleep_for(std::chrono::milliseconds(700));
+        ASSERT_TRUE(waitForRecording());
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
         ::kill(pid, sig);
         ASSERT_EQ(waitCli(pid), 0) << "signal " << sig << "\n" << output();
         const RecordingSummary s = summary();
@@ -135,7 +151,8 @@ TEST_F(CliFixture, CtrlCAndSigtermStopWithTheStopMark)
 TEST_F(CliFixture, KilledRecordingIsReadableAndAppendContinuesWithoutGap)
 {
     const pid_t pid = startCli({"record", "--simulate", "-o", ksr}, out);
-    std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+    ASSERT_TRUE(waitForRecording());
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
     ::kill(pid, SIGKILL);
     ASSERT_EQ(waitCli(pid), 128 + SIGKILL);
     const RecordingSummary killed = summary();
@@ -237,11 +254,12 @@ TEST_F(CliFixture, RealPortsRecordEveryByteRefuseABusyPortAndStopWhenUnplugged)
         const std::vector<std::string> ports{"--port-a", a.slave, "--port-b", b.slave, "--baud", "115200"};
         std::vector<std::string> args{"record", "-o", ksr, "--replace"};
         args.insert(args.end(), ports.begin(), ports.end());
+        std::filesystem::remove(ksr);
         const pid_t pid = startCli(args, out);
-        std::this_thread::sleep_for(std::chrono::milliseconds(400));
+        ASSERT_TRUE(waitForRecording());
 
         // The ports are taken: a second recorder says so and leaves its file alone.
-        std::vector<std::string> second{"record", "-o", dir.file("second.ksr")};
+        std::vector<std::string> second{"record", "-o", dir.file("second.ksr"), "--duration", "1"};
         second.insert(second.end(), ports.begin(), ports.end());
         const std::string firstOut = out;
         out = dir.file("second.out");
