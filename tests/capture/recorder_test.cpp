@@ -477,3 +477,17 @@ TEST_F(RecorderFixture, LightsBlinkWhileTheirStateLastsAndStayOffWhilePaused)
     rec.btnStopClick();
     EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
 }
+
+TEST(RecordModeQuestion, YesReplacesNoAppendsAnythingElseCancels)
+{
+    const std::pair<int, int> cases[] = {{MsgResult::Yes, RecordMode::Replace}, {MsgResult::No, RecordMode::Append},
+                                         {MsgResult::Cancel, RecordMode::None}, {MsgResult::UnlistedOk, RecordMode::None}};
+    for (const auto &[answer, mode] : cases) {
+        test::ScriptedPrompter prompter;
+        prompter.answerNext(answer);
+        EXPECT_EQ(AskRecordMode(prompter), mode) << answer;
+        ASSERT_EQ(prompter.asked.size(), 1u);
+        EXPECT_EQ(prompter.asked[0].buttons, Buttons::YesNoCancel);
+        EXPECT_EQ(prompter.asked[0].text.rfind(StrIn(3010, GlobalLang()), 0), 0u);
+    }
+}
