@@ -341,6 +341,15 @@ int Recorder::record(std::uint16_t burst)
     return r;
 }
 
+int Recorder::WriteTriggerMark(std::uint8_t t, std::uint8_t a, std::uint8_t b)
+{
+    if (!loaded())
+        return WriteResult::WriteFailed;
+    const int r = store_.WriteTriggerMark(t, a, b);
+    noteWrite(r);
+    return r;
+}
+
 void Recorder::endBurst() { noteWrite(store_.endBurst()); }
 
 void Recorder::noteWrite(int result)

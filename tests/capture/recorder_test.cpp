@@ -373,15 +373,20 @@ TEST_F(RecorderFixture, TriggerControlledStartWritesNothingUntilTriggersOpenTheG
     EXPECT_EQ(ports.count("arm"), 0); // trigger evaluation arms its own
     dataByte('n');
     EXPECT_EQ(fileRecords().size(), 2u);
+    EXPECT_EQ(rec.WriteTriggerMark(0, 1, 12), 0); // the start trigger fires
     rec.captureEnabled = true;
     rec.triggerStates.stopGroupArmed = true;
     dataByte('y');
     rec.btnStopClick();
     EXPECT_FALSE(rec.triggerControlled);
     EXPECT_FALSE(rec.captureEnabled);
+    EXPECT_EQ(rec.WriteTriggerMark(1, 1, 12), WriteResult::WriteFailed); // no recording any more
     const auto recs = fileRecords();
-    ASSERT_EQ(recs.size(), 4u);
-    EXPECT_EQ(recs[2].d1, 'y');
+    ASSERT_EQ(recs.size(), 5u);
+    EXPECT_EQ(recs[2].markCode, 1);
+    EXPECT_EQ(recs[2].markExtra, 12);
+    EXPECT_EQ(recs[3].d1, 'y');
+    EXPECT_EQ(recs[3].markCode, 0);
 }
 
 TEST_F(RecorderFixture, LostPortStopsOnceKeepsEverythingAndReportsOnce)
