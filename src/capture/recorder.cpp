@@ -183,10 +183,11 @@ int Recorder::LoadRecorder()
         file_.setPath(resolved.path);
         view_->environmentChanged();
     }
-    std::error_code ec;
-    const auto folder = std::filesystem::path(file_.path()).parent_path();
-    if (!folder.empty())
-        std::filesystem::create_directories(folder, ec); // a failure shows up as 3001/3002 below
+    if (resolved.placed) {
+        // The record folder is ours to make; any other missing folder is the user's mistake (3002 below).
+        std::error_code ec;
+        std::filesystem::create_directories(DefaultRecordFolder(dataDir_), ec);
+    }
 
     if (file_.exists()) {
         if (!file_.open(RecordHandle::Record))

@@ -323,6 +323,7 @@ TEST_F(RecorderFixture, FileErrorsAreReportedAndNothingStaysOpen)
     const Case cases[] = {
         {dir.file("isdir.ksr"), "Error opening record file!"},
         {dir.file("plainfile") + "/x.ksr", "Error creating record file!"},
+        {dir.file("no-such-folder") + "/x.ksr", "Error creating record file!"},
     };
     for (const auto &c : cases) {
         prompter.asked.clear();
