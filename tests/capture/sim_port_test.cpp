@@ -234,6 +234,26 @@ TEST_F(SimFixture, DataTriggerMatchesAcrossChunksAndEachOccurrence)
     EXPECT_EQ(logA.count(hit), 2);
 }
 
+TEST(SimLineRealTime, TimerPacesTheLineOnTheSystemClock)
+{
+    test::TestApp();
+    ScenarioError err;
+    auto sc = ParseScenario("baud 9600\nb \"hello\"\n", err); // about 5 ms on the wire
+    ASSERT_TRUE(sc);
+    SystemClock clock;
+    SimLine line(*sc, clock);
+    NoteLog log;
+    line.portB().setListener(&log);
+    ASSERT_TRUE(line.portB().open());
+    line.restart();
+    const auto t0 = std::chrono::steady_clock::now();
+    line.start(1);
+    ASSERT_TRUE(test::SpinUntil([&] { return log.bytes == "hello"; }));
+    EXPECT_GE(std::chrono::steady_clock::now() - t0, std::chrono::microseconds(5000));
+    EXPECT_TRUE(line.finished());
+    line.stopTimer();
+}
+
 TEST(ReceiveChannel, ReaderWaitsFromFullUntilTheResumeLevel)
 {
     test::TestApp();
