@@ -12,6 +12,7 @@ namespace kestrel {
 namespace {
 // Events handed over per poll at most, so that a looping scenario without pauses never stalls the event loop.
 constexpr std::size_t kMaxEventsPerPoll = 65536;
+constexpr std::int64_t kNever = std::int64_t{1} << 62; // far beyond any recording, with room to add to
 } // namespace
 
 SimPort::SimPort(SimLine &line, int index, std::string name)
@@ -86,10 +87,11 @@ void SimLine::compile()
     for (const ScenarioStep &st : scenario_.steps) {
         switch (st.kind) {
         case ScenarioStep::Kind::Wait:
-            now += st.nanoseconds;
+            // Saturate: a scenario full of huge waits just never gets there.
+            now = st.nanoseconds > kNever - now ? kNever : now + st.nanoseconds;
             break;
         case ScenarioStep::Kind::At:
-            now = std::max(now, st.nanoseconds);
+            now = std::max(now, std::min(st.nanoseconds, kNever));
             break;
         case ScenarioStep::Kind::Bytes: {
             // A wire carries one character at a time; bytes arrive when their stop bit is done

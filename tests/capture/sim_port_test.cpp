@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <random>
 #include <thread>
 
 #include "capture/clock.h"
@@ -355,6 +356,24 @@ TEST(Scenario, ParseErrorsNameTheLineAndTheReason)
     ScenarioError err;
     EXPECT_FALSE(LoadScenarioFile("/nonexistent/x.ksc", err));
     EXPECT_EQ(err.line, 0);
+}
+
+TEST(Scenario, GarbageNeverCrashesAndErrorsAlwaysNameALine)
+{
+    const char *pieces[] = {"a ", "b ", "& ", "modem ", "error ", "wait ", "at ", "loop", "chunk ", "\"", "'", "\\",
+                            "\\x", "<", ">", "STX", "0x", "FF", "1", "ms", "#", "\n", " ", "+DSR", "-", "A", "\xff", "\0"};
+    std::mt19937 rng(7);
+    for (int round = 0; round < 3000; ++round) {
+        std::string text;
+        const int n = static_cast<int>(rng() % 24);
+        for (int i = 0; i < n; ++i)
+            text += pieces[rng() % std::size(pieces)];
+        ScenarioError err;
+        if (!ParseScenario(text, err)) {
+            EXPECT_GE(err.line, 1) << text;
+            EXPECT_FALSE(err.reason.empty()) << text;
+        }
+    }
 }
 
 TEST(Scenario, CommentsAndHashInsideText)
