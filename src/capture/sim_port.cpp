@@ -79,7 +79,6 @@ std::int64_t SimLine::charTimeNs() const
 void SimLine::compile()
 {
     const std::int64_t ct = charTimeNs();
-    compiledCharTime_ = ct;
     events_.clear();
     std::int64_t now = 0, prevStart = 0;
     std::array<std::int64_t, 2> wireFree{};
