@@ -21,7 +21,7 @@ class RecordingBuilder {
 public:
     // start: the date-time of MP 0; step: seconds between consecutive MPs.
     explicit RecordingBuilder(double start = 45000.5, double stepSeconds = 0.001, bool systemMarks = true)
-        : time_(start), step_(stepSeconds / 86400.0)
+        : start_(start), stepSeconds_(stepSeconds)
     {
         if (systemMarks) {
             mark(0, kSystemMarkKind, 0);
@@ -34,8 +34,8 @@ public:
     {
         MpRecord mp = levels_;
         mp.number = static_cast<std::uint32_t>(mps_.size());
-        mp.time = time_;
-        time_ += step_;
+        // From the start and the count, not by summing steps: no drift over long recordings.
+        mp.time = start_ + (static_cast<double>(mps_.size()) * stepSeconds_ + gapSeconds_) / 86400.0;
         mps_.push_back(mp);
         return *this;
     }
@@ -78,7 +78,7 @@ public:
     }
     RecordingBuilder &gap(double seconds)
     {
-        time_ += seconds / 86400.0;
+        gapSeconds_ += seconds;
         return *this;
     }
 
@@ -105,8 +105,9 @@ public:
 private:
     std::vector<MpRecord> mps_;
     MpRecord levels_;
-    double time_;
-    double step_;
+    double start_;
+    double stepSeconds_;
+    double gapSeconds_ = 0.0;
 };
 
 } // namespace kestrel::test
