@@ -1,5 +1,8 @@
 #include "search/search.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include "search/block_cursor.h"
 #include "search/mp_fields.h"
 
@@ -23,25 +26,6 @@ bool restFollows(BlockCursor &ahead, std::uint64_t i, const std::vector<std::uin
         ++k;
     }
     return true;
-}
-
-enum class DataMatch { None, Partial, Full };
-
-DataMatch matchData(const std::uint8_t *rec, BlockCursor &ahead, std::uint64_t i, const DataCriteria &c)
-{
-    bool partial = false;
-    const struct {
-        bool ticked;
-        int valid, value;
-    } circuits[2] = {{c.d1, mpraw::kOffD1Valid, mpraw::kOffD1}, {c.d2, mpraw::kOffD2Valid, mpraw::kOffD2}};
-    for (const auto &cc : circuits) {
-        if (!cc.ticked || !rec[cc.valid] || rec[cc.value] != c.pattern[0])
-            continue;
-        if (restFollows(ahead, i, c.pattern, cc.valid, cc.value))
-            return DataMatch::Full;
-        partial = true;
-    }
-    return partial ? DataMatch::Partial : DataMatch::None;
 }
 
 } // namespace
@@ -73,6 +57,31 @@ GridJump GridPositionForHit(std::int64_t found, std::int64_t position)
 {
     return {found != position ? found - 1 : position, 1};
 }
+
+namespace {
+
+// Tests the MPs of one stretch of the current block, which holds `n` MPs
+// from `rec` on in the walk's direction. Returns the offset (in MPs walked)
+// of the hit, or the offset at which the walk leaves the stretch (n, or n + 1
+// after a partial data match on the last MP). Kept free of calls and checks
+// that do not depend on the MP, so a scan runs close to memory speed.
+template <typename Test>
+std::int64_t scanStretch(const std::uint8_t *rec, std::int64_t n, int dir, bool &hit, Test &&test)
+{
+    const std::ptrdiff_t stride = dir * static_cast<std::ptrdiff_t>(kMpSize);
+    std::int64_t k = 0;
+    while (k < n) {
+        const std::int64_t step = test(rec + k * stride, k);
+        if (step == 0) {
+            hit = true;
+            return k;
+        }
+        k += step;
+    }
+    return k;
+}
+
+} // namespace
 
 SearchOutcome RunSearch(const RecordReader &reader, const SearchRequest &request, const SearchHooks &hooks)
 {
@@ -113,14 +122,32 @@ SearchOutcome RunSearch(const RecordReader &reader, const SearchRequest &request
 
     BlockCursor cursor(reader);
     BlockCursor ahead(reader); // the data search's forward look-ahead keeps its own block
-    std::uint64_t untilPump = 0;
+    const std::int64_t pumpInterval = hooks.pumpInterval ? static_cast<std::int64_t>(hooks.pumpInterval) : 1;
+    std::int64_t untilPump = 0;
     out.status = SearchStatus::NotFound;
     out.messageNo = NotFoundText(c.kind);
 
-    // A partial data match steps by two, so "past the end" ends the walk too.
+    // Step 0 means a hit; a partial data match steps by two.
+    const std::uint8_t first = c.data.pattern.empty() ? 0 : c.data.pattern[0];
+    const bool d1 = c.data.d1, d2 = c.data.d2;
+    auto dataTest = [&](const std::uint8_t *rec, std::int64_t k) -> std::int64_t {
+        const bool start1 = d1 && rec[mpraw::kOffD1Valid] && rec[mpraw::kOffD1] == first;
+        const bool start2 = d2 && rec[mpraw::kOffD2Valid] && rec[mpraw::kOffD2] == first;
+        if (!start1 && !start2)
+            return 1;
+        const auto at = static_cast<std::uint64_t>(i + k * dir);
+        if (start1 && restFollows(ahead, at, c.data.pattern, mpraw::kOffD1Valid, mpraw::kOffD1))
+            return 0;
+        if (start2 && restFollows(ahead, at, c.data.pattern, mpraw::kOffD2Valid, mpraw::kOffD2))
+            return 0;
+        return 2; // the MP after a partial match is not tried as a new start
+    };
+    auto simple = [](bool hit) -> std::int64_t { return hit ? 0 : 1; };
+
+    // "Past the end" ends the walk too: a partial data match may step over it.
     while (dir > 0 ? i < end : i > end) {
-        if (untilPump == 0) {
-            untilPump = hooks.pumpInterval ? hooks.pumpInterval : 1;
+        if (untilPump <= 0) {
+            untilPump = pumpInterval;
             if (hooks.progress)
                 hooks.progress(SearchProgressPercent(i, request.maximum));
             if (hooks.stop && hooks.stop->load(std::memory_order_relaxed)) {
@@ -129,46 +156,47 @@ SearchOutcome RunSearch(const RecordReader &reader, const SearchRequest &request
                 return out;
             }
         }
-        --untilPump;
         const std::uint8_t *rec = cursor.at(static_cast<std::uint64_t>(i), dir);
         if (!rec)
             break; // the file is shorter than it was when the search started
-        ++out.tested;
-        std::int64_t step = dir;
+        std::int64_t n = static_cast<std::int64_t>(cursor.span(static_cast<std::uint64_t>(i), dir));
+        n = std::min({n, untilPump, dir > 0 ? end - i : i - end});
         bool hit = false;
+        std::int64_t walked = 0;
         switch (c.kind) {
         case SearchKind::TriggerPoint:
-            hit = MatchesTriggerPoint(rec, c.triggerNumber);
+            walked = scanStretch(rec, n, dir, hit, [&](const std::uint8_t *r, std::int64_t) {
+                return simple(MatchesTriggerPoint(r, c.triggerNumber));
+            });
             break;
         case SearchKind::DateTime:
-            hit = MatchesDateTime(rec, c.dateTime, dir);
+            walked = scanStretch(rec, n, dir, hit, [&](const std::uint8_t *r, std::int64_t) {
+                return simple(MatchesDateTime(r, c.dateTime, dir));
+            });
             break;
         case SearchKind::Error:
-            hit = MatchesError(rec, c.error);
+            walked = scanStretch(rec, n, dir, hit,
+                                 [&](const std::uint8_t *r, std::int64_t) { return simple(MatchesError(r, c.error)); });
             break;
         case SearchKind::Signal:
-            hit = MatchesSignal(rec, c.signal);
+            walked = scanStretch(rec, n, dir, hit, [&](const std::uint8_t *r, std::int64_t) {
+                return simple(MatchesSignal(r, c.signal));
+            });
             break;
         case SearchKind::Data:
-            switch (matchData(rec, ahead, static_cast<std::uint64_t>(i), c.data)) {
-            case DataMatch::Full:
-                hit = true;
-                break;
-            case DataMatch::Partial:
-                step = 2 * dir; // the MP after a partial match is not tried as a new start
-                break;
-            case DataMatch::None:
-                break;
-            }
+            walked = scanStretch(rec, n, dir, hit, dataTest);
             break;
         }
         if (hit) {
+            out.tested += static_cast<std::uint64_t>(walked) + 1;
             out.status = SearchStatus::Found;
-            out.mp = i;
+            out.mp = i + walked * dir;
             out.messageNo = 0;
             return out;
         }
-        i += step;
+        out.tested += static_cast<std::uint64_t>(std::min(walked, n));
+        untilPump -= walked;
+        i += walked * dir;
     }
     return out;
 }

@@ -62,7 +62,7 @@ struct SearchOutcome {
     SearchStatus status = SearchStatus::NotFound;
     std::int64_t mp = -1;
     int messageNo = 0;
-    std::uint64_t tested = 0; // MPs tested, for tests and the benchmark
+    std::uint64_t tested = 0; // MPs walked over (tested, or skipped after a partial match)
 };
 
 [[nodiscard]] SearchOutcome RunSearch(const RecordReader &reader, const SearchRequest &request,
