@@ -1,5 +1,6 @@
 #include "export/csv_line.h"
 
+#include <charconv>
 #include <optional>
 
 #include "export/mark_text.h"
@@ -36,39 +37,6 @@ void appendColumn(std::string &out, std::uint8_t byte, char frame)
         out += frame; // a frame character inside the frame is doubled
     appendLatin1(out, byte);
     out += frame;
-}
-
-// Raw and number columns of one data circuit. An MP without a byte on the
-// circuit leaves them empty (framed), so the columns stay aligned.
-void appendDataColumns(std::string &out, bool valid, std::uint8_t byte, const ExportOptions &o)
-{
-    const ExportColumns &c = o.columns;
-    if (!valid) {
-        const int n = 1 + c.hex + c.dec + c.oct + c.bin;
-        for (int k = 0; k < n; ++k)
-            appendField(out, {}, o);
-        return;
-    }
-    appendColumn(out, byte, o.frame);
-    out += o.separator;
-    if (c.hex)
-        appendField(out, ByteToHex(byte), o);
-    if (c.dec)
-        appendField(out, ByteToDec(byte), o);
-    if (c.oct)
-        appendField(out, ByteToOct(byte), o);
-    if (c.bin)
-        appendField(out, ByteToBin(byte), o);
-}
-
-void appendErrorLetters(std::string &out, std::uint8_t pe, std::uint8_t fe, std::uint8_t le, const ExportOptions &o)
-{
-    std::string letters;
-    const std::uint8_t flags[3] = {pe, fe, le};
-    for (int k = 0; k < 3; ++k)
-        if (flags[k])
-            letters += StrIn(ExportText::ParityLetter + k, o.langOffset);
-    appendField(out, letters, o);
 }
 
 } // namespace
@@ -146,47 +114,96 @@ std::string BuildCSVHeadLine(const ExportOptions &o)
     return line;
 }
 
-void AppendCSVFileLine(std::string &out, const MpRecord &mp, const ExportOptions &o, ExportTimeState &time)
+CsvLineWriter::CsvLineWriter(const ExportOptions &options) : o_(options)
 {
-    const ExportColumns &c = o.columns;
-    if (c.prefix)
-        appendField(out, MarkText(mp, o.langOffset), o);
-    if (c.mpNo)
-        appendField(out, std::to_string(mp.number), o);
+    const ExportColumns &c = o_.columns;
+    for (int b = 0; b < 256; ++b) {
+        const auto byte = static_cast<std::uint8_t>(b);
+        std::string &f = dataColumns_[b];
+        appendColumn(f, byte, o_.frame);
+        f += o_.separator;
+        if (c.hex)
+            appendField(f, ByteToHex(byte), o_);
+        if (c.dec)
+            appendField(f, ByteToDec(byte), o_);
+        if (c.oct)
+            appendField(f, ByteToOct(byte), o_);
+        if (c.bin)
+            appendField(f, ByteToBin(byte), o_);
+    }
+    appendField(emptyField_, {}, o_);
+    const int n = 1 + c.hex + c.dec + c.oct + c.bin;
+    for (int k = 0; k < n; ++k)
+        emptyDataColumns_ += emptyField_;
+    appendField(levelField_[0], "0", o_);
+    appendField(levelField_[1], "1", o_);
+    for (int m = 0; m < 8; ++m) {
+        std::string letters;
+        for (int k = 0; k < 3; ++k)
+            if (m & (1 << k))
+                letters += StrIn(ExportText::ParityLetter + k, o_.langOffset);
+        appendField(errorField_[m], letters, o_);
+    }
+}
+
+void CsvLineWriter::append(std::string &out, const MpRecord &mp, ExportTimeState &time) const
+{
+    const ExportColumns &c = o_.columns;
+    if (c.prefix) {
+        if (mp.markCode == 0)
+            out += emptyField_;
+        else
+            appendField(out, MarkText(mp, o_.langOffset), o_);
+    }
+    if (c.mpNo) {
+        char digits[16];
+        const auto r = std::to_chars(digits, digits + sizeof digits, mp.number);
+        appendField(out, std::string_view(digits, static_cast<std::size_t>(r.ptr - digits)), o_);
+    }
     time.noteRead(mp);
     if (c.timestamp) {
         std::string &text = time.scratch;
         text.clear();
-        AppendExportTime(text, mp.time, o.timeMode, time);
-        appendField(out, text, o);
+        AppendExportTime(text, mp.time, o_.timeMode, time);
+        appendField(out, text, o_);
     }
     time.previous = mp.time;
+    // An MP without a byte on a checked circuit keeps its columns, empty, so the columns stay aligned.
     if (c.d1)
-        appendDataColumns(out, mp.d1Valid != 0, mp.d1, o);
+        out += mp.d1Valid ? dataColumns_[mp.d1] : emptyDataColumns_;
     if (c.d2)
-        appendDataColumns(out, mp.d2Valid != 0, mp.d2, o);
+        out += mp.d2Valid ? dataColumns_[mp.d2] : emptyDataColumns_;
     const std::uint8_t levels[6] = {mp.s1, mp.m1, mp.s2, mp.m2, mp.m5, mp.m3};
     const bool lines[6] = {c.s1, c.m1, c.s2, c.m2, c.m5, c.m3};
     for (int k = 0; k < 6; ++k)
         if (lines[k])
-            appendField(out, levels[k] ? "1" : "0", o);
+            out += levelField_[levels[k] ? 1 : 0];
     if (c.pfl) {
         if (c.d1)
-            appendErrorLetters(out, mp.peD1, mp.feD1, mp.leD1, o);
+            out += errorField_[(mp.peD1 ? 1 : 0) | (mp.feD1 ? 2 : 0) | (mp.leD1 ? 4 : 0)];
         if (c.d2)
-            appendErrorLetters(out, mp.peD2, mp.feD2, mp.leD2, o);
+            out += errorField_[(mp.peD2 ? 1 : 0) | (mp.feD2 ? 2 : 0) | (mp.leD2 ? 4 : 0)];
     }
     if (c.description) {
-        const auto d1 = mp.d1Valid ? std::optional<std::uint8_t>(mp.d1) : std::nullopt;
-        const auto d2 = mp.d2Valid ? std::optional<std::uint8_t>(mp.d2) : std::nullopt;
-        appendField(out, JoinDescriptions(d1, d2, CharMode::Ascii), o);
+        const std::string_view n1 = mp.d1Valid ? ControlDescription(mp.d1, CharMode::Ascii) : std::string_view();
+        const std::string_view n2 = mp.d2Valid ? ControlDescription(mp.d2, CharMode::Ascii) : std::string_view();
+        if (n1.empty() && n2.empty()) {
+            out += emptyField_;
+        } else {
+            std::string &text = time.scratch;
+            text.assign(n1);
+            if (!n1.empty() && !n2.empty())
+                text += kDescriptionJoiner;
+            text += n2;
+            appendField(out, text, o_);
+        }
     }
 }
 
 std::string BuildCSVFileLine(const MpRecord &mp, const ExportOptions &o, ExportTimeState &time)
 {
     std::string line;
-    AppendCSVFileLine(line, mp, o, time);
+    CsvLineWriter(o).append(line, mp, time);
     return line;
 }
 

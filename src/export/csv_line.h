@@ -6,10 +6,11 @@
 //
 //   BuildCSVHeadLine(options)            the head line
 //   BuildCSVFileLine(mp, options, time)  the line of one MP (time: the running time state)
-//   AppendCSVFileLine(out, ...)          the same, appended to a buffer (the export loop)
+//   CsvLineWriter(options).append(out, mp, time)   the same for the export loop
 //   BuildCSVColumn(byte, frame)          the raw column of one data byte
 //   AppendFramed(out, text, frame)       frame + text + frame, frame characters doubled
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -33,7 +34,23 @@ inline constexpr int ParityLetter = 4291;   // "P"; 4292 "F", 4293 "L"
 [[nodiscard]] std::string BuildCSVHeadLine(const ExportOptions &options);
 
 [[nodiscard]] std::string BuildCSVFileLine(const MpRecord &mp, const ExportOptions &options, ExportTimeState &time);
-void AppendCSVFileLine(std::string &out, const MpRecord &mp, const ExportOptions &options, ExportTimeState &time);
+
+// The data line builder of a running export: everything that depends only on
+// the options and a byte value (framed number columns, level and error
+// fields, control names) is prepared once, so a line costs a few appends.
+class CsvLineWriter {
+public:
+    explicit CsvLineWriter(const ExportOptions &options);
+    void append(std::string &out, const MpRecord &mp, ExportTimeState &time) const;
+
+private:
+    ExportOptions o_;
+    std::array<std::string, 256> dataColumns_; // raw + HEX/DEC/OCT/BIN of each byte, framed, separated
+    std::string emptyDataColumns_;             // the same columns for an MP without a byte
+    std::string levelField_[2];                // "0" and "1", framed, separated
+    std::array<std::string, 8> errorField_;    // P/F/L letters of each flag combination
+    std::string emptyField_;
+};
 
 // The byte as one character, framed; a byte equal to the frame character is
 // doubled inside the frame. Bytes from 0x80 on are written as the Latin-1

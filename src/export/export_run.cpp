@@ -81,6 +81,7 @@ ExportResult RunExport(const RecordReader &reader, const ExportOptions &options,
         out += "\r\n";
     }
 
+    const CsvLineWriter lineWriter(options);
     const std::uint64_t total = range.last - range.first + 1;
     std::vector<std::uint8_t> block(kBlockRecords * kMpSize);
     std::uint64_t untilPump = 0;
@@ -104,7 +105,7 @@ ExportResult RunExport(const RecordReader &reader, const ExportOptions &options,
             --untilPump;
             const std::uint8_t *rec = block.data() + k * kMpSize;
             if (csv) {
-                AppendCSVFileLine(out, DecodeMp(rec), options, time);
+                lineWriter.append(out, DecodeMp(rec), time);
                 out += "\r\n";
             } else {
                 // Raw data stream: the bare bytes, D1 before D2, nothing between them.
