@@ -60,6 +60,8 @@ TEST(CliRecordings, SearchPrintsTheMpOrTheNotFoundText)
     EXPECT_EQ(cli("search " + f.rec + " --data 4142 --d1").out, "6\n");
     EXPECT_EQ(cli("search " + f.rec + " --data '48 69' --d1 --d2").out, "2\n");
     EXPECT_EQ(cli("search " + f.rec + " --trigger 3").out, "5\n");
+    EXPECT_EQ(cli("search " + f.rec + " --text Hi --d1").out, "2\n");
+    EXPECT_EQ(cli("search " + f.rec + " --text 'i!' --d1 --d2").code, 1); // one circuit at a time
     EXPECT_EQ(cli("search " + f.rec + " --signal S1=1 --backward").out, "7\n");
     EXPECT_EQ(cli("search " + f.rec + " --error PE=1").out, "7\n");
     EXPECT_EQ(cli("search " + f.rec + " --time '2026-03-01 12:00:03.5'").out, "4\n");
@@ -122,6 +124,8 @@ TEST(CliRecordings, ClearErrorsForBadInputAndNoCrash)
         {"search " + f.rec + " --data 414 --d1", 2, "odd number"},
         {"search " + f.rec + " --data 4100 --d1", 2, "cannot be searched"},
         {"search " + f.rec + " --data 41", 2, "select at least one data line"},
+        {"search " + f.rec + " --text '^@' --d1", 2, "cannot be searched"},
+        {"search " + f.rec + " --text '^' --d1", 2, "no bytes"},
         {"search " + f.rec + " --signal X9=1", 2, "unknown signal"},
         {"search " + f.rec + " --error PE=2", 2, "malformed error flag"},
         {"search " + f.rec + " --time 'tomorrow'", 2, "malformed time"},
@@ -131,7 +135,40 @@ TEST(CliRecordings, ClearErrorsForBadInputAndNoCrash)
     };
     for (const auto &c : cases) {
         const CliRun r = cli(c.args);
+        EXPECT_LT(r.code, 128) << "crashed: " << c.args;
         EXPECT_EQ(r.code, c.code) << c.args << "\n" << r.out;
         EXPECT_NE(r.out.find(c.says), std::string::npos) << c.args << "\n" << r.out;
+    }
+}
+
+TEST(CliRecordings, NumberedRecordsWithGarbageFieldsNeverCrash)
+{
+    // Passes the numbering check but every other byte is random: NaN times,
+    // levels of 200, mark codes of any value.
+    test::TempDir dir;
+    const std::string path = dir.file("garbage.ksr");
+    std::mt19937 rng(99);
+    {
+        std::ofstream g(path, std::ios::binary);
+        for (std::uint32_t n = 0; n < 3000; ++n) {
+            char rec[80];
+            for (char &c : rec)
+                c = static_cast<char>(rng());
+            for (int k = 0; k < 4; ++k)
+                rec[k] = static_cast<char>(n >> (8 * k));
+            if (n % 7 == 0)
+                for (int k = 8; k < 16; ++k)
+                    rec[k] = static_cast<char>(0xFF); // a NaN time stamp
+            g.write(rec, sizeof rec);
+        }
+    }
+    for (const std::string &args :
+         {"export " + path + " -o " + dir.file("g.csv"), "export " + path + " --time relative -o /dev/null",
+          "export " + path + " --time delta --format raw -o /dev/null", "dump " + path + " --control mnemonic",
+          "dump " + path + " --char ebcdic --time delta", "search " + path + " --data FE --d1 --d2",
+          "search " + path + " --time '2000-01-01 00:00:00' --backward", "search " + path + " --signal S1=1,M3=0",
+          "search " + path + " --error LE=1", "search " + path + " --trigger 200"}) {
+        const CliRun r = cli(args + " > /dev/null");
+        EXPECT_TRUE(r.code == 0 || r.code == 1) << args << " gave " << r.code << "\n" << r.out;
     }
 }

@@ -7,6 +7,7 @@
 #include "command.h"
 #include "export/export_args.h"
 #include "export/recording_check.h"
+#include "present/byte_text.h"
 #include "search/search.h"
 #include "search/search_args.h"
 #include "search/search_time.h"
@@ -18,6 +19,7 @@ constexpr const char *kUsage =
     "\n"
     "CRITERION is one of:\n"
     "  --data HEX --d1 --d2   a byte sequence on D1 and/or D2 (\"41 42\"; 00 cannot be searched)\n"
+    "  --text TEXT --d1 --d2  the same typed as text with caret escapes (\"OK^M^J\", \"\\^\" for ^)\n"
     "  --signal S1=1,M2=0     levels that must all hold (S1 M1 S2 M2 M5 M3, 1 high, 0 low)\n"
     "  --error PE=1,FE=0      flags that must all hold on one port (PE FE LE)\n"
     "  --time \"YYYY-MM-DD hh:mm:ss[.ffffff]\"  the first MP later (backward: earlier) than that\n"
@@ -66,15 +68,20 @@ int runSearch(const std::vector<std::string> &args)
             c.data.d2 = true;
         } else if (a == "--backward") {
             backward = true;
-        } else if (a == "--data" || a == "--signal" || a == "--error" || a == "--time" || a == "--trigger" ||
+        } else if (a == "--data" || a == "--text" || a == "--signal" || a == "--error" || a == "--time" || a == "--trigger" ||
                    a == "--from" || a == "--language") {
             if (!value())
                 return usage("option " + a + " needs a value");
-            if (a == "--data") {
+            if (a == "--data" || a == "--text") {
                 c.kind = SearchKind::Data;
                 ++kinds;
-                if (!ParseHexPattern(v, c.data.pattern, error))
-                    return usage(error);
+                // Typed text goes through the same conversion as the search window's text field.
+                const std::string hex = a == "--text" ? StrToHexWithControl(Utf8ToByteString(v)) : v;
+                if (a == "--text" && hex.empty())
+                    return usage("the text '" + v + "' gives no bytes to search for");
+                if (!ParseHexPattern(hex, c.data.pattern, error))
+                    return usage(a == "--text" ? "the text '" + v + "' holds a byte 00, which cannot be searched for"
+                                               : error);
             } else if (a == "--signal") {
                 c.kind = SearchKind::Signal;
                 ++kinds;
