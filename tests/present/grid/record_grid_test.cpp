@@ -30,8 +30,9 @@ QApplication &App()
     static int argc = 1;
     static char name[] = "test_gridview";
     static char *argv[] = {name, nullptr};
-    static QApplication app(argc, argv);
-    return app;
+    // Never destroyed: tearing Qt down during static destruction crashes.
+    static QApplication *app = new QApplication(argc, argv);
+    return *app;
 }
 
 constexpr double kT0 = 46000.25;
