@@ -1,6 +1,7 @@
 #include "present/grid/glyph_painter.h"
 
 #include <QFont>
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QPolygon>
 
@@ -29,9 +30,14 @@ void DrawLetters(QPainter &p, const QRect &cell, const LetterDrawing &d)
     p.setClipRect(cell);
     for (int i = 0; i < d.count; ++i) {
         const LetterPlacement &l = d.letters[static_cast<std::size_t>(i)];
-        p.setFont(CellFont(l.fontSize));
-        const QRectF box(cell.left() + l.dx, cell.top() + l.dy, cell.width(), cell.height());
-        p.drawText(box, Qt::AlignLeft | Qt::AlignTop, QString(QChar::fromLatin1(l.letter)));
+        const QFont f = CellFont(l.fontSize);
+        p.setFont(f);
+        // The offsets place the top of a capital letter; the monospace font's
+        // ascent has much more room above its capitals than the fonts these
+        // sizes were chosen for, and the letters would fall out of the row.
+        const QFontMetricsF fm(f);
+        const QPointF baseline(cell.left() + l.dx, cell.top() + l.dy + fm.capHeight());
+        p.drawText(baseline, QString(QChar::fromLatin1(l.letter)));
     }
     p.restore();
 }

@@ -55,8 +55,10 @@ RecordGrid::RecordGrid(QWidget *parent)
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setFocusPolicy(Qt::StrongFocus);
+    // The system sans font, condensed so that a full time stamp fits its column.
     textFont_ = font();
     textFont_.setPixelSize(11);
+    textFont_.setStretch(QFont::SemiCondensed);
     viewport()->setAutoFillBackground(false);
 
     // The popup holds one copy item that stays disabled and hidden; its
