@@ -42,6 +42,7 @@ std::optional<double> FetchBuffer::Fetch(const RecordReader &reader, std::uint64
     first_ = first;
     const std::uint64_t got = reader.readRaw(first, kFetchSlots, raw_->data());
     lastReadBytes_ = got * kMpSize;
+    totalReadBytes_ += lastReadBytes_;
     return Decode(got);
 }
 

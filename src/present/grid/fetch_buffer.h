@@ -48,6 +48,8 @@ public:
     [[nodiscard]] const MpRecord *Mp(std::uint64_t n) const;
     // Bytes read from the file by the last Fetch (benchmarks watch this).
     [[nodiscard]] std::uint64_t lastReadBytes() const { return lastReadBytes_; }
+    // Bytes read from files since construction.
+    [[nodiscard]] std::uint64_t totalReadBytes() const { return totalReadBytes_; }
 
 private:
     std::optional<double> Decode(std::uint64_t got);
@@ -58,6 +60,7 @@ private:
     std::uint64_t first_ = 0;
     std::uint64_t filled_ = 0;
     std::uint64_t lastReadBytes_ = 0;
+    std::uint64_t totalReadBytes_ = 0;
     bool valid_ = false;
 };
 
