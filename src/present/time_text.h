@@ -5,7 +5,7 @@
 // everywhere.
 //
 // API overview
-//   TimeMode::                     0 absolute, 1 relative, 2 delta.
+//   TimeMode::                     0 absolute, 1 relative, 2 delta; TimeModeAfterButton.
 //   FormatTimeParts(t)             -> TimeParts {negative, days, hours, minutes, seconds, microseconds}.
 //   TimeLocale                     date and time patterns (strftime syntax); System() once, Fixed() for tests.
 //   FormatAbsoluteTime(t, locale)  "21.11.2026 13:05:09,500000 " (short date, long time, ",", µs, blank).
@@ -29,6 +29,16 @@ inline constexpr int Absolute = 0;
 inline constexpr int Relative = 1;
 inline constexpr int Delta = 2;
 } // namespace TimeMode
+
+// The three time buttons form an exclusive group whose buttons cannot all be
+// up: absolute always gives 0, relative and delta their mode while their
+// button is down and 0 otherwise. Choosing the same mode twice changes nothing.
+[[nodiscard]] constexpr int TimeModeAfterButton(int buttonMode, bool buttonDown)
+{
+    if (buttonMode != TimeMode::Relative && buttonMode != TimeMode::Delta)
+        return TimeMode::Absolute;
+    return buttonDown ? buttonMode : TimeMode::Absolute;
+}
 
 // String-table number of the day word (" Tag(e)" / " day(s)", leading blank).
 inline constexpr int kDayWordText = 4242;

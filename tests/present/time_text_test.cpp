@@ -162,3 +162,14 @@ TEST(TimeLocaleTest, ZoneFieldsAreDroppedAndTheCLocaleReadsIso)
     else
         unsetenv("LC_ALL");
 }
+
+TEST(TimeButtons, RelativeAndDeltaFallBackToAbsoluteWhenRaised)
+{
+    struct Case {
+        int button;
+        bool down;
+        int want;
+    } cases[] = {{0, true, 0}, {0, false, 0}, {1, true, 1}, {1, false, 0}, {2, true, 2}, {2, false, 0}, {5, true, 0}};
+    for (const auto &c : cases)
+        EXPECT_EQ(TimeModeAfterButton(c.button, c.down), c.want) << c.button << c.down;
+}
