@@ -375,3 +375,54 @@ TEST_F(GridFixture, ThreeViewsRenderDifferently)
     EXPECT_EQ(grid->modes().view(), kViewDataDump);
     EXPECT_GT(CountPixels(images[2], d2.adjusted(1, 1, -1, -1), [](QColor c) { return c == QColor(246, 248, 255); }), 0);
 }
+
+#include "capture/clock.h"
+#include "capture/receive_event.h"
+#include "capture/record_store.h"
+#include "present/grid/store_live_source.h"
+
+namespace {
+
+struct MemorySink : MpSink {
+    std::mutex m;
+    std::vector<std::uint8_t> bytes;
+    std::size_t appendRecords(const std::uint8_t *data, std::size_t n) override
+    {
+        std::lock_guard lock(m);
+        bytes.insert(bytes.end(), data, data + n);
+        return n;
+    }
+};
+
+} // namespace
+
+TEST_F(GridFixture, FollowsTheRecordStoreWhileItWrites)
+{
+    ManualClock clock;
+    RecordStore store(clock);
+    MemorySink sink;
+    store.setSink(&sink);
+    ReceiveEvent event;
+    StoreLiveSource source(store, event);
+    store.ResetCounters();
+    ASSERT_EQ(store.WriteSystemMark(SystemMark::NewFile, true), 0);
+    ASSERT_EQ(store.WriteSystemMark(SystemMark::Started), 0);
+
+    grid->StartRedraw(&source);
+    EXPECT_EQ(store.liveBuffer().size(), static_cast<std::size_t>(grid->largeChange() + 2));
+    for (int i = 0; i < 300; ++i) {
+        ReceiveBurstGuard burst(event);
+        ComEvent e;
+        e.d1 = static_cast<std::uint8_t>('a' + i % 26);
+        e.d1Valid = 1;
+        e.s2 = i % 7 == 0;
+        clock.advance(1'000'000);
+        ASSERT_EQ(store.WriteMp(e, 0, false), 0);
+    }
+    ASSERT_TRUE(WaitFor([&] { return grid->recordCount() == 302; }));
+    EXPECT_EQ(grid->position(), 302 - grid->largeChange() - 1);
+    const MpRecord *newest = grid->fetchBuffer().Mp(301);
+    ASSERT_NE(newest, nullptr);
+    EXPECT_EQ(newest->d1, static_cast<std::uint8_t>('a' + 299 % 26));
+    grid->StopRedraw();
+}
