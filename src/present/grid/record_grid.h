@@ -114,6 +114,8 @@ public slots:
     void btnResetGrid();
     void RefreshStatusLine();
     void actCopyExecute();
+    // The language changed: headers, status line and menu texts again.
+    void InitialLoads();
     // Modes were changed from outside (settings loaded): re-apply everything.
     void ApplyModes();
 

@@ -131,6 +131,13 @@ TEST_F(GridFixture, FoundByObjectNameWithItsScrollBar)
     EXPECT_EQ(grid->position(), 0);
     EXPECT_FALSE(grid->OpenRecording(QString::fromStdString(dir.file("missing.ksr"))));
     EXPECT_FALSE(grid->errorText().isEmpty());
+    EXPECT_EQ(grid->statusLine().value(0), "No recording open");
+    // A language switch reaches the status line at once.
+    QSignalSpy status(grid, &RecordGrid::statusLineChanged);
+    SetGlobalLang(kLangGerman);
+    grid->InitialLoads();
+    EXPECT_EQ(status.size(), 1);
+    EXPECT_EQ(grid->statusLine().value(0), QString::fromUtf8("Keine Aufzeichnung geöffnet"));
 }
 
 TEST_F(GridFixture, KeysAtTheEdgesOfARecording)
