@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <mutex>
+#include <set>
 #include <thread>
 #include <unistd.h>
 
@@ -432,4 +433,53 @@ TEST_F(GridFixture, FollowsTheRecordStoreWhileItWrites)
     ASSERT_NE(newest, nullptr);
     EXPECT_EQ(newest->d1, static_cast<std::uint8_t>('a' + 299 % 26));
     grid->StopRedraw();
+}
+
+TEST_F(GridFixture, KeepsRefreshingAndAnsweringUnderContinuousTraffic)
+{
+    std::mutex m;
+    std::vector<MpRecord> ring; // the newest 64 MPs
+    std::atomic<std::uint32_t> written{0};
+    FunctionLiveSource source(
+        [&] { return written.load(); }, [](std::chrono::milliseconds) { return true; },
+        [&] {
+            std::lock_guard lock(m);
+            return ring;
+        });
+    std::atomic<bool> stop{false};
+    // A writer delivering about 50,000 MPs a second in bursts of 50.
+    std::thread writer([&] {
+        std::uint32_t n = 0;
+        while (!stop) {
+            {
+                std::lock_guard lock(m);
+                for (int i = 0; i < 50; ++i) {
+                    ring.push_back(CraftedMp(n++, 0xFFFFFFFF));
+                    if (ring.size() > 64)
+                        ring.erase(ring.begin());
+                }
+            }
+            written += 50;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    grid->StartRedraw(&source);
+    std::set<std::int64_t> positions;
+    auto last = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::duration worst{};
+    const auto end = last + std::chrono::milliseconds(1500);
+    while (std::chrono::steady_clock::now() < end) {
+        QApplication::processEvents(QEventLoop::AllEvents, 5);
+        const auto now = std::chrono::steady_clock::now();
+        worst = std::max(worst, now - last);
+        last = now;
+        positions.insert(grid->position());
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    stop = true;
+    writer.join();
+    grid->StopRedraw();
+    // The page moved on many times, and the window never went deaf.
+    EXPECT_GE(positions.size(), 5u);
+    EXPECT_LT(worst, std::chrono::milliseconds(100));
 }
