@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 #include <QWidget>
 #include <chrono>
+#include <climits>
 #include <fcntl.h>
 #include <fstream>
 #include <mutex>
@@ -482,4 +483,87 @@ TEST_F(GridFixture, KeepsRefreshingAndAnsweringUnderContinuousTraffic)
     // The page moved on many times, and the window never went deaf.
     EXPECT_GE(positions.size(), 5u);
     EXPECT_LT(worst, std::chrono::milliseconds(100));
+}
+
+TEST_F(GridFixture, ScrollBarIsRescaledForMoreMpsThanAnIntHolds)
+{
+    // 3 billion MPs (240 GB, sparse): more positions than a QScrollBar holds.
+    const std::string path = dir.file("huge.ksr");
+    const std::uint64_t count = 3'000'000'000ULL;
+    {
+        const int fd = ::open(path.c_str(), O_CREAT | O_RDWR | O_TRUNC, 0644);
+        ASSERT_GE(fd, 0);
+        if (::ftruncate(fd, static_cast<off_t>(count * kMpSize)) != 0) {
+            ::close(fd);
+            GTEST_SKIP() << "file system without large sparse files";
+        }
+        ::close(fd);
+    }
+    ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(path)));
+    auto *bar = window.findChild<QScrollBar *>("ScrollBar1");
+    ASSERT_NE(bar, nullptr);
+    EXPECT_LE(bar->maximum(), INT_MAX);
+    const std::int64_t end = static_cast<std::int64_t>(count) - grid->largeChange() - 1;
+    grid->btnScrollEnd();
+    EXPECT_EQ(grid->position(), end);
+    EXPECT_EQ(bar->value(), bar->maximum());
+    // Dragging the bar to its middle lands near the middle of the recording.
+    bar->setValue(bar->maximum() / 2);
+    EXPECT_NEAR(static_cast<double>(grid->position()), static_cast<double>(end) / 2, static_cast<double>(end) / 1000);
+    // A line step still moves exactly one MP, whatever the scale.
+    const std::int64_t before = grid->position();
+    Press(grid, Qt::Key_Up);
+    EXPECT_EQ(grid->position(), before - 1);
+    bar->setValue(0);
+    EXPECT_EQ(grid->position(), 0);
+    EXPECT_LE(grid->fetchBuffer().lastReadBytes(), static_cast<std::uint64_t>(kFetchSlots) * kMpSize);
+}
+
+#include <QPainter>
+
+#include "present/grid/glyph_painter.h"
+
+namespace {
+
+// Paints into a white 30 x 16 cell and returns the image.
+QImage PaintCell(const std::function<void(QPainter &, const QRect &)> &draw)
+{
+    QImage img(30, 16, QImage::Format_RGB32);
+    img.fill(Qt::white);
+    QPainter p(&img);
+    p.setPen(Qt::black);
+    draw(p, QRect(0, 0, 30, 16));
+    return img;
+}
+
+int Ink(const QImage &img, const QRect &r)
+{
+    return CountPixels(img, r, [](QColor c) { return c.lightness() < 160; });
+}
+
+} // namespace
+
+TEST_F(GridFixture, CaretAndMnemonicDrawings)
+{
+    // Two-letter mnemonic: the first letter at the top-left, the second lower right.
+    QImage lf = PaintCell([](QPainter &p, const QRect &r) { TextOutCmdChar(p, r, 1, 1, "LF"); });
+    EXPECT_GT(Ink(lf, QRect(0, 0, 5, 8)), 3);
+    EXPECT_GT(Ink(lf, QRect(5, 9, 8, 7)), 3);
+    EXPECT_EQ(Ink(lf, QRect(15, 0, 15, 16)), 0);
+    // Three letters step further right; longer mnemonics draw nothing at all.
+    QImage nul = PaintCell([](QPainter &p, const QRect &r) { TextOutCmdChar(p, r, 1, 1, "NUL"); });
+    EXPECT_GT(Ink(nul, QRect(8, 13, 6, 3)), 0);
+    QImage res = PaintCell([](QPainter &p, const QRect &r) { TextOutCmdChar(p, r, 1, 1, "RES/ENP"); });
+    EXPECT_EQ(Ink(res, res.rect()), 0);
+    // Caret notation: a small caret in the corner above the letter; no caret, nothing.
+    QImage caret = PaintCell([](QPainter &p, const QRect &r) { TextOutCtrlChar(p, r, 1, 1, "^J"); });
+    EXPECT_GT(Ink(caret, QRect(0, 0, 6, 5)), 0);
+    EXPECT_GT(Ink(caret, QRect(0, 6, 8, 10)), 3);
+    QImage plain = PaintCell([](QPainter &p, const QRect &r) { TextOutCtrlChar(p, r, 1, 1, "J"); });
+    EXPECT_EQ(Ink(plain, plain.rect()), 0);
+    // A glyph is centred; U+0000 draws nothing.
+    QImage glyph = PaintCell([](QPainter &p, const QRect &r) { TextOutUnicode(p, r, u'\u25D9'); });
+    EXPECT_GT(Ink(glyph, QRect(8, 2, 14, 12)), 10);
+    QImage none = PaintCell([](QPainter &p, const QRect &r) { TextOutUnicode(p, r, 0); });
+    EXPECT_EQ(Ink(none, none.rect()), 0);
 }
