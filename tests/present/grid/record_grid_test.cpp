@@ -363,28 +363,6 @@ TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
     QApplication::processEvents(); // steps queued before the stop are dropped harmlessly
 }
 
-TEST_F(GridFixture, ThreeViewsRenderDifferently)
-{
-    // The pictures land next to the test binary for a look by eye.
-    ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(WriteRecording(dir, 300))));
-    grid->btnCharCtlClick(true);
-    QImage images[3];
-    const int views[3] = {kViewVertical, kViewDataOnly, kViewDataDump};
-    const char *names[3] = {"grid_vertical.png", "grid_data_only.png", "grid_dump.png"};
-    for (int i = 0; i < 3; ++i) {
-        grid->SelectView(views[i]);
-        QApplication::processEvents();
-        images[i] = grid->grab().toImage();
-        images[i].save(names[i]);
-    }
-    EXPECT_NE(images[0], images[1]);
-    EXPECT_NE(images[1], images[2]);
-    // Data-only rows alternate D1 / D2: the second row carries the D2 tint.
-    const QRect d2 = grid->CellRect(0, 2);
-    EXPECT_EQ(grid->modes().view(), kViewDataDump);
-    EXPECT_GT(CountPixels(images[2], d2.adjusted(1, 1, -1, -1), [](QColor c) { return c == QColor(246, 248, 255); }), 0);
-}
-
 #include "capture/clock.h"
 #include "capture/receive_event.h"
 #include "capture/record_store.h"
