@@ -660,7 +660,7 @@ void RecordGrid::paintEvent(QPaintEvent *event)
             if (row == 0)
                 PaintHeaderCell(p, col, r);
             else
-                PaintCell(p, col, row, r);
+                DrawGrid1DrawCell(p, col, row, r);
         }
     }
 }
@@ -682,7 +682,7 @@ void RecordGrid::PaintHeaderCell(QPainter &p, int col, const QRect &r)
     p.drawLine(r.bottomLeft(), r.bottomRight());
 }
 
-void RecordGrid::PaintCell(QPainter &p, int col, int row, const QRect &r)
+void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r)
 {
     const CellInfo info = RoleOf(shape_, col, row);
     QColor back = palette().base().color();
