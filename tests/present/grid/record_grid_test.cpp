@@ -545,3 +545,31 @@ TEST_F(GridFixture, CaretAndMnemonicDrawings)
     QImage none = PaintCell([](QPainter &p, const QRect &r) { TextOutUnicode(p, r, 0); });
     EXPECT_EQ(Ink(none, none.rect()), 0);
 }
+
+TEST_F(GridFixture, RandomBytesPaintWithoutHarm)
+{
+    // Not a recording at all: every field holds garbage (NaN times, odd marks).
+    const std::string path = dir.file("noise.ksr");
+    {
+        std::ofstream out(path, std::ios::binary);
+        std::uint32_t x = 12345;
+        for (int i = 0; i < 80 * 700 + 33; ++i) {
+            x = x * 1103515245u + 12345u;
+            out.put(static_cast<char>(x >> 24));
+        }
+    }
+    ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(path)));
+    EXPECT_EQ(grid->recordCount(), 700);
+    for (int view : {kViewVertical, kViewDataOnly, kViewDataDump}) {
+        grid->SelectView(view);
+        for (int mode : {1, 2, 6}) {
+            grid->btnCharModeClick(mode);
+            for (int t = 0; t < 3; ++t) {
+                grid->modes().SetTimeMode(t);
+                grid->btnScrollEnd();
+                EXPECT_FALSE(grid->viewport()->grab().isNull());
+                EXPECT_FALSE(grid->statusLine().isEmpty());
+            }
+        }
+    }
+}
