@@ -69,6 +69,13 @@ std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataF
     return names;
 }
 
+bool IsValidProfileFileName(const std::string &name)
+{
+    if (name.empty() || name == "." || name == "..")
+        return false;
+    return name.find('/') == std::string::npos && name.find('\0') == std::string::npos;
+}
+
 std::filesystem::path ProfilePath(const std::filesystem::path &dataFolder, const std::string &name)
 {
     return dataFolder / kProfilesFolder / name;

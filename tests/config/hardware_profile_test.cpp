@@ -5,6 +5,7 @@
 #include "config/data_folder.h"
 #include "config/hardware_profile.h"
 #include "config/options_confirm.h"
+#include "config/startup_settings.h"
 #include "resources/string_table.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
@@ -130,4 +131,23 @@ TEST_F(ConfirmProfile, NamesOutsideTheProfileFolderAreRefused)
     }
     EXPECT_EQ(prompter.asked.size(), 4u);
     EXPECT_FALSE(std::filesystem::exists(dir.path() / "escape.ksh"));
+}
+
+TEST(StartupSettings, TheProfileIsReadBeforeThePortStandardsWhichWin)
+{
+    test::TempDir dir;
+    ASSERT_TRUE(EnsureDataFolder(dir.path()).ok);
+    ASSERT_TRUE(WriteHardwareProfile(Sample(), ProfilePath(dir.path(), "y.ksh")).ok);
+    std::ofstream(dir.path() / kConfigFileName) << "[Hardware]\nProfile=y.ksh\n[Port Standards]\nBaudrates=600,1200\n"
+                                                   "[Modes]\nInstallLang=xx\nGlobalLang=10000\n";
+    ProgramConfig cfg;
+    const HardwareProfile profile = LoadMainConfiguration(dir.path(), cfg);
+    EXPECT_EQ(profile.Name, "Y-Kabel, 2 Ports");
+    EXPECT_EQ(cfg.Profile, "y.ksh");
+    EXPECT_EQ(cfg.portStandards.baudRates, (std::vector<std::string>{"600", "1200"}));
+    EXPECT_EQ(cfg.portStandards.dataBits, StandardDataBits());
+    EXPECT_EQ(cfg.GlobalLang, 10000);
+
+    std::ofstream(dir.path() / kConfigFileName) << "[Hardware]\nProfile=../../etc/passwd\n";
+    EXPECT_EQ(LoadMainConfiguration(dir.path(), cfg).Name, "Default Profile");
 }

@@ -19,6 +19,13 @@ TEST(IniFile, ReadsAWindowsStyleFile)
     EXPECT_TRUE(ini.SectionExists("coma"));
 }
 
+TEST(IniFile, ALoneCarriageReturnEndsALineToo)
+{
+    const IniFile ini = IniFile::Parse("[A]\rk=1\r\r[B]\nk=2\r\n");
+    EXPECT_EQ(ini.ReadInteger("A", "k", 0), 1);
+    EXPECT_EQ(ini.ReadInteger("B", "k", 0), 2);
+}
+
 TEST(IniFile, FirstOfARepeatedKeyOrSectionCountsAndAnOpenBracketStillNamesASection)
 {
     const IniFile ini = IniFile::Parse("[A]\nk=1\nK=2\n[a]\nk=3\nonly=4\n[Broken\nx=5\n=6\nno equals\n");
