@@ -46,6 +46,8 @@ void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini)
 FileResult WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file)
 {
     IniReadResult current = ReadIniFile(file);
+    if (!current.status.ok)
+        return current.status; // writing over a file that could not be read would lose what it holds
     StoreHardwareProfile(profile, current.ini);
     return WriteIniFile(file, current.ini);
 }

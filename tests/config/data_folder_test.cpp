@@ -4,6 +4,7 @@
 #include <map>
 
 #include "config/data_folder.h"
+#include "config/port_combo.h"
 #include "config/record_setup.h"
 #include "support/temp_dir.h"
 
@@ -77,4 +78,17 @@ TEST(RecordSetup, PortsAndRecordFileFromAnEnvironment)
     EXPECT_EQ(StopBitsText(1, 5), "1");
     EXPECT_EQ(DevicePathOf(EnvPort{0}), "/dev/ttyS0");
     EXPECT_EQ(DevicePathOf(EnvPort{12}), "/dev/ttyS11");
+}
+
+TEST(PortCombo, StoredSettingsFindTheirItemsAndComboTextsComeBack)
+{
+    const PortValueLists lists = StandardPortValueLists();
+    const EnvPort port{1, "", 115200, 5, ParityOrdinal::Odd, 2};
+    EXPECT_EQ(ComboIndexesFor(port, lists), (PortComboIndexes{20, 0, 4, 1}));
+    EXPECT_EQ(ComboIndexesFor(EnvPort{1, "", 12345, 9, 7, 3}, lists), (PortComboIndexes{-1, -1, 0, 0}));
+
+    EXPECT_EQ(WithComboTexts(EnvPort{}, "115200", "5", "O", "1.5"), port);
+    EXPECT_EQ(WithComboTexts(EnvPort{}, "19200", "8", "S", "2"), (EnvPort{1, "", 19200, 8, ParityOrdinal::Space, 2}));
+    EXPECT_EQ(WithComboTexts(EnvPort{}, "fast", "x", "?", "1"), (EnvPort{1, "", 9600, 8, ParityOrdinal::None, 1}));
+    EXPECT_EQ(WithComboTexts(EnvPort{}, "300", "5", "N", "1").StopBits, 2); // one stop bit is not offered with 5 data bits
 }

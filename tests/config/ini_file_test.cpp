@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
+#include <csignal>
+
 #include <filesystem>
 #include <fstream>
 
@@ -148,4 +152,31 @@ TEST(IniFiles, FailuresAreResultsNotCrashes)
     const IniReadResult missing = ReadIniFile(dir.path() / "none.ini");
     EXPECT_FALSE(missing.existed);
     EXPECT_TRUE(missing.status.ok);
+}
+
+// A file-size limit makes writes fail as a full disk does: the old file must survive whole.
+TEST(IniFiles, AWriteThatRunsOutOfSpaceLeavesTheOldFile)
+{
+    test::TempDir dir;
+    const auto path = dir.path() / "x.kef";
+    const std::string old = "[Files]\nRecord data=/old.ksr\n";
+    ASSERT_TRUE(WriteFileAtomic(path, old).ok);
+
+    rlimit saved{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
+    rlimit small = saved;
+    small.rlim_cur = 1024;
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const FileResult r = WriteFileAtomic(path, std::string(64 * 1024, 'x'));
+    setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, oldHandler);
+
+    EXPECT_FALSE(r.ok);
+    EXPECT_NE(r.error.find("cannot write"), std::string::npos) << r.error;
+    EXPECT_EQ(ReadIniFile(path).ini.ReadString("Files", "Record data", ""), "/old.ksr");
+    int files = 0;
+    for ([[maybe_unused]] const auto &e : std::filesystem::directory_iterator(dir.path()))
+        ++files;
+    EXPECT_EQ(files, 1);
 }
