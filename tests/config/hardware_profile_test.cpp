@@ -46,8 +46,8 @@ TEST(HardwareProfile, WriteThenReadGivesTheSameProfile)
 TEST(HardwareProfile, MissingKeysKeepTheListsInUseAndPort17IsIgnored)
 {
     const HardwareProfile p =
-        ReadHardwareProfile(IniFile::Parse("[Hardware]\nName=Only a name\n[Interface]\nparity=M,S\n"
-                                           "[Registry]\nPort2=b\nPort17=ignored\nPort0=ignored\n"),
+        ReadHardwareProfile(IniFile::Parse("\xEF\xBB\xBF[HARDWARE]\r\nname = Only a name\r\n[Interface]\r\nparity = M,S\r\n"
+                                           "[Registry]\r\nPort2=b\r\nPort17=ignored\r\nPort0=ignored\r\n"),
                             kInUse);
     EXPECT_EQ(p.Name, "Only a name");
     EXPECT_EQ(p.Manufacturer, "Quorv");

@@ -82,6 +82,15 @@ TEST(ProgramConfig, AMissingFileGivesTheTableDefaults)
     EXPECT_EQ(cfg.allBottomPanels, (PanelBounds{0, 325, 1016, 300}));
 }
 
+TEST(ProgramConfig, AHandWrittenWindowsFileLoads)
+{
+    const ProgramConfig cfg = LoadedMain("\xEF\xBB\xBF[MODES]\r\n installlang = xx \r\nGLOBALLANG = 10000\r\n"
+                                         "[window]\r\nWidth = 1280\r\n[port standards]\r\nBAUDRATES = 300, 600\r\n");
+    EXPECT_EQ(cfg.GlobalLang, 10000);
+    EXPECT_EQ(cfg.window.Width, 1280);
+    EXPECT_EQ(cfg.portStandards.baudRates, (std::vector<std::string>{"300", "600"}));
+}
+
 TEST(ProgramConfig, InstallerLanguageHintIsTakenOnce)
 {
     ProgramConfig german = LoadedMain("[Modes]\nInstallLang=de\n");
@@ -172,6 +181,7 @@ TEST(ProgramConfig, FormsLoadOnlyTheirOwnPiece)
     EXPECT_EQ(cfg.monitors[0].monitor, 0); // looked up by name, not by index
     EXPECT_EQ(cfg.monitors[1].monitor, 3);
     EXPECT_EQ(MonitorForForm(3, 2), 0); // a monitor that is gone: the primary one
+    EXPECT_EQ(MonitorForForm(2, 2), 0);
     EXPECT_EQ(MonitorForForm(1, 2), 1);
     EXPECT_EQ(MonitorForForm(-1, 2), 0);
 }
