@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -20,8 +21,9 @@ using namespace kestrel;
 
 namespace {
 
-// Starts kestrel-cli with stdout and stderr into one file.
-pid_t startCli(const std::vector<std::string> &args, const std::string &outputFile)
+// Starts kestrel-cli with stdout and stderr into one file; fileLimit > 0 caps the size of any
+// file it writes (as a quota or a full disk would).
+pid_t startCli(const std::vector<std::string> &args, const std::string &outputFile, rlim_t fileLimit = 0)
 {
     std::vector<std::string> argv{KESTREL_CLI_PATH};
     argv.insert(argv.end(), args.begin(), args.end());
@@ -33,6 +35,10 @@ pid_t startCli(const std::vector<std::string> &args, const std::string &outputFi
         ::setenv("LANG", "C", 1); // English messages
         ::unsetenv("LC_ALL");
         ::unsetenv("LC_MESSAGES");
+        if (fileLimit > 0) {
+            const rlimit limit{fileLimit, fileLimit};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+        }
         std::vector<char *> cargs;
         for (auto &a : argv)
             cargs.push_back(a.data());
@@ -173,6 +179,19 @@ TEST_F(CliFixture, KilledRecordingIsReadableAndAppendContinuesWithoutGap)
     EXPECT_EQ(s.tornBytes, 0u);
     EXPECT_EQ(systemMarks(s), (std::vector<int>{0, 6, 4, 5}));
     EXPECT_EQ(s.marks[2].mp, killed.mpCount);
+}
+
+TEST_F(CliFixture, FileSizeLimitIsReportedLikeAFullDiskAndKeepsWholeRecords)
+{
+    // 8192 is no multiple of 80: the write that crosses it lands in part.
+    const int code = waitCli(startCli({"record", "--simulate", "-o", ksr, "--duration", "5"}, out, 8192));
+    EXPECT_EQ(code, 3) << output();
+    EXPECT_NE(output().find("Error writing the record file"), std::string::npos) << output();
+    const RecordingSummary s = summary();
+    EXPECT_EQ(s.tornBytes, 0u);
+    EXPECT_EQ(s.mpCount, 8192u / 80u);
+    EXPECT_TRUE(s.sound());
+    EXPECT_EQ(systemMarks(s), (std::vector<int>{0, 6}));
 }
 
 TEST_F(CliFixture, BadInvocationsSayWhyAndExitNonZero)

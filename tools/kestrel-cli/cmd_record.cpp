@@ -230,6 +230,9 @@ bool installStopSignals()
     sa.sa_handler = onStopSignal;
     sigemptyset(&sa.sa_mask);
     sa.sa_flags = SA_RESTART;
+    // A file-size limit (quota, ulimit -f) would kill us in the middle of a write; ignored, the
+    // write falls short and is reported and handled like a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
     return ::sigaction(SIGINT, &sa, nullptr) == 0 && ::sigaction(SIGTERM, &sa, nullptr) == 0;
 }
 
