@@ -303,6 +303,8 @@ void Recorder::StopRecorder()
     recording_ = false;
     if (stopTriggerTiming_)
         stopTriggerTiming_();
+    // What the ports received before the stop belongs to the recording; closing would flush it.
+    ports_.readAllPending();
     ports_.closeAfterRecording();
     noteWrite(store_.endBurst());
     view_->stopTriggerTimer();
@@ -372,10 +374,8 @@ void Recorder::onPortLost(const std::string &device, const std::string &reason)
         return;
     portLost_ = true;
     post_([this, device, reason] {
-        if (recording_) {
-            ports_.readAllPending(); // what the other port still holds
-            btnStopClick();
-        }
+        if (recording_)
+            btnStopClick(); // records what the other port still holds
         ReportError(prompter_, kTitlePort, kMsgPortLost, {"Recorder", __LINE__}, "\n\n" + device + ": " + reason);
     });
 }
@@ -385,8 +385,6 @@ void Recorder::drainAndStop()
     if (stopQueued_)
         return;
     stopQueued_ = true;
-    if (recording_)
-        ports_.readAllPending();
     if (loaded() || recording_)
         btnStopClick();
 }

@@ -86,7 +86,8 @@ public:
     void endBurst();
     // A port went away: stop cleanly once, report it once.
     void onPortLost(const std::string &device, const std::string &reason);
-    // Records what the ports still hold, then stops (Ctrl-C of the command line).
+    // Stops once, however often it is asked (Ctrl-C of the command line); like every stop it
+    // records what the ports still hold.
     void drainAndStop();
 
     [[nodiscard]] bool recording() const { return recording_; }

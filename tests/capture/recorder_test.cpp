@@ -426,6 +426,28 @@ TEST_F(RecorderFixture, DrainAndStopRecordsWhatThePortsStillHold)
     EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
 }
 
+TEST_F(RecorderFixture, PauseAndStopRecordWhatThePortsHoldBeforeClosingThem)
+{
+    rec.btnRecordClick();
+    ports.queued = {'p'};
+    rec.btnPauseClick();
+    rec.btnPauseClick();
+    ports.queued = {'s', 't'};
+    rec.btnStopClick();
+    std::string bytes;
+    for (const auto &mp : fileRecords())
+        if (mp.d2Valid)
+            bytes += static_cast<char>(mp.d2);
+    EXPECT_EQ(bytes, "pst");
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+    // Each time the ports were read out while still open.
+    std::vector<std::string> order;
+    for (const auto &c : ports.calls)
+        if (c == "drain" || c == "close")
+            order.push_back(c);
+    EXPECT_EQ(order, (std::vector<std::string>{"drain", "close", "drain", "close"}));
+}
+
 TEST_F(RecorderFixture, FullDiskIsReportedOnceAndStopsTheRecording)
 {
     rec.setPoster([this](std::function<void()> f) { posted.push_back(std::move(f)); });
