@@ -56,9 +56,9 @@ void RecordStore::RestoreFromFirstMp(const MpRecord *first)
     previous_.quality = first->quality;
     t0_ = first->time;
     cbase_ = clast_ = clock_.counter();
-    // The load is averaged from the recording start; a store that never started a
-    // recording takes it from the file's first MP rather than from nothing.
-    if (recordingStart_ == 0.0)
+    // The counters taken over hold the whole file, so the load is averaged from the file's
+    // first MP, not from whatever recording this session happened to start before.
+    if (std::isfinite(first->time))
         recordingStart_ = first->time;
 }
 

@@ -237,6 +237,24 @@ TEST_F(StoreFixture, AppendContinuesNumbersCountersAndTime)
     EXPECT_EQ(recs[1].loadPeak, 77);
 }
 
+TEST_F(StoreFixture, AppendedLoadIsAveragedFromTheFilesOwnStart)
+{
+    // An earlier recording of this session must not decide the load of an appended file:
+    // its counters hold the whole file, so the seconds count from the file's first MP.
+    startNewFile();
+    clock.advance(3600 * kF);
+    MpRecord first;
+    first.time = clock.nowDateTime() - 10.0 / 86400.0;
+    MpRecord last = first;
+    last.number = 99;
+    last.counts[0] = 4799;
+    store.RestoreFromFirstMp(&first);
+    store.RestoreFromLastMp(&last);
+    ASSERT_EQ(byteOnD1('x'), 0);
+    // 4800 characters in 10 s at 960 characters per second.
+    EXPECT_EQ(sink.records().back().loadActual, 50);
+}
+
 TEST_F(StoreFixture, ShortWriteReturnsTwoAndKeepsThePreviousRecord)
 {
     startNewFile();
