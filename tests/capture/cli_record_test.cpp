@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <cstdlib>
 #include <fstream>
+#include <limits>
 #include <sstream>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -192,6 +193,27 @@ TEST_F(CliFixture, FileSizeLimitIsReportedLikeAFullDiskAndKeepsWholeRecords)
     EXPECT_EQ(s.mpCount, 8192u / 80u);
     EXPECT_TRUE(s.sound());
     EXPECT_EQ(systemMarks(s), (std::vector<int>{0, 6}));
+}
+
+TEST_F(CliFixture, InfoJsonStaysJsonForTimesThatAreNoNumbers)
+{
+    // A damaged file can hold any bit pattern in the time field.
+    {
+        std::ofstream f(ksr, std::ios::binary);
+        for (double t : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(), 46000.5}) {
+            MpRecord mp;
+            mp.time = t;
+            mp.markKind = kSystemMarkKind;
+            const MpBytes b = EncodeMp(mp);
+            f.write(reinterpret_cast<const char *>(b.data()), b.size());
+        }
+    }
+    ASSERT_EQ(run({"info", ksr, "--json"}), 0);
+    const std::string json = output();
+    EXPECT_EQ(json.find("nan"), std::string::npos) << json;
+    EXPECT_EQ(json.find("inf"), std::string::npos) << json;
+    EXPECT_NE(json.find("\"firstTime\": null"), std::string::npos) << json;
+    EXPECT_NE(json.find("\"time\": 46000.5"), std::string::npos) << json;
 }
 
 TEST_F(CliFixture, BadInvocationsSayWhyAndExitNonZero)

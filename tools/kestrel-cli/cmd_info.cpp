@@ -1,5 +1,6 @@
 // kestrel-cli info FILE.ksr [--json]: what a recording holds.
 
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -72,15 +73,25 @@ void printText(const std::string &path, const RecordingSummary &s)
                 static_cast<unsigned long long>(s.counterMismatches));
 }
 
+// A time as a JSON number; a damaged record's NaN or infinity has no JSON form.
+std::string jsonTime(double t)
+{
+    if (!std::isfinite(t))
+        return "null";
+    char buf[512];
+    std::snprintf(buf, sizeof buf, "%.10f", t);
+    return buf;
+}
+
 void printJson(const std::string &path, const RecordingSummary &s)
 {
     auto u = [](std::uint64_t v) { return static_cast<unsigned long long>(v); };
     std::printf("{\n  \"file\": %s,\n  \"size\": %llu,\n  \"mps\": %llu,\n  \"tornBytes\": %llu",
                 jsonString(path).c_str(), u(s.fileSize), u(s.mpCount), u(s.tornBytes));
     if (s.mpCount > 0) {
-        std::printf(",\n  \"firstTime\": %.10f,\n  \"firstTimeText\": \"%s\",\n  \"lastTime\": %.10f,\n"
+        std::printf(",\n  \"firstTime\": %s,\n  \"firstTimeText\": \"%s\",\n  \"lastTime\": %s,\n"
                     "  \"lastTimeText\": \"%s\",\n",
-                    s.first.time, FormatDateTimeIso(s.first.time).c_str(), s.last.time,
+                    jsonTime(s.first.time).c_str(), FormatDateTimeIso(s.first.time).c_str(), jsonTime(s.last.time).c_str(),
                     FormatDateTimeIso(s.last.time).c_str());
         std::printf("  \"counters\": {\"d1\": %llu, \"d2\": %llu, \"pe\": %llu, \"fe\": %llu, \"le\": %llu},\n",
                     u(s.last.counts[0]), u(s.last.counts[1]), u(s.last.counts[2]), u(s.last.counts[3]),
@@ -91,8 +102,9 @@ void printJson(const std::string &path, const RecordingSummary &s)
     for (std::size_t i = 0; i < s.marks.size(); ++i) {
         const auto &m = s.marks[i];
         std::printf("%s\n    {\"mp\": %llu, \"type\": \"%s\", \"code\": %u, \"kind\": %u, \"extra\": %u, "
-                    "\"time\": %.10f}",
-                    i ? "," : "", u(m.mp), m.system() ? "system" : "trigger", m.code, m.kind, m.extra, m.time);
+                    "\"time\": %s}",
+                    i ? "," : "", u(m.mp), m.system() ? "system" : "trigger", m.code, m.kind, m.extra,
+                    jsonTime(m.time).c_str());
     }
     std::printf("%s],\n", s.marks.empty() ? "" : "\n  ");
     std::printf("  \"checks\": {\"sound\": %s, \"numberGaps\": %llu, \"timeBackwards\": %llu, "
