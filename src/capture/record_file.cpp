@@ -127,7 +127,9 @@ std::uint64_t RecordFile::fileSize() const
     return 0;
 }
 
-void RecordFile::seekToEnd() { writePos_ = recordFd_ >= 0 ? fileSize() : 0; }
+// The end of the last whole record: a torn tail that could not be cut is written over,
+// so MP n still lands at n * 80.
+void RecordFile::seekToEnd() { writePos_ = recordFd_ >= 0 ? MpOffset(recordCount()) : 0; }
 
 std::uint64_t RecordFile::cutTornTail()
 {

@@ -120,6 +120,15 @@ TEST(RecordFile, TornTailIsReadableAndCutBeforeAppending)
     MpRecord mp;
     ASSERT_TRUE(f.readRecord(7, mp));
     EXPECT_EQ(mp.number, 7u);
+
+    // Should the tail stay (it could not be cut), the end is still that of the last whole record.
+    f.close(RecordHandle::Record);
+    writeRecords(f.path(), 3, 45);
+    ASSERT_TRUE(f.open(RecordHandle::Record));
+    f.seekToEnd();
+    EXPECT_EQ(f.writePosition(), 240u);
+    ASSERT_EQ(f.appendRecords(b.data(), b.size()), kMpSize);
+    EXPECT_EQ(sizeOf(f.path()), 320u);
 }
 
 TEST(RecordFile, CreateTruncatesAndOpenFailsOnMissingFileOrFolder)
