@@ -129,6 +129,10 @@ bool TermiosPort::open()
         return fail(why);
     }
     tcflush(fd_, TCIFLUSH);
+    // The kernel raises DTR and RTS when a tty opens; a monitor holds its outputs inactive.
+    // Best effort: pseudo-terminals and some adapters have no modem lines to lower.
+    int outputs = TIOCM_DTR | TIOCM_RTS;
+    (void)ioctl(fd_, TIOCMBIC, &outputs);
 
     int bits = 0;
     const std::uint8_t initial = ioctl(fd_, TIOCMGET, &bits) == 0 ? msrFromTiocm(bits) : 0;
@@ -226,7 +230,7 @@ void TermiosPort::close()
         reader_.join();
     stopModemThread();
     (void)ioctl(fd_, TIOCNXCL);
-    ::close(fd_); // HUPCL is clear: DTR and RTS stay as they are
+    ::close(fd_); // HUPCL is clear: DTR and RTS stay low
     fd_ = -1;
     if (wakeFd_ >= 0)
         ::close(wakeFd_);

@@ -1,6 +1,7 @@
 #pragma once
 // A real serial device through termios: raw, receive-only (DTR and RTS are
-// never driven, and HUPCL is cleared so that closing leaves them alone),
+// lowered right after the open raised them, and HUPCL is cleared so that
+// closing leaves them alone),
 // per-byte errors through PARMRK, modem changes through a thread blocked in
 // TIOCMIWAIT (or polling TIOCMGET where the driver cannot wait), held
 // exclusively (TIOCEXCL and flock) while open.
