@@ -4,6 +4,7 @@
 #include <fstream>
 #include <csignal>
 #include <functional>
+#include <random>
 #include <sys/resource.h>
 #include <vector>
 
@@ -504,6 +505,77 @@ TEST_F(RecorderFixture, LightsBlinkWhileTheirStateLastsAndStayOffWhilePaused)
     dataByte('x');
     rec.btnStopClick();
     EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+}
+
+TEST_F(RecorderFixture, RandomButtonPressesKeepTheFileWellFormedAndLoseNoByte)
+{
+    std::mt19937 rng(20261122);
+    std::uint64_t d1 = 0, d2 = 0; // bytes the file must hold since its mark 0
+    for (int step = 0; step < 3000; ++step) {
+        // Mostly lines moving and appended recordings; now and then a replace or a refusal.
+        switch (rng() % 16) {
+        case 0:
+        case 1: {
+            const bool wasLoaded = rec.loaded();
+            const unsigned choice = rng() % 10;
+            rec.setAppendReplace(choice == 0 ? RecordMode::None : choice == 1 ? RecordMode::Replace : RecordMode::Append);
+            rec.btnRecordClick();
+            if (!wasLoaded && rec.loaded() && rec.recordMode() != RecordMode::Append)
+                d1 = d2 = 0; // a new or replaced file
+            break;
+        }
+        case 2:
+            rec.btnPauseClick();
+            break;
+        case 3:
+            rec.btnStopClick();
+            break;
+        case 4:
+        case 5:
+        case 6:
+            if (ports.open) { // only an open port receives
+                ports.queued.push_back(static_cast<std::uint8_t>(step));
+                ++d2;
+            }
+            break;
+        default:
+            if (rec.RecordingGate())
+                ++d1;
+            dataByte(static_cast<std::uint8_t>(step));
+            break;
+        }
+        ASSERT_EQ(ports.open, rec.recording()) << "step " << step;
+        ASSERT_FALSE(rec.recording() && rec.paused()) << "step " << step;
+        ASSERT_TRUE(!rec.recording() || rec.loaded()) << "step " << step;
+    }
+    rec.btnStopClick();
+    ASSERT_FALSE(rec.loaded());
+    EXPECT_TRUE(prompter.asked.empty());
+
+    const auto recs = fileRecords();
+    expectGapFree(recs);
+    ASSERT_GE(recs.size(), 3u);
+    EXPECT_EQ(recs.back().count(Counter::D1), d1);
+    EXPECT_EQ(recs.back().count(Counter::D2), d2);
+    EXPECT_GT(d1 * d2, 0u) << "the sequence should end with data on both lines";
+    // Every recording opens with 0 and 6 (a fresh file) or 4 (appended) and closes with one 5.
+    const auto m = marks();
+    ASSERT_GE(m.size(), 3u);
+    EXPECT_EQ(m[0], SystemMark::NewFile);
+    bool open = false;
+    for (std::size_t i = 0; i < m.size(); ++i) {
+        if (!open) {
+            ASSERT_TRUE(m[i] == SystemMark::Appended || (i == 0 && m.size() > 1 && m[1] == SystemMark::Started))
+                << "mark " << i << " is " << m[i];
+            if (m[i] == SystemMark::NewFile)
+                ++i;
+            open = true;
+        } else {
+            ASSERT_EQ(m[i], SystemMark::Stopped) << "mark " << i;
+            open = false;
+        }
+    }
+    EXPECT_FALSE(open);
 }
 
 TEST(RecordModeQuestion, YesReplacesNoAppendsAnythingElseCancels)
