@@ -3,6 +3,7 @@
 #include <array>
 #include <cctype>
 #include <charconv>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -406,14 +407,20 @@ std::optional<Scenario> ParseScenario(std::string_view text, ScenarioError &erro
 
 std::optional<Scenario> LoadScenarioFile(const std::string &path, ScenarioError &error)
 {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
+    auto unreadable = [&]() -> std::optional<Scenario> {
         error.line = 0;
         error.reason = "cannot read " + path;
         return std::nullopt;
-    }
+    };
+    // A folder opens like a file and then reads as nothing: say so rather than play an empty line.
+    std::error_code ec;
+    std::ifstream in(path, std::ios::binary);
+    if (!in || std::filesystem::is_directory(path, ec))
+        return unreadable();
     std::ostringstream buf;
     buf << in.rdbuf();
+    if (in.bad())
+        return unreadable();
     return ParseScenario(buf.str(), error);
 }
 
