@@ -153,15 +153,8 @@ bool RecordFile::readRecord(std::uint64_t n, MpRecord &out) const
     if (recordFd_ < 0)
         return view_.read(n, out);
     std::uint8_t buf[kMpSize];
-    std::size_t got = 0;
-    while (got < kMpSize) {
-        const ssize_t r = ::pread(recordFd_, buf + got, kMpSize - got, static_cast<off_t>(MpOffset(n) + got));
-        if (r < 0 && errno == EINTR)
-            continue;
-        if (r <= 0)
-            return false;
-        got += static_cast<std::size_t>(r);
-    }
+    if (ReadFullyAt(recordFd_, buf, kMpSize, MpOffset(n)) != kMpSize)
+        return false;
     out = DecodeMp(buf);
     return true;
 }

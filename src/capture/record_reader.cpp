@@ -8,6 +8,20 @@
 
 namespace kestrel {
 
+std::size_t ReadFullyAt(int fd, std::uint8_t *buf, std::size_t size, std::uint64_t offset)
+{
+    std::size_t got = 0;
+    while (got < size) {
+        const ssize_t r = ::pread(fd, buf + got, size - got, static_cast<off_t>(offset + got));
+        if (r < 0 && errno == EINTR)
+            continue;
+        if (r <= 0)
+            break;
+        got += static_cast<std::size_t>(r);
+    }
+    return got;
+}
+
 RecordReader::~RecordReader() { close(); }
 
 RecordReader::RecordReader(RecordReader &&other) noexcept
@@ -66,17 +80,7 @@ std::uint64_t RecordReader::readRaw(std::uint64_t first, std::uint64_t count, st
 {
     if (fd_ < 0 || count == 0)
         return 0;
-    const std::uint64_t want = count * kMpSize;
-    std::uint64_t got = 0;
-    while (got < want) {
-        const ssize_t r = ::pread(fd_, buf + got, want - got, static_cast<off_t>(MpOffset(first) + got));
-        if (r < 0 && errno == EINTR)
-            continue;
-        if (r <= 0)
-            break;
-        got += static_cast<std::uint64_t>(r);
-    }
-    return got / kMpSize;
+    return ReadFullyAt(fd_, buf, count * kMpSize, MpOffset(first)) / kMpSize;
 }
 
 bool RecordReader::read(std::uint64_t n, MpRecord &out) const

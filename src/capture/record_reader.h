@@ -5,6 +5,7 @@
 // The file may grow while it is read (the recorder appends through its own
 // handle), so the count is taken fresh on each call.
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -12,6 +13,10 @@
 #include "capture/mp_record.h"
 
 namespace kestrel {
+
+// Reads up to size bytes at offset, going on after short reads and interruptions;
+// returns the bytes read (fewer at the end of the file or on an error).
+[[nodiscard]] std::size_t ReadFullyAt(int fd, std::uint8_t *buf, std::size_t size, std::uint64_t offset);
 
 class RecordReader {
 public:
