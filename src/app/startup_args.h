@@ -1,0 +1,36 @@
+#pragma once
+// What the command line asks of the main window. The file rule is the old
+// one: every argument after the program name is looked at, an argument is
+// taken when it contains ".kef" (environment) or ".ksr" (record file)
+// anywhere, case-sensitive, and a later match replaces an earlier one.
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kestrel {
+
+struct StartupArgs {
+    std::string environmentFile;        // last argument containing ".kef"
+    std::string recordFile;             // last argument containing ".ksr"
+    std::optional<std::string> dataDir; // --data-dir DIR
+    bool simulate = false;              // --simulate [SCENARIO]
+    std::string scenario;               // empty: the built-in demo scenario
+    bool recordAtStart = false;         // --record: begin recording once the window is up
+    std::optional<double> quitAfterSeconds; // --quit-after S: stop and close on its own (demos)
+    std::vector<std::string> errors;    // bad options, as texts for the user
+};
+
+// The last of args[1..] that contains needle (plain substring, case-sensitive); empty when none.
+[[nodiscard]] std::string LastArgContaining(const std::vector<std::string> &args, std::string_view needle);
+
+// args[0] is the program name.
+[[nodiscard]] StartupArgs ParseStartupArgs(const std::vector<std::string> &args);
+
+// The data folder: --data-dir, else KESTREL_DATA_DIR, else $XDG_DATA_HOME/kestrel,
+// else $HOME/.local/share/kestrel. Always ends with '/'.
+[[nodiscard]] std::string ResolveDataFolder(const std::optional<std::string> &cliDir, const char *envDataDir,
+                                            const char *xdgDataHome, const char *home);
+
+} // namespace kestrel
