@@ -1,0 +1,108 @@
+#pragma once
+// An environment (.kef): one measurement set-up with both ports' settings, the
+// record file, a descriptive header and the whole trigger list.
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "config/ini_file.h"
+#include "triggers/trigger_list.h"
+
+namespace kestrel {
+
+inline constexpr const char *kDefaultEnvironmentName = "Default.kef";
+inline constexpr const char *kDefaultRecordName = "Default.ksr";
+inline constexpr const char *kRecordingsFolder = "recordings";
+// Device-path key beside the integer Device key; it wins when present and not empty.
+inline constexpr const char *kDevicePathKey = "DevicePath";
+
+// Parity ordinals as the port layer numbers them.
+namespace ParityOrdinal {
+inline constexpr int None = 0;
+inline constexpr int Odd = 1;
+inline constexpr int Even = 2;
+inline constexpr int Mark = 3;
+inline constexpr int Space = 4;
+} // namespace ParityOrdinal
+
+struct EnvPort {
+    int Device = 1;          // port number (COM n)
+    std::string DevicePath;  // e.g. /dev/ttyUSB0 or a /dev/serial/by-id name; empty: use Device
+    int CustomBaudRate = 9600;
+    int DataBits = 8;
+    int Parity = ParityOrdinal::None;
+    int StopBits = 1;
+    friend bool operator==(const EnvPort &, const EnvPort &) = default;
+};
+
+struct EnvGeneral {
+    std::string Title, Author, Company, Address1, Address2, City, ZIP, State, Country, Phone, Fax, Internet, Email;
+    friend bool operator==(const EnvGeneral &, const EnvGeneral &) = default;
+};
+
+struct EnvCustomer {
+    std::string Company, Contact, Address1, Address2, City, ZIP, State, Country, Phone, Fax, Internet, Email;
+    friend bool operator==(const EnvCustomer &, const EnvCustomer &) = default;
+};
+
+struct Environment {
+    EnvPort comA{1};
+    EnvPort comB{2};
+    std::string recordFile;
+    EnvGeneral general;
+    EnvCustomer customer;
+    std::vector<std::string> description; // memo lines
+    TriggerList triggers;
+    friend bool operator==(const Environment &, const Environment &) = default;
+};
+
+// What loading needs from the running program.
+struct EnvLoadContext {
+    std::filesystem::path dataFolder;              // for the default record file
+    std::optional<std::string> commandLineRecord;  // a record file named on the command line wins
+    double now = 0.0;                              // TimeReached of a trigger that has none
+};
+
+struct EnvLoadResult {
+    Environment env;
+    bool existed = false;
+    FileResult status; // a file that exists but cannot be read
+    // Triggers (indexes) that would play a sound or start a program once armed.
+    // Loading runs nothing; the window asks the user before arming these.
+    std::vector<std::size_t> triggersWithExternalActions;
+};
+
+// data folder + recordings/Default.ksr
+[[nodiscard]] std::string DefaultRecordFile(const std::filesystem::path &dataFolder);
+// The record file in use: one named on the command line wins over the environment's.
+[[nodiscard]] std::string EffectiveRecordFile(const std::string &fromEnvironment,
+                                              const std::optional<std::string> &commandLineRecord);
+
+[[nodiscard]] EnvLoadResult LoadEnvironment(const IniFile &ini, const EnvLoadContext &ctx);
+[[nodiscard]] EnvLoadResult LoadEnvironment(const std::filesystem::path &file, const EnvLoadContext &ctx);
+
+// Writes the environment onto ini: ports, record file, header, the description
+// (its section erased first) and the triggers, then erases the stale Trigger
+// sections of a longer older list up to the first missing number.
+void StoreEnvironment(const Environment &env, IniFile &ini);
+// Reads the file as it stands, stores over it and replaces it atomically.
+[[nodiscard]] FileResult SaveEnvironment(const Environment &env, const std::filesystem::path &file);
+
+// One trigger section's keys, in the order of writing.
+void StoreTrigger(const TriggerDef &t, const std::string &section, IniFile &ini);
+[[nodiscard]] TriggerDef LoadTrigger(const IniFile &ini, const std::string &section, double now);
+
+// The program-wide "environment changed" mark that edits set and a save or load clears.
+class EnvironmentChangeFlag {
+public:
+    void SetEnvironmentChanged() { changed_ = true; }
+    void SetEnvironmentUnchanged() { changed_ = false; }
+    [[nodiscard]] bool IsEnvironmentChanged() const { return changed_; }
+
+private:
+    bool changed_ = false;
+};
+
+} // namespace kestrel

@@ -1,0 +1,41 @@
+#pragma once
+// Hardware profiles (.ksh in profiles/): the monitoring interface's name and
+// maker, the port values it offers and its 16 port entries.
+
+#include <array>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "config/ini_file.h"
+#include "config/port_value_lists.h"
+
+namespace kestrel {
+
+inline constexpr const char *kDefaultProfileName = "default.ksh";
+inline constexpr const char *kProfileExtension = ".ksh";
+inline constexpr int kProfilePortCount = 16;
+
+struct HardwareProfile {
+    std::string Name = "Default Profile";
+    std::string Manufacturer = "Quorv";
+    PortValueLists lists;
+    std::array<std::string, kProfilePortCount> ports; // Port1 ... Port16
+    friend bool operator==(const HardwareProfile &, const HardwareProfile &) = default;
+};
+
+// Missing list keys keep the lists in use (inUse); only Port1..Port16 are read.
+[[nodiscard]] HardwareProfile ReadHardwareProfile(const IniFile &ini, const PortValueLists &inUse);
+// A missing file reads as all defaults with the lists in use.
+[[nodiscard]] HardwareProfile ReadHardwareProfile(const std::filesystem::path &file, const PortValueLists &inUse);
+
+void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini);
+[[nodiscard]] FileResult WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file);
+
+// File names (not paths) of the profiles in dataFolder/profiles/, sorted; only ".ksh" files.
+[[nodiscard]] std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataFolder);
+
+// dataFolder/profiles/name
+[[nodiscard]] std::filesystem::path ProfilePath(const std::filesystem::path &dataFolder, const std::string &name);
+
+} // namespace kestrel

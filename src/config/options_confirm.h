@@ -1,0 +1,42 @@
+#pragma once
+// Confirming the options dialog's hardware profile: an existing profile file is
+// overwritten only after the user says yes; a new name creates the file.
+// The dialog calls this and acts on the outcome.
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "app/prompt.h"
+#include "config/hardware_profile.h"
+#include "config/program_config.h"
+
+namespace kestrel {
+
+enum class ProfileConfirmOutcome {
+    Written,  // the profile file holds the fields and is the profile in use; close the dialog
+    Declined, // the user kept the file: profile holds its values again and the dialog stays open
+    Failed,   // bad name or the file could not be written (already reported); the dialog stays open
+};
+
+struct ProfileConfirmResult {
+    ProfileConfirmOutcome outcome = ProfileConfirmOutcome::Failed;
+    bool createdNew = false;
+    HardwareProfile profile;                // the values the dialog's fields should show now
+    std::vector<std::string> profileList;   // the refreshed list of profiles after a write
+    std::string error;
+};
+
+// profileName is the text of the profile box, a file name inside profiles/.
+[[nodiscard]] ProfileConfirmResult ConfirmHardwareProfile(Prompter &prompter, const std::filesystem::path &dataFolder,
+                                                          const std::string &profileName,
+                                                          const HardwareProfile &fields,
+                                                          const PortValueLists &listsInUse);
+
+// After a written profile: it becomes the one in use and its lists the offered values.
+void ApplyConfirmedProfile(ProgramConfig &cfg, const std::string &profileName, const HardwareProfile &fields);
+
+// The file name must stay inside profiles/: no folder part, not empty, not "." or "..".
+[[nodiscard]] bool IsValidProfileName(const std::string &name);
+
+} // namespace kestrel

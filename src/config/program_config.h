@@ -1,0 +1,147 @@
+#pragma once
+// The program's own settings (Kestrel.ini): profile in use, offered port values,
+// language and display modes, window and panel bounds, column widths, record
+// mode and start-up switches. Plain values; the main window applies them.
+
+#include <array>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "config/ini_file.h"
+#include "config/port_value_lists.h"
+
+namespace kestrel {
+
+inline constexpr const char *kConfigFileName = "Kestrel.ini";
+inline constexpr int kBuiltInColumnWidth = 32; // the grid's default column width
+
+inline constexpr int kDispMode4Columns = 35;
+inline constexpr int kDispMode3Columns = 326;
+inline constexpr int kDispMode1Columns = 14;
+inline constexpr int kTriggerListColumns = 6;
+// Title, number, condition, event, description, MP seen.
+inline constexpr std::array<int, kTriggerListColumns> kDefaultTriggerListWidths{160, 60, 130, 120, 220, 110};
+// Style slots beyond this are not read, whatever [Skin] Max says.
+inline constexpr int kMaxSkinSlots = 999;
+
+struct WindowPlacement {
+    int Left = 0;
+    int Top = 0;
+    int Width = 800;
+    int Height = 600;
+    int WindowState = 0; // 0 normal, 1 minimised, 2 maximised
+    friend bool operator==(const WindowPlacement &, const WindowPlacement &) = default;
+};
+
+struct PanelBounds {
+    int Left = 0;
+    int Top = 0;
+    int Width = 0;
+    int Height = 0;
+    friend bool operator==(const PanelBounds &, const PanelBounds &) = default;
+};
+
+struct ToolWindowPlacement {
+    int Left = 100;
+    int Top = 100;
+    int WindowState = 0;
+    bool Visible = false;
+    friend bool operator==(const ToolWindowPlacement &, const ToolWindowPlacement &) = default;
+};
+
+struct GridViewSettings {
+    std::vector<int> columnWidths;
+    int CharacterMode1 = 1;
+    int CharacterMode2 = 3;
+    friend bool operator==(const GridViewSettings &, const GridViewSettings &) = default;
+};
+
+struct SkinSlot {
+    std::string Name = "Windows";
+    bool Dark = false;
+    bool inMenu = false; // a named style; "None" slots fall back to the plain look and get no entry
+    friend bool operator==(const SkinSlot &, const SkinSlot &) = default;
+};
+
+// One form of the application and the monitor it stands on.
+struct FormMonitor {
+    std::string formName;
+    int monitor = 0;
+    friend bool operator==(const FormMonitor &, const FormMonitor &) = default;
+};
+
+struct ProgramConfig {
+    std::string Profile = "default.ksh";
+    PortValueLists portStandards = StandardPortValueLists();
+
+    std::string InstallLang = "en";
+    int GlobalLang = 0;
+    int DefLang = 0;
+    int DisplayMode = 1;
+    int RecordMode = 1;
+    int CharacterControl = 0;
+    int SignalMode = 1;
+    int TimeControl = 0;
+
+    WindowPlacement window;
+    std::vector<FormMonitor> monitors; // every form of the application, in a fixed order
+    PanelBounds allBottomPanels{0, 325, 1016, 300};
+    PanelBounds cCenterPanel{0, 487, 1032, 0}; // no height is kept
+
+    ToolWindowPlacement goWindow;
+    int SearchPageIndex = 0;
+    int ControlSearchPageIndex = 0;
+    ToolWindowPlacement exWindow;
+    ToolWindowPlacement reWindow;
+
+    std::string EnvironmentFilename = "Default.kef";
+    int GridOptions = 0; // the grid's option set as an integer; loading keeps it when the key is missing
+    bool ViewHold = false; // written, never read back
+    bool Append = true;
+    bool Replace = false;
+
+    // Column widths start as the grid's built-in widths; loading keeps them for missing keys.
+    GridViewSettings dispMode4{std::vector<int>(kDispMode4Columns, kBuiltInColumnWidth)};
+    GridViewSettings dispMode3{std::vector<int>(kDispMode3Columns, kBuiltInColumnWidth)};
+    GridViewSettings dispMode1{std::vector<int>(kDispMode1Columns, kBuiltInColumnWidth)};
+    std::vector<int> triggerListColumns{kDefaultTriggerListWidths.begin(), kDefaultTriggerListWidths.end()};
+
+    bool CheckForUpdatesAtProgStart = false;
+    bool DisplayHoldOnProgStart = false;
+    bool BeginRecordOnProgStart = false;
+
+    // Style slots, read at start-up only and never written. Slot 0 is the plain look.
+    int SkinMax = 99;
+    std::vector<SkinSlot> skins{SkinSlot{}};
+    int SkinCurrent = 0;
+
+    friend bool operator==(const ProgramConfig &, const ProgramConfig &) = default;
+};
+
+// [Modes] GlobalLang only (default 0): read before any form is built.
+[[nodiscard]] int LoadLanguageConfig(const IniFile &ini);
+[[nodiscard]] int LoadLanguageConfig(const std::filesystem::path &configFile);
+
+// Reads the keys that belong to one form: "TFormMain" (the main window's
+// settings, with the one-shot installer language hint), "TFormGoto",
+// "TFormExport", "TFormReport" (their tool window sections) or "TFormMonitors"
+// (the monitor of every form listed in cfg.monitors). Another name reads nothing
+// and returns false. The hardware profile named by cfg.Profile is the caller's
+// to read (ReadHardwareProfile) before the [Port Standards] lists, which this
+// reads and which win over the profile's.
+bool LoadConfiguration(const IniFile &ini, std::string_view formClass, ProgramConfig &cfg);
+bool LoadConfiguration(const std::filesystem::path &configFile, std::string_view formClass, ProgramConfig &cfg);
+
+// The monitor a form is placed on: the saved one while it is still attached, else the primary (0).
+[[nodiscard]] int MonitorForForm(int savedMonitor, int monitorCount);
+
+// Writes every key in the order of the file's layout onto base (so the style
+// slots and anything unknown stay as they were).
+void StoreConfiguration(const ProgramConfig &cfg, IniFile &ini);
+// Reads the file as it is, stores the settings over it and replaces it atomically.
+// A failure is not reported to the user (the caller may log the result).
+FileResult SaveConfiguration(const ProgramConfig &cfg, const std::filesystem::path &configFile);
+
+} // namespace kestrel
