@@ -11,6 +11,8 @@
 
 #include "app/main_form.h"
 #include "app/startup_args.h"
+#include "config/data_folder.h"
+#include "config/program_config.h"
 #include "resources/string_table.h"
 
 namespace {
@@ -63,14 +65,18 @@ int main(int argc, char **argv)
     }
 
     kestrel::MainFormOptions options;
-    options.dataFolder = kestrel::ResolveDataFolder(parsed.dataDir, std::getenv("KESTREL_DATA_DIR"),
-                                                    std::getenv("XDG_DATA_HOME"), std::getenv("HOME"));
-    std::error_code ec;
-    for (const char *sub : {"recordings", "profiles", "themes"})
-        std::filesystem::create_directories(options.dataFolder + sub, ec);
-    if (ec)
-        std::fprintf(stderr, "kestrel: cannot create the data folder %s: %s\n", options.dataFolder.c_str(),
-                     ec.message().c_str());
+    const std::filesystem::path dataFolder = kestrel::ResolveDataFolder(parsed.dataDir);
+    const kestrel::FileResult made = kestrel::EnsureDataFolder(dataFolder);
+    if (!made.ok)
+        std::fprintf(stderr, "kestrel: cannot create the data folder %s: %s\n", dataFolder.c_str(),
+                     made.error.c_str());
+    options.dataFolder = dataFolder.string();
+    if (options.dataFolder.empty() || options.dataFolder.back() != '/')
+        options.dataFolder += '/';
+    // The language first, so that every window comes up in it.
+    kestrel::SetGlobalLang(kestrel::LoadLanguageConfig(dataFolder / kestrel::kConfigFileName) == kestrel::kLangEnglish
+                               ? kestrel::kLangEnglish
+                               : kestrel::kLangGerman);
     options.args = std::move(parsed);
 
     kestrel::TFormMain window(std::move(options));

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QScreen>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <QTimer>
 #include <QToolButton>
@@ -21,9 +22,15 @@
 #include "app/confirm_record_mode_form.h"
 #include "app/line_gauge.h"
 #include "app/message_form.h"
+#include "app/monitored_ports.h"
 #include "app/progress_form.h"
 #include "app/signal_light.h"
 #include "capture/clock.h"
+#include "capture/record_store.h"
+#include "capture/recorder.h"
+#include "config/environment.h"
+#include "config/hardware_profile.h"
+#include "config/program_config.h"
 #include "resources/string_table.h"
 
 namespace kestrel {
@@ -45,6 +52,8 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     setObjectName("TFormMain");
     setWindowIcon(QIcon(":/images/kestrel.svg"));
 
+    config_ = std::make_unique<ProgramConfig>();
+    env_ = std::make_unique<Environment>();
     messageForm_ = std::make_unique<TMessageForm>(this);
     prompter_ = options.prompter != nullptr ? options.prompter : messageForm_.get();
     if (options.clock != nullptr) {
@@ -86,7 +95,11 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     TriggerTimer->setInterval(1000);
     SoundTimer = new QTimer(this);
     SoundTimer->setObjectName("SoundTimer");
+    lineLightTimer_ = new QTimer(this);
+    lineLightTimer_->setInterval(60);
+    connect(lineLightTimer_, &QTimer::timeout, this, &TFormMain::LineLightsTimer);
 
+    createRecorder(options);
     connectActions();
     FormCreate();
     StartupPrepare();
@@ -104,47 +117,61 @@ void TFormMain::FormCreate()
     setWindowTitle(S(1));
 }
 
+std::string TFormMain::configPath() const { return dataFolder_ + kConfigFileName; }
+
 void TFormMain::StartupPrepare()
 {
+    LoadConfiguration(std::filesystem::path(configPath()), "TFormMain", *config_);
+    applyConfiguration();
+
     // Files named on the command line win over the ones the configuration and environment name.
+    environmentFile_ = config_->EnvironmentFilename;
     if (!args_.environmentFile.empty())
         environmentFile_ = args_.environmentFile;
-    if (environmentFile_.empty())
-        environmentFile_ = dataFolder_ + "Default.kef";
-    if (!args_.recordFile.empty())
-        recordFile_ = args_.recordFile;
-    if (recordFile_.empty())
-        recordFile_ = dataFolder_ + "recordings/Default.ksr";
+    if (std::filesystem::path(environmentFile_).parent_path().empty())
+        environmentFile_ = dataFolder_ + environmentFile_;
+    recordFile_.setPath(args_.recordFile.empty() ? DefaultRecordFile(dataFolder_) : args_.recordFile);
 
     if (!clock_->highResolution())
         prompter_->ShowMessage(Str(203), Str(70), Buttons::Ok, Icon::Warning);
 
     SetModeText(4274);
+    statusPanels_[0]->setText(S(7651));
     if (viewHold_)
         LEDToggleTimer->start();
 }
 
-void TFormMain::ScanPortsAndApplySettings()
+void TFormMain::applyConfiguration()
 {
-    fillPortCombos();
+    SetGlobalLang(config_->GlobalLang == kLangEnglish ? kLangEnglish : kLangGerman);
+    pinNaming_ = config_->DefLang == 1 ? 1 : 0;
+    ActionManager1->action("actAppend")->setChecked(config_->Append);
+    ActionManager1->action("actReplace")->setChecked(!config_->Append && config_->Replace);
+    if (config_->DisplayHoldOnProgStart && !viewHold_)
+        btnViewHoldClick();
+    if (config_->BeginRecordOnProgStart)
+        args_.recordAtStart = true;
+    const WindowPlacement &w = config_->window;
+    if (w.Width >= 400 && w.Height >= 300)
+        setGeometry(w.Left, w.Top, w.Width, w.Height);
+    if (w.WindowState == 2)
+        setWindowState(Qt::WindowMaximized);
 }
 
 void TFormMain::fillPortCombos()
 {
-    static const char *kBauds[] = {"50",    "75",    "150",   "300",   "600",    "1200",   "1800",   "2000",
-                                   "2400",  "3600",  "4800",  "7200",  "9600",   "10400",  "14400",  "19200",
-                                   "28800", "38400", "56000", "57600", "115200", "230400", "460800", "921600"};
-    cbPortBaudRate->clear();
-    for (const char *b : kBauds)
-        cbPortBaudRate->addItem(b);
-    cbPortBaudRate->setCurrentText("9600");
-    cbPortDataBits->clear();
-    cbPortDataBits->addItems({"5", "6", "7", "8"});
-    cbPortDataBits->setCurrentText("8");
-    cbPortParity->clear();
-    cbPortParity->addItems({"N", "S", "M", "E", "O"});
-    cbPortStopBits->clear();
-    cbPortStopBits->addItems({"1", "1.5", "2"});
+    auto fill = [](QComboBox *c, const std::vector<std::string> &values, const std::vector<std::string> &fallback) {
+        const QSignalBlocker quiet(c);
+        c->clear();
+        for (const std::string &v : values.empty() ? fallback : values)
+            c->addItem(QString::fromStdString(v));
+        c->setCurrentIndex(0);
+    };
+    const PortValueLists &lists = config_->portStandards;
+    fill(cbPortBaudRate, lists.baudRates, StandardBaudRates());
+    fill(cbPortDataBits, lists.dataBits, StandardDataBits());
+    fill(cbPortParity, lists.parities, StandardParities());
+    fill(cbPortStopBits, lists.stopBits, StandardStopBits());
 }
 
 void TFormMain::SetLifePortLabels()
@@ -222,14 +249,26 @@ void TFormMain::showEvent(QShowEvent *event)
 
 void TFormMain::FormShow()
 {
-    static bool once = false;
-    (void)once;
     TFormProgress progress(this);
     progress.show();
     progress.step(S(28), 10);
+    LoadConfiguration(std::filesystem::path(configPath()), "TFormMonitors", *config_);
     progress.step(S(30), 30);
+    // The display code page is a fixed table here; nothing to choose at run time.
     progress.step(S(26), 70);
+    EnvLoadContext ctx;
+    ctx.dataFolder = dataFolder_;
+    if (!args_.recordFile.empty())
+        ctx.commandLineRecord = args_.recordFile;
+    ctx.now = clock_->nowDateTime();
+    EnvLoadResult loaded = LoadEnvironment(std::filesystem::path(environmentFile_), ctx);
+    if (!loaded.status.ok)
+        prompter_->ShowMessage(Str(205), Str(7652) + "\n\n" + environmentFile_ + "\n" + loaded.status.error,
+                               Buttons::Ok, Icon::Warning);
+    applyEnvironment(loaded.env);
     progress.step(S(902), 80);
+    ShowChangedRecordFile();
+    envChanged_ = false;
     progress.close();
     if (args_.recordAtStart)
         btnRecordClick();
@@ -262,9 +301,27 @@ void TFormMain::FormDestroy()
     SoundTimer->stop();
 }
 
-bool TFormMain::environmentChanged() const { return false; }
-void TFormMain::saveEnvironmentDialog() {}
-void TFormMain::saveConfiguration() {}
-void TFormMain::closeRecordHandles() {}
+void TFormMain::closeRecordHandles()
+{
+    recordFile_.close(RecordHandle::View);
+    recordFile_.close(RecordHandle::Record);
+}
+
+void TFormMain::saveEnvironmentDialog() { SaveEnvDialog(); }
+
+void TFormMain::saveConfiguration()
+{
+    config_->GlobalLang = GlobalLang();
+    config_->DefLang = pinNaming_;
+    config_->Append = ActionManager1->action("actAppend")->isChecked();
+    config_->Replace = ActionManager1->action("actReplace")->isChecked();
+    config_->RecordMode = config_->Replace ? 2 : config_->Append ? 1 : 0;
+    config_->ViewHold = viewHold_;
+    config_->EnvironmentFilename = environmentFile_;
+    const QRect g = normalGeometry();
+    config_->window = {g.left(), g.top(), g.width(), g.height(), isMaximized() ? 2 : isMinimized() ? 1 : 0};
+    // A failed save is not the user's problem at close; the next save tries again.
+    (void)SaveConfiguration(*config_, std::filesystem::path(configPath()));
+}
 
 } // namespace kestrel

@@ -11,6 +11,10 @@
 #include <string>
 
 #include "app/close_query.h"
+#include "capture/receive_event.h"
+#include "capture/record_file.h"
+#include "capture/recorder_view.h"
+
 #include "app/control_lock.h"
 #include "app/startup_args.h"
 
@@ -31,6 +35,13 @@ class ActionManager;
 class Clock;
 class LineGauge;
 class Prompter;
+class RecordStore;
+class Recorder;
+class RecorderPorts;
+class MonitoredPorts;
+class SimLine;
+struct Environment;
+struct ProgramConfig;
 class SignalLight;
 class TFormConfirmRecordMode;
 class TMessageForm;
@@ -41,9 +52,10 @@ struct MainFormOptions {
     Prompter *prompter = nullptr;  // nullptr: the window's own message box
     Clock *clock = nullptr;        // nullptr: the system clock
     bool skipUnloadDelay = false;  // tests: no 500 ms wait when a recording is unloaded
+    RecorderPorts *ports = nullptr; // tests: stands in for the two monitored ports
 };
 
-class TFormMain final : public QMainWindow, private CloseSteps {
+class TFormMain final : public QMainWindow, private CloseSteps, private RecorderView {
     Q_OBJECT
 public:
     explicit TFormMain(MainFormOptions options, QWidget *parent = nullptr);
@@ -57,11 +69,16 @@ public:
     [[nodiscard]] Prompter &prompter() const { return *prompter_; }
     [[nodiscard]] const std::string &dataFolder() const { return dataFolder_; }
     [[nodiscard]] const std::string &environmentFile() const { return environmentFile_; }
-    [[nodiscard]] const std::string &recordFile() const { return recordFile_; }
+    [[nodiscard]] const std::string &recordFile() const { return recordFile_.path(); }
+    [[nodiscard]] RecordStore &store() const { return *store_; }
+    [[nodiscard]] Recorder &recorder() const { return *recorder_; }
+    // The simulated line under --simulate, else nullptr.
+    [[nodiscard]] SimLine *simulatedLine() const;
+    [[nodiscard]] const ProgramConfig &config() const { return *config_; }
+    [[nodiscard]] bool isEnvironmentChanged() const { return envChanged_; }
     [[nodiscard]] bool isRecording() const override;
     [[nodiscard]] bool isPaused() const;
     [[nodiscard]] bool viewHold() const { return viewHold_; }
-    [[nodiscard]] int portLostMessages() const { return portLostMessages_; }
 
     // Stops a recording and closes without questions (SIGTERM, --quit-after).
     void quitCleanly();
@@ -75,6 +92,7 @@ public slots:
     void btnRecReplaceClick();
     void btnViewHoldClick();
     void LEDToggleTimerTimer();
+    void LineLightsTimer();
     // display
     void btnSwitchPinClick();
     void SetLifePortLabels();
@@ -96,13 +114,43 @@ private:
     void FormDestroy();
     // CloseSteps
     void closeRecordHandles() override;
-    [[nodiscard]] bool environmentChanged() const override;
+    [[nodiscard]] bool environmentChanged() const override { return envChanged_; }
     void saveEnvironmentDialog() override;
     void saveConfiguration() override;
 
-    // recorder wiring (window side)
-    void SetRecordOnControls();
-    void SetRecordOffControls();
+    // recorder wiring (window side, RecorderView)
+    void SetRecordOnControls() override;
+    void SetRecordOffControls() override;
+    void setModeText(const std::string &text) override;
+    void setStatusText(const std::string &text) override;
+    void setRecordButtons(bool recordDown) override;
+    void setPauseButton(bool down) override;
+    void setLightsMonitoring(bool on) override;
+    void startBlinkTimer() override;
+    void stopTriggerTimer() override;
+    void refreshSizeLabel(const std::string &label) override;
+    void resetViewToStart() override;
+    void clearGrid() override;
+    void redrawGrid() override;
+    void scrollGridToEnd() override;
+    void clearGauges() override;
+    void environmentChanged() override;
+    void startRedrawThread() override;
+    void stopRedrawThread() override;
+    void createRecorder(const MainFormOptions &options);
+    [[nodiscard]] int chooseRecordMode();
+    void applyConfiguration();
+    void applyEnvironment(const Environment &env);
+    void ShowChangedRecordFile();
+    void btnNewRecordFileClick();
+    void btnOpenRecordFileClick();
+    void btnSaveRecordFileClick();
+    void LoadEnvDialog();
+    void SaveEnvDialog();
+    void portSettingChanged();
+    void updateSizeLabel();
+    void showPortDevices();
+    [[nodiscard]] std::string configPath() const;
     void DisableCtrlsBeforeRec();
     void EnableCtrlsAfterRec();
     void EnableComSetup();
@@ -125,7 +173,15 @@ private:
 
     std::string dataFolder_;
     std::string environmentFile_;
-    std::string recordFile_;
+    RecordFile recordFile_;
+    std::unique_ptr<RecordStore> store_;
+    std::unique_ptr<Recorder> recorder_;
+    std::unique_ptr<MonitoredPorts> ownPorts_;
+    RecorderPorts *ports_ = nullptr;
+    ReceiveEvent receiveEvent_;
+    std::unique_ptr<ProgramConfig> config_;
+    std::unique_ptr<Environment> env_;
+    bool envChanged_ = false; // the settings differ from the environment file
     StartupArgs args_;
     bool skipUnloadDelay_ = false;
 
@@ -175,16 +231,18 @@ private:
     QTimer *LEDToggleTimer = nullptr;
     QTimer *TriggerTimer = nullptr;
     QTimer *SoundTimer = nullptr;
+    QTimer *lineLightTimer_ = nullptr;
+    std::uint64_t lastD1Count_ = 0, lastD2Count_ = 0;
     QList<QLabel *> captionLabels_;      // labels whose text number is in their "textNo" property
     QList<QWidget *> captionGroups_;     // group boxes likewise
     QList<QPair<QMenu *, int>> menuTitles_;
 
     ControlLock recordLock_;
     bool viewHold_ = false;
+    bool lightsMonitoring_ = false;
     bool shown_ = false;
     bool quitting_ = false;
     int pinNaming_ = 0; // 0 circuit names, 1 pin names
-    int portLostMessages_ = 0;
 };
 
 } // namespace kestrel

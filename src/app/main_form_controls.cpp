@@ -11,6 +11,8 @@
 #include "app/action_registry.h"
 #include "app/main_form.h"
 #include "app/signal_light.h"
+#include "app/line_gauge.h"
+#include "capture/record_store.h"
 #include "resources/string_table.h"
 
 namespace kestrel {
@@ -30,6 +32,11 @@ void TFormMain::connectActions()
     on("actLangGerman", &TFormMain::actLangGermanExecute);
     on("actLangEnglish", &TFormMain::actLangEnglishExecute);
     on("actAbout", &TFormMain::actAboutExecute);
+    on("actNewRecordFile", &TFormMain::btnNewRecordFileClick);
+    on("actOpenRecordFile", &TFormMain::btnOpenRecordFileClick);
+    on("actSaveRecordFile", &TFormMain::btnSaveRecordFileClick);
+    on("actLoadEnvironment", &TFormMain::LoadEnvDialog);
+    on("actSaveEnvironment", &TFormMain::SaveEnvDialog);
     connect(ActionManager1->action("actExit"), &QAction::triggered, this, &QWidget::close);
     // The record and stop buttons are two-state buttons of their own; they run the actions.
     connect(btnREC, &QToolButton::clicked, this, [this] {
@@ -41,8 +48,6 @@ void TFormMain::connectActions()
         ActionManager1->action("actStop")->trigger();
     });
     btnSTOP->setChecked(true);
-    connect(ActionManager1->action("actStart"), &QAction::enabledChanged, btnREC, &QWidget::setEnabled);
-    connect(ActionManager1->action("actStop"), &QAction::enabledChanged, btnSTOP, &QWidget::setEnabled);
 
     // Defaults of the mode groups: vertical view, ASCII, no overlay, absolute time, all grid lines.
     ActionManager1->action("actViewVertical")->setChecked(true);
@@ -113,6 +118,25 @@ void TFormMain::btnViewHoldClick()
     } else {
         apdLEDViewHold->setLit(false);
     }
+}
+
+void TFormMain::LineLightsTimer()
+{
+    // SlcA / SlcB: the lights follow the newest MP; a data light flashes when its count moved.
+    if (!lightsMonitoring_ || !store_)
+        return;
+    const MpRecord &mp = store_->previous();
+    const std::uint64_t d1 = mp.count(Counter::D1), d2 = mp.count(Counter::D2);
+    lineLights_[0]->setLit(d1 != lastD1Count_);
+    lineLights_[1]->setLit(d2 != lastD2Count_);
+    lastD1Count_ = d1;
+    lastD2Count_ = d2;
+    const std::uint8_t levels[6] = {mp.s1, mp.s2, mp.m1, mp.m2, mp.m5, mp.m3};
+    for (int i = 0; i < 6; ++i)
+        lineLights_[2 + i]->setLit(levels[i] != 0);
+    showLineLoadActual->setValue(mp.loadActual);
+    showLineLoadPeek->setValue(mp.loadPeak);
+    showLineQuality->setValue(mp.quality);
 }
 
 void TFormMain::LEDToggleTimerTimer()

@@ -82,21 +82,4 @@ StartupArgs ParseStartupArgs(const std::vector<std::string> &args)
     return r;
 }
 
-std::string ResolveDataFolder(const std::optional<std::string> &cliDir, const char *envDataDir,
-                              const char *xdgDataHome, const char *home)
-{
-    std::string dir;
-    if (cliDir && !cliDir->empty())
-        dir = *cliDir;
-    else if (envDataDir != nullptr && *envDataDir != '\0')
-        dir = envDataDir;
-    else if (xdgDataHome != nullptr && *xdgDataHome == '/')
-        dir = std::string(xdgDataHome) + "/kestrel";
-    else
-        dir = std::string(home != nullptr && *home != '\0' ? home : "/tmp") + "/.local/share/kestrel";
-    if (dir.back() != '/')
-        dir += '/';
-    return dir;
-}
-
 } // namespace kestrel

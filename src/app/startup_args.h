@@ -28,9 +28,4 @@ struct StartupArgs {
 // args[0] is the program name.
 [[nodiscard]] StartupArgs ParseStartupArgs(const std::vector<std::string> &args);
 
-// The data folder: --data-dir, else KESTREL_DATA_DIR, else $XDG_DATA_HOME/kestrel,
-// else $HOME/.local/share/kestrel. Always ends with '/'.
-[[nodiscard]] std::string ResolveDataFolder(const std::optional<std::string> &cliDir, const char *envDataDir,
-                                            const char *xdgDataHome, const char *home);
-
 } // namespace kestrel

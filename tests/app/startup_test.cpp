@@ -70,16 +70,6 @@ TEST(StartupArgs, BadOptionsAreReportedNotGuessed)
     EXPECT_DOUBLE_EQ(parse({"--quit-after", "2.5"}).quitAfterSeconds.value(), 2.5);
 }
 
-TEST(DataFolder, CommandLineThenEnvironmentThenXdgThenHome)
-{
-    EXPECT_EQ(ResolveDataFolder(std::string("/cli"), "/env", "/xdg", "/home/u"), "/cli/");
-    EXPECT_EQ(ResolveDataFolder(std::nullopt, "/env/", "/xdg", "/home/u"), "/env/");
-    EXPECT_EQ(ResolveDataFolder(std::nullopt, "", "/xdg", "/home/u"), "/xdg/kestrel/");
-    EXPECT_EQ(ResolveDataFolder(std::nullopt, nullptr, nullptr, "/home/u"), "/home/u/.local/share/kestrel/");
-    // A relative XDG_DATA_HOME is invalid and ignored.
-    EXPECT_EQ(ResolveDataFolder(std::nullopt, nullptr, "rel", "/home/u"), "/home/u/.local/share/kestrel/");
-}
-
 namespace {
 
 class FakeSteps final : public CloseSteps {
