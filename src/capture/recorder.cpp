@@ -131,6 +131,24 @@ void Recorder::btnStopClick()
     view_->scrollGridToEnd();
 }
 
+void Recorder::btnViewHoldClick()
+{
+    viewHold_ = !viewHold_;
+    if (viewHold_)
+        view_->startBlinkTimer();
+    else
+        holdLight_ = false;
+    view_->setViewHoldButton(viewHold_);
+    view_->setStatusLights(holdLight_, recordLight_);
+}
+
+void Recorder::LEDToggleTimerTimer()
+{
+    holdLight_ = viewHold_ ? !holdLight_ : false;
+    recordLight_ = recording_ ? !recordLight_ : false;
+    view_->setStatusLights(holdLight_, recordLight_);
+}
+
 // ---- load, start, stop, unload ----------------------------------------------
 
 int Recorder::LoadRecorder()

@@ -59,6 +59,10 @@ public:
     void btnRecordClick();
     void btnPauseClick();
     void btnStopClick();
+    // Display freeze: capture goes on, only the grid stops following.
+    void btnViewHoldClick();
+    // The blink timer's tick (every 500 ms): each light toggles while its state lasts.
+    void LEDToggleTimerTimer();
 
     // Returns the record mode it ended with (0: nothing recorded, the file is closed).
     int LoadRecorder();
@@ -82,6 +86,7 @@ public:
     [[nodiscard]] bool recording() const { return recording_; }
     [[nodiscard]] bool paused() const { return paused_; }
     [[nodiscard]] bool recordButtonDown() const { return recDown_; }
+    [[nodiscard]] bool viewHold() const { return viewHold_; }
     [[nodiscard]] bool loaded() const { return file_.isOpen(RecordHandle::Record); }
     [[nodiscard]] int recordMode() const { return recordMode_; }
     [[nodiscard]] bool writeFailed() const { return writeFailed_; }
@@ -117,6 +122,9 @@ private:
     bool recording_ = false;
     bool paused_ = false;
     bool recDown_ = false;
+    bool viewHold_ = false;
+    bool holdLight_ = false;
+    bool recordLight_ = false;
     int recordMode_ = RecordMode::None;
     bool writeFailed_ = false;
     bool portLost_ = false;

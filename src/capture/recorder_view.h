@@ -18,6 +18,9 @@ public:
     virtual void setPauseButton(bool /*down*/) {}
     virtual void setLightsMonitoring(bool /*on*/) {}
     virtual void startBlinkTimer() {}
+    // The two status lights (apdLEDViewHold, apdLEDRecorder) after a blink tick.
+    virtual void setStatusLights(bool /*viewHoldOn*/, bool /*recorderOn*/) {}
+    virtual void setViewHoldButton(bool /*down*/) {}
     virtual void stopTriggerTimer() {}
     virtual void refreshSizeLabel(const std::string & /*label*/) {}
     virtual void resetViewToStart() {}

@@ -417,4 +417,11 @@ std::optional<Scenario> LoadScenarioFile(const std::string &path, ScenarioError 
     return ParseScenario(buf.str(), error);
 }
 
+std::optional<Scenario> LoadScenario(const std::string &fileOrEmpty, ScenarioError &error)
+{
+    if (fileOrEmpty.empty())
+        return ParseScenario(DemoScenarioText(), error);
+    return LoadScenarioFile(fileOrEmpty, error);
+}
+
 } // namespace kestrel

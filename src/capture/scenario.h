@@ -53,6 +53,9 @@ struct ScenarioError {
 // Reads and parses a scenario file; a read failure comes back as line 0.
 [[nodiscard]] std::optional<Scenario> LoadScenarioFile(const std::string &path, ScenarioError &error);
 
+// An empty name gives the built-in demo; anything else is a scenario file.
+[[nodiscard]] std::optional<Scenario> LoadScenario(const std::string &fileOrEmpty, ScenarioError &error);
+
 // The built-in demo: a terminal and a modem talking both ways, with handshakes and a ring.
 [[nodiscard]] std::string_view DemoScenarioText();
 

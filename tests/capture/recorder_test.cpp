@@ -2,7 +2,9 @@
 
 #include <deque>
 #include <fstream>
+#include <csignal>
 #include <functional>
+#include <sys/resource.h>
 #include <vector>
 
 #include "capture/record_reader.h"
@@ -72,6 +74,8 @@ public:
     void stopRedrawThread() override { ++redrawStopped; }
     void setRecordButtons(bool down) override { recDown = down; }
     void refreshSizeLabel(const std::string &l) override { label = l; }
+    void setStatusLights(bool hold, bool recording) override { lights.push_back({hold, recording}); }
+    std::vector<std::pair<bool, bool>> lights;
     int on = 0, off = 0, redrawStarted = 0, redrawStopped = 0;
     bool recDown = false;
     std::string mode, label;
@@ -413,5 +417,63 @@ TEST_F(RecorderFixture, DrainAndStopRecordsWhatThePortsStillHold)
     const auto recs = fileRecords();
     ASSERT_EQ(recs.size(), 7u);
     EXPECT_EQ(recs[5].d2, 'z');
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+}
+
+TEST_F(RecorderFixture, FullDiskIsReportedOnceAndStopsTheRecording)
+{
+    rec.setPoster([this](std::function<void()> f) { posted.push_back(std::move(f)); });
+    rec.btnRecordClick();
+    dataByte('a');
+    const std::size_t before = fileRecords().size();
+
+    // A file size limit stands in for a full disk.
+    rlimit old{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &old), 0);
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit lim = old;
+    lim.rlim_cur = before * kMpSize;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &lim), 0);
+    store.beginBurst();
+    for (int i = 0; i < 5; ++i)
+        dataByte('b');
+    rec.endBurst();
+    dataByte('c');
+    while (!posted.empty()) {
+        auto f = std::move(posted.front());
+        posted.pop_front();
+        f();
+    }
+    ::setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+
+    EXPECT_TRUE(rec.writeFailed());
+    EXPECT_FALSE(rec.recording());
+    EXPECT_FALSE(rec.loaded());
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_NE(prompter.asked[0].text.find("Error writing the record file!"), std::string::npos);
+    const auto recs = fileRecords();
+    EXPECT_EQ(recs.size(), before); // whole records only, the stop mark found no room either
+    expectGapFree(recs);
+    EXPECT_EQ(recs.back().d1, 'a');
+}
+
+TEST_F(RecorderFixture, LightsBlinkWhileTheirStateLastsAndStayOffWhilePaused)
+{
+    using Lights = std::vector<std::pair<bool, bool>>;
+    rec.btnRecordClick();
+    rec.LEDToggleTimerTimer();
+    rec.LEDToggleTimerTimer();
+    rec.btnViewHoldClick(); // hold on: capture goes on
+    EXPECT_TRUE(rec.viewHold());
+    rec.LEDToggleTimerTimer();
+    rec.btnPauseClick();
+    rec.LEDToggleTimerTimer();
+    rec.btnViewHoldClick();
+    rec.LEDToggleTimerTimer();
+    EXPECT_EQ(view.lights, (Lights{{false, true}, {false, false}, {false, false}, {true, true},
+                                   {false, false}, {false, false}, {false, false}}));
+    dataByte('x');
+    rec.btnStopClick();
     EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
 }

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
 #include "capture/clock.h"
 #include "capture/receive_channel.h"
 #include "capture/scenario.h"
@@ -230,6 +234,32 @@ TEST_F(SimFixture, DataTriggerMatchesAcrossChunksAndEachOccurrence)
     EXPECT_EQ(logA.count(hit), 2);
 }
 
+TEST(ReceiveChannel, ReaderWaitsFromFullUntilTheResumeLevel)
+{
+    test::TestApp();
+    ReceiveChannel ch([](const PortNote &) {});
+    std::vector<std::uint8_t> block(kBufferFull, 0x11);
+    ASSERT_EQ(ch.pushBytes(block.data(), block.size()), block.size());
+    std::atomic<bool> resumed{false};
+    std::thread reader([&] {
+        resumed = ch.waitForRoom();
+    });
+    for (int taken = 0; taken < kBufferFull - kBufferResume - 1; ++taken)
+        (void)ch.getChar();
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_FALSE(resumed) << "must stay held above the resume level";
+    (void)ch.getChar(); // now exactly at the resume level
+    reader.join();
+    EXPECT_TRUE(resumed);
+    EXPECT_EQ(ch.buffered(), static_cast<std::size_t>(kBufferResume));
+    // Stopping releases a held reader with false.
+    ASSERT_EQ(ch.pushBytes(block.data(), block.size()), block.size());
+    std::thread held([&] { resumed = ch.waitForRoom(); });
+    ch.stop();
+    held.join();
+    EXPECT_FALSE(resumed);
+}
+
 TEST(PatternMatcher, FindsOverlappingAndSplitOccurrences)
 {
     struct Case {
@@ -319,6 +349,8 @@ TEST(Scenario, CommentsAndHashInsideText)
 
 TEST_F(SimFixture, BuiltInDemoLooksLikeARealLine)
 {
+    ScenarioError err;
+    ASSERT_TRUE(LoadScenario("", err)) << "the shipped demo must parse: " << err.text();
     start(std::string(DemoScenarioText()));
     const int ring = line->portA().addStatusTrigger(StatusTriggerKind::Modem);
     int rings = 0;
