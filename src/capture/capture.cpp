@@ -198,6 +198,7 @@ bool Capture::OpenPortsForRecording()
             ClosePorts();
             return false;
         }
+        lineHandle_[index] = modemHandle_[index] = 0; // a fresh session knows no triggers
         p.setDispatcherPriority(true, index == kA ? 2 : 0);
         p.flushInput();
     }
@@ -233,12 +234,15 @@ void Capture::ArmStatusTriggers()
         ComPort &p = port(index);
         if (!p.isOpen())
             continue;
-        if (lineHandle_[index] == 0)
+        // A port forgets its triggers when it closes: a handle it no longer knows is added anew.
+        if (lineHandle_[index] == 0 || !p.setStatusTrigger(lineHandle_[index], kLineTriggerMask, true)) {
             lineHandle_[index] = p.addStatusTrigger(StatusTriggerKind::Line);
-        if (modemHandle_[index] == 0)
+            armLine(index);
+        }
+        if (modemHandle_[index] == 0 || !p.setStatusTrigger(modemHandle_[index], kModemTriggerMask, true)) {
             modemHandle_[index] = p.addStatusTrigger(StatusTriggerKind::Modem);
-        armLine(index);
-        armModem(index);
+            armModem(index);
+        }
     }
 }
 

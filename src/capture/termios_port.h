@@ -41,8 +41,9 @@ public:
     [[nodiscard]] std::uint8_t modemStatus() override { return fd_ >= 0 ? channel_.readModemStatus() : 0; }
     void flushInput() override;
 
-    int addDataTrigger(const std::vector<std::uint8_t> &pattern) override { return channel_.addDataTrigger(pattern); }
-    int addStatusTrigger(int kind) override { return channel_.addStatusTrigger(kind); }
+    // Triggers belong to an open session (0 when closed).
+    int addDataTrigger(const std::vector<std::uint8_t> &pattern) override { return fd_ >= 0 ? channel_.addDataTrigger(pattern) : 0; }
+    int addStatusTrigger(int kind) override { return fd_ >= 0 ? channel_.addStatusTrigger(kind) : 0; }
     bool setStatusTrigger(int handle, unsigned mask, bool active) override { return channel_.setStatusTrigger(handle, mask, active); }
     void removeTrigger(int handle) override { channel_.removeTrigger(handle); }
     void setDispatcherPriority(bool timeCritical, int boost) override;

@@ -454,6 +454,15 @@ TEST(CaptureOverSimLine, ScenarioEventsBecomeMps)
     EXPECT_EQ(mps[2].peD1, 1);
     cap.ClosePorts();
     EXPECT_FALSE(line.portA().isOpen());
+
+    // Paused and resumed: the reopened ports get their status triggers again.
+    ASSERT_TRUE(cap.OpenPortsForRecording());
+    cap.ArmStatusTriggers();
+    EXPECT_TRUE(line.portA().channel().hasTrigger(cap.modemTriggerHandle(true)));
+    EXPECT_TRUE(line.portB().channel().hasTrigger(cap.lineTriggerHandle(false)));
+    line.injectLineError(kSimPortB, LineError::Framing);
+    ASSERT_TRUE(test::SpinUntil([&] { return mps.size() == 4; }));
+    EXPECT_EQ(mps[3].feD1, 1);
 }
 
 } // namespace
