@@ -24,6 +24,8 @@
 #include "app/message_form.h"
 #include "app/monitored_ports.h"
 #include "app/progress_form.h"
+#include "present/grid/record_grid.h"
+#include "present/grid/store_live_source.h"
 #include "app/signal_light.h"
 #include "capture/clock.h"
 #include "capture/record_store.h"

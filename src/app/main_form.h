@@ -29,6 +29,11 @@ class QToolBar;
 class QToolButton;
 class QWidget;
 
+namespace kestrel::grid {
+class RecordGrid;
+class StoreLiveSource;
+} // namespace kestrel::grid
+
 namespace kestrel {
 
 class ActionManager;
@@ -72,6 +77,7 @@ public:
     [[nodiscard]] const std::string &recordFile() const { return recordFile_.path(); }
     [[nodiscard]] RecordStore &store() const { return *store_; }
     [[nodiscard]] Recorder &recorder() const { return *recorder_; }
+    [[nodiscard]] grid::RecordGrid &grid() const { return *DrawGrid1; }
     // The simulated line under --simulate, else nullptr.
     [[nodiscard]] SimLine *simulatedLine() const;
     [[nodiscard]] const ProgramConfig &config() const { return *config_; }
@@ -168,6 +174,8 @@ private:
     QWidget *buildGaugePanel();
     void buildStatusBar();
     void connectActions();
+    void connectGrid();
+    void syncModeButtons();
     QToolButton *speedButton(const QString &name, const QString &actionName, QWidget *parent, bool textOnly);
     void fillPortCombos();
 
@@ -200,6 +208,8 @@ private:
     QFrame *pnlDGHeaderAlTop = nullptr;
     QFrame *pnlGridAndVScroll = nullptr;
     QFrame *pnlStatusAndHScroll = nullptr;
+    grid::RecordGrid *DrawGrid1 = nullptr;
+    std::unique_ptr<grid::StoreLiveSource> liveSource_;
     QFrame *pnlAllBottom = nullptr;
     QFrame *pnlCCTrigPanel = nullptr;
     QFrame *pnlCCRecDispControl = nullptr;

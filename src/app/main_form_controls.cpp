@@ -13,6 +13,7 @@
 #include "app/signal_light.h"
 #include "app/line_gauge.h"
 #include "capture/record_store.h"
+#include "present/grid/record_grid.h"
 #include "resources/string_table.h"
 
 namespace kestrel {
@@ -29,6 +30,7 @@ void TFormMain::connectActions()
     on("actReplace", &TFormMain::btnRecReplaceClick);
     on("actFreezeDisplay", &TFormMain::btnViewHoldClick);
     on("actShowCCITTV24Pin", &TFormMain::btnSwitchPinClick);
+    connectGrid();
     on("actLangGerman", &TFormMain::actLangGermanExecute);
     on("actLangEnglish", &TFormMain::actLangEnglishExecute);
     on("actAbout", &TFormMain::actAboutExecute);
@@ -67,6 +69,78 @@ void TFormMain::connectActions()
           "actAppend", "actReplace"})
         recordLock_.add(ActionManager1->action(QString::fromLatin1(name)));
     recordLock_.add(pnlCCTrigPanel);
+}
+
+void TFormMain::connectGrid()
+{
+    grid::RecordGrid *g = DrawGrid1;
+    g->setPrompter(prompter_);
+    auto on = [this](const char *name, auto slot) {
+        connect(ActionManager1->action(QString::fromLatin1(name)), &QAction::triggered, this, slot);
+    };
+    on("actViewVertical", [g] { g->btnViewVerticalClick(); });
+    on("actViewDataOnly", [g] { g->btnViewDataOnlyClick(); });
+    on("actViewDataDump", [g] { g->btnViewDataDumpClick(); });
+    on("actViewHorizontal", [this, g] {
+        g->btnViewHorizontalClick();
+        syncModeButtons(); // the horizontal view does not exist: the previous view stays
+    });
+    const std::pair<const char *, int> charModes[] = {{"actCharAscii", 1}, {"actCharEbcdic", 2}, {"actCharHex", 3},
+                                                      {"actCharDec", 4},   {"actCharOct", 5},    {"actCharBin", 6}};
+    for (auto [name, mode] : charModes)
+        on(name, [g, mode = mode] { g->btnCharModeClick(mode); });
+    on("actCharCtl", [g](bool down) { g->btnCharCtlClick(down); });
+    on("actCharCmd", [g](bool down) { g->btnCharCmdClick(down); });
+    on("actChar01FReset", [this, g] {
+        ActionManager1->action("actCharCtl")->setChecked(false);
+        ActionManager1->action("actCharCmd")->setChecked(false);
+        g->btnChar01FResetClick();
+    });
+    on("actTimeAbsolute", [g] { g->btnTimeAbsoluteClick(); });
+    on("actTimeRelative", [g](bool down) { g->btnTimeRelativeClick(down); });
+    on("actTimeDelta", [g](bool down) { g->btnTimeDeltaClick(down); });
+    on("actShowAllGridLines", [g] { g->actShowAllGridLinesExecute(); });
+    on("actShowHorizontalGridLines", [g] { g->actShowHorizontalGridLinesExecute(); });
+    on("actShowVerticalGridLines", [g] { g->actShowVerticalGridLinesExecute(); });
+    on("actShowNoGridLines", [g] { g->actShowNoGridLinesExecute(); });
+    on("actScrollTop", [g] { g->btnScrollTop(); });
+    on("actScrollEnd", [g] { g->btnScrollEnd(); });
+    on("actResetGrid", [g] { g->btnResetGrid(); });
+    on("actShowCCITTV24Pin", [g] { g->TogglePinLabels(); });
+
+    connect(g, &grid::RecordGrid::statusLineChanged, this, [this](const QStringList &panels) {
+        for (int i = 0; i < 4; ++i)
+            statusPanels_[i + 1]->setText(i < panels.size() ? panels[i] : QString());
+    });
+    connect(g, &grid::RecordGrid::progressTextChanged, statusPanels_[0], &QLabel::setText);
+    connect(g, &grid::RecordGrid::gaugeChanged, this, [this](int gauge, int percent) {
+        LineGauge *gauges[3] = {showLineLoadActual, showLineLoadPeek, showLineQuality};
+        if (gauge >= 0 && gauge < 3)
+            gauges[gauge]->setValue(percent);
+    });
+    connect(g, &grid::RecordGrid::overlayButtonsChanged, this, [this](bool caret, bool mnemonic) {
+        ActionManager1->action("actCharCtl")->setEnabled(caret);
+        ActionManager1->action("actCharCmd")->setEnabled(mnemonic);
+    });
+    connect(g, &grid::RecordGrid::viewChanged, this, [this](int) { syncModeButtons(); });
+}
+
+void TFormMain::syncModeButtons()
+{
+    // The buttons show what the grid holds (a view switch restores that view's character modes).
+    const grid::GridModes &m = DrawGrid1->modes();
+    const char *views[] = {nullptr, "actViewVertical", nullptr, "actViewDataOnly", "actViewDataDump"};
+    if (m.view() >= 1 && m.view() <= 4 && views[m.view()] != nullptr)
+        ActionManager1->action(views[m.view()])->setChecked(true);
+    const char *chars[] = {nullptr, "actCharAscii", "actCharEbcdic", "actCharHex", "actCharDec", "actCharOct", "actCharBin"};
+    const int mode = m.view() == 4 && m.secondaryMode() >= 3 ? m.secondaryMode() : m.charMode();
+    if (mode >= 1 && mode <= 6)
+        ActionManager1->action(chars[mode])->setChecked(true);
+    ActionManager1->action("actCharCtl")->setChecked(m.overlay() == 7);
+    ActionManager1->action("actCharCmd")->setChecked(m.overlay() == 8);
+    const char *times[] = {"actTimeAbsolute", "actTimeRelative", "actTimeDelta"};
+    if (m.timeMode() >= 0 && m.timeMode() <= 2)
+        ActionManager1->action(times[m.timeMode()])->setChecked(true);
 }
 
 void TFormMain::DisableCtrlsBeforeRec()
@@ -113,6 +187,7 @@ void TFormMain::btnViewHoldClick()
     viewHold_ = !viewHold_;
     QAction *a = ActionManager1->action("actFreezeDisplay");
     a->setChecked(viewHold_);
+    DrawGrid1->SetHold(viewHold_);
     if (viewHold_) {
         LEDToggleTimer->start();
     } else {
@@ -134,9 +209,6 @@ void TFormMain::LineLightsTimer()
     const std::uint8_t levels[6] = {mp.s1, mp.s2, mp.m1, mp.m2, mp.m5, mp.m3};
     for (int i = 0; i < 6; ++i)
         lineLights_[2 + i]->setLit(levels[i] != 0);
-    showLineLoadActual->setValue(mp.loadActual);
-    showLineLoadPeek->setValue(mp.loadPeak);
-    showLineQuality->setValue(mp.quality);
 }
 
 void TFormMain::LEDToggleTimerTimer()

@@ -114,9 +114,7 @@ void TFormMain::ShowChangedRecordFile()
     if (r.ok) {
         if (r.environmentChanged)
             envChanged_ = true;
-        if (r.resetGrid)
-            resetViewToStart();
-        redrawGrid();
+        redrawGrid(); // opens the file in the grid, from its first row
     }
     updateSizeLabel();
 }

@@ -22,6 +22,7 @@
 #include "app/line_gauge.h"
 #include "app/main_form.h"
 #include "app/signal_light.h"
+#include "present/grid/record_grid.h"
 #include "resources/string_table.h"
 
 namespace kestrel {
@@ -176,6 +177,9 @@ QWidget *TFormMain::buildMonitor()
     auto *gridRow = new QHBoxLayout(pnlGridAndVScroll);
     gridRow->setContentsMargins(0, 0, 0, 0);
     gridRow->setSpacing(0);
+    // The grid brings its own scroll bar (ScrollBar1) and paints its header row.
+    DrawGrid1 = new grid::RecordGrid(pnlGridAndVScroll);
+    gridRow->addWidget(DrawGrid1);
     box->addWidget(pnlGridAndVScroll, 1);
 
     pnlStatusAndHScroll = panel("pnlStatusAndHScroll", pnlMonitor);

@@ -18,6 +18,8 @@
 #include "capture/record_paths.h"
 #include "capture/record_store.h"
 #include "capture/recorder.h"
+#include "present/grid/record_grid.h"
+#include "present/grid/store_live_source.h"
 #include "resources/string_table.h"
 
 namespace kestrel {
@@ -32,6 +34,7 @@ void TFormMain::createRecorder(const MainFormOptions &options)
                                    : MonitoredPorts::Real({}, *store_, *prompter_);
         ports_ = ownPorts_.get();
     }
+    liveSource_ = std::make_unique<grid::StoreLiveSource>(*store_, receiveEvent_);
     recorder_ = std::make_unique<Recorder>(*store_, recordFile_, *ports_, *prompter_);
     recorder_->setView(this);
     recorder_->setDataDir(dataFolder_);
@@ -176,10 +179,18 @@ void TFormMain::refreshSizeLabel(const std::string &label)
     lblRecordFileSize->setText(QString::fromStdString(label));
 }
 
-void TFormMain::resetViewToStart() {}
-void TFormMain::clearGrid() {}
-void TFormMain::redrawGrid() {}
-void TFormMain::scrollGridToEnd() {}
+void TFormMain::resetViewToStart() { DrawGrid1->GotoMp(0); }
+void TFormMain::clearGrid() { DrawGrid1->ClearGrid(); }
+
+void TFormMain::redrawGrid()
+{
+    // After a recording the file has grown (or was made anew): read it afresh.
+    if (!recordFile_.path().empty() && recordFile_.exists())
+        (void)DrawGrid1->OpenRecording(QString::fromStdString(recordFile_.path()));
+    DrawGrid1->RedrawGrid();
+}
+
+void TFormMain::scrollGridToEnd() { DrawGrid1->btnScrollEnd(); }
 
 void TFormMain::clearGauges()
 {
@@ -188,7 +199,14 @@ void TFormMain::clearGauges()
 }
 
 void TFormMain::environmentChanged() { envChanged_ = true; }
-void TFormMain::startRedrawThread() {}
-void TFormMain::stopRedrawThread() {}
+void TFormMain::startRedrawThread()
+{
+    // A replaced file is a new file: the grid's view handle must follow it.
+    (void)DrawGrid1->OpenRecording(QString::fromStdString(recordFile_.path()));
+    DrawGrid1->SetFollowEnd(true);
+    DrawGrid1->StartRedraw(liveSource_.get());
+}
+
+void TFormMain::stopRedrawThread() { DrawGrid1->StopRedraw(); }
 
 } // namespace kestrel
