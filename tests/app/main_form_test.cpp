@@ -19,6 +19,7 @@
 #include "capture/record_reader.h"
 #include "capture/recorder.h"
 #include "capture/sim_port.h"
+#include "present/grid/record_grid.h"
 #include "resources/string_table.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
@@ -366,6 +367,34 @@ TEST(MainForm, LanguageSwitchRelabelsTheWindow)
     win.act("actLangGerman")->trigger();
     EXPECT_EQ(win.modeText(), "EXAMINE - MODUS");
     EXPECT_EQ(win.find<QToolButton>("btnREC")->text(), "Aufnahme");
+}
+
+TEST(MainForm, ModeButtonsDriveTheGridAndFollowItsViewMemory)
+{
+    Window win;
+    grid::RecordGrid &g = win.w->grid();
+    win.click("btnCharEbcdic");
+    EXPECT_EQ(g.modes().charMode(), 2);
+    EXPECT_FALSE(win.act("actCharCtl")->isEnabled()); // no caret overlay for EBCDIC
+    EXPECT_TRUE(win.act("actCharCmd")->isEnabled());
+    win.click("btnViewDataDump");
+    EXPECT_EQ(g.modes().view(), 4);
+    win.click("btnCharBin"); // the dump view's numeric columns
+    EXPECT_EQ(g.modes().secondaryMode(), 6);
+    EXPECT_TRUE(win.act("actCharBin")->isChecked());
+    win.click("btnViewVertical"); // back: the vertical view's own choice returns
+    EXPECT_EQ(g.modes().view(), 1);
+    EXPECT_EQ(g.modes().charMode(), 2);
+    EXPECT_TRUE(win.act("actCharEbcdic")->isChecked());
+    win.click("btnViewHorizontal"); // no such view: the vertical one stays selected
+    EXPECT_EQ(g.modes().view(), 1);
+    EXPECT_TRUE(win.act("actViewVertical")->isChecked());
+    win.click("btnTimeDelta");
+    EXPECT_EQ(g.modes().timeMode(), 2);
+    win.click("btnTimeDelta"); // the time buttons cannot all be up
+    EXPECT_TRUE(win.act("actTimeDelta")->isChecked());
+    win.click("btnViewHold");
+    EXPECT_TRUE(g.hold());
 }
 
 TEST(MainForm, ModeGroupsAreExclusive)
