@@ -127,6 +127,7 @@ void TFormMain::SetRecordOnControls()
 
 void TFormMain::SetRecordOffControls()
 {
+    statusPanels_[0]->setText(QString::fromStdString(Str(7651))); // the pending data are read
     EnableComSetup();
     EnableCtrlsAfterRec();
 }
