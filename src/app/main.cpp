@@ -18,6 +18,7 @@
 namespace {
 
 int g_signalPipe[2] = {-1, -1};
+kestrel::TFormMain *g_window = nullptr; // set once the window is built
 
 void onTerminate(int)
 {
@@ -26,16 +27,20 @@ void onTerminate(int)
 }
 
 // SIGTERM / SIGINT end a recording cleanly (stop mark written) and close the window.
-void installTerminationHandler(kestrel::TFormMain &window)
+// Installed before the window is built: a signal during start-up (a question
+// open, nothing recorded yet) simply ends the program.
+void installTerminationHandler(QApplication &app)
 {
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, g_signalPipe) != 0)
         return;
-    auto *notifier = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &window);
-    QObject::connect(notifier, &QSocketNotifier::activated, &window, [&window, notifier] {
+    auto *notifier = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &app);
+    QObject::connect(notifier, &QSocketNotifier::activated, &app, [notifier] {
         char c = 0;
         [[maybe_unused]] const auto n = ::read(g_signalPipe[0], &c, 1);
         notifier->setEnabled(false);
-        window.quitCleanly();
+        if (g_window == nullptr)
+            ::_exit(0);
+        g_window->quitCleanly();
     });
     struct sigaction sa {};
     sa.sa_handler = onTerminate;
@@ -79,8 +84,11 @@ int main(int argc, char **argv)
                                : kestrel::kLangGerman);
     options.args = std::move(parsed);
 
+    installTerminationHandler(app);
     kestrel::TFormMain window(std::move(options));
-    installTerminationHandler(window);
+    g_window = &window;
     window.show();
-    return QApplication::exec();
+    const int rc = QApplication::exec();
+    g_window = nullptr;
+    return rc;
 }

@@ -15,6 +15,7 @@
 #include "app/main_form.h"
 #include "app/monitored_ports.h"
 #include "app/signal_light.h"
+#include "capture/port_scan.h"
 #include "capture/record_paths.h"
 #include "capture/record_store.h"
 #include "capture/recorder.h"
@@ -31,7 +32,7 @@ void TFormMain::createRecorder(const MainFormOptions &options)
         ports_ = options.ports;
     } else {
         ownPorts_ = args_.simulate ? MonitoredPorts::Simulated(args_.scenario, *clock_, *store_, *prompter_)
-                                   : MonitoredPorts::Real({}, *store_, *prompter_);
+                                   : MonitoredPorts::Real(AvailablePorts(), *store_, *prompter_);
         ports_ = ownPorts_.get();
     }
     liveSource_ = std::make_unique<grid::StoreLiveSource>(*store_, receiveEvent_);

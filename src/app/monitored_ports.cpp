@@ -1,42 +1,12 @@
 #include "app/monitored_ports.h"
 
-#include "capture/port_support.h"
+#include "capture/termios_port.h"
 #include "capture/record_store.h"
 #include "capture/scenario.h"
 #include "capture/sim_port.h"
 #include "resources/string_table.h"
 
 namespace kestrel {
-
-namespace {
-
-// A device this build has no backend for: every open fails with a clear reason.
-class AbsentPort final : public ComPort {
-public:
-    void setDevice(const std::string &device) override { device_ = device; }
-    std::string device() const override { return device_; }
-    void setSettings(const PortSettings &s) override { settings_ = s; }
-    PortSettings settings() const override { return settings_; }
-    bool open() override { return false; }
-    void close() override {}
-    bool isOpen() const override { return false; }
-    std::string errorText() const override { return PortText(PortTextId::Missing); }
-    bool charReady() override { return false; }
-    std::uint8_t getChar() override { return 0; }
-    std::uint8_t modemStatus() override { return 0; }
-    void flushInput() override {}
-    int addDataTrigger(const std::vector<std::uint8_t> &) override { return 0; }
-    int addStatusTrigger(int) override { return 0; }
-    bool setStatusTrigger(int, unsigned, bool) override { return false; }
-    void removeTrigger(int) override {}
-    void setDispatcherPriority(bool, int) override {}
-
-private:
-    std::string device_;
-    PortSettings settings_;
-};
-
-} // namespace
 
 MonitoredPorts::~MonitoredPorts()
 {
@@ -74,8 +44,8 @@ std::unique_ptr<MonitoredPorts> MonitoredPorts::Real(std::vector<std::string> de
                                                      Prompter &prompter)
 {
     std::unique_ptr<MonitoredPorts> p(new MonitoredPorts);
-    p->ownPorts_.push_back(std::make_unique<AbsentPort>());
-    p->ownPorts_.push_back(std::make_unique<AbsentPort>());
+    p->ownPorts_.push_back(std::make_unique<TermiosPort>());
+    p->ownPorts_.push_back(std::make_unique<TermiosPort>());
     p->capture_ = std::make_unique<Capture>(*p->ownPorts_[0], *p->ownPorts_[1], store.pending(), prompter);
     p->capture_->setPortList(std::move(devices));
     return p;
