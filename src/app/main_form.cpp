@@ -10,6 +10,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QMenu>
+#include <QGuiApplication>
 #include <QScreen>
 #include <QSignalBlocker>
 #include <QSplitter>
@@ -143,6 +144,30 @@ void TFormMain::StartupPrepare()
         LEDToggleTimer->start();
 }
 
+void TFormMain::placeOnMonitor(int savedMonitor)
+{
+    // Back on the monitor it stood on, or on the primary one when that monitor is gone.
+    const QList<QScreen *> screens = QGuiApplication::screens();
+    const int index = MonitorForForm(savedMonitor, static_cast<int>(screens.size()));
+    QScreen *screen = index < screens.size() ? screens[index] : QGuiApplication::primaryScreen();
+    if (screen == nullptr)
+        return;
+    const QRect area = screen->availableGeometry();
+    QRect frame = geometry();
+    frame.setSize(frame.size().boundedTo(area.size()));
+    if (!area.contains(frame))
+        frame.moveTopLeft(area.topLeft() + QPoint(std::max(0, (area.width() - frame.width()) / 2),
+                                                  std::max(0, (area.height() - frame.height()) / 2)));
+    setGeometry(frame);
+}
+
+int TFormMain::monitorIndex() const
+{
+    const QList<QScreen *> screens = QGuiApplication::screens();
+    const int i = static_cast<int>(screens.indexOf(screen()));
+    return i < 0 ? 0 : i;
+}
+
 void TFormMain::applyConfiguration()
 {
     SetGlobalLang(config_->GlobalLang == kLangEnglish ? kLangEnglish : kLangGerman);
@@ -153,6 +178,21 @@ void TFormMain::applyConfiguration()
         btnViewHoldClick();
     if (config_->BeginRecordOnProgStart)
         args_.recordAtStart = true;
+    // The grid's modes: naming, view, time, overlay and each view's character pair.
+    grid::GridModes &modes = DrawGrid1->modes();
+    modes.SetNaming(pinNaming_);
+    const std::pair<int, const GridViewSettings *> views[] = {
+        {1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}};
+    for (auto [view, settings] : views) {
+        modes.panel.perView[static_cast<std::size_t>(view)].charMode = settings->CharacterMode1;
+        modes.panel.perView[static_cast<std::size_t>(view)].secondaryMode = settings->CharacterMode2;
+    }
+    modes.SelectView(config_->DisplayMode);
+    modes.SetTimeMode(config_->TimeControl);
+    if (config_->CharacterControl == 7 || config_->CharacterControl == 8)
+        modes.panel.overlay = config_->CharacterControl;
+    DrawGrid1->ApplyModes();
+    syncModeButtons();
     const WindowPlacement &w = config_->window;
     if (w.Width >= 400 && w.Height >= 300)
         setGeometry(w.Left, w.Top, w.Width, w.Height);
@@ -254,7 +294,9 @@ void TFormMain::FormShow()
     TFormProgress progress(this);
     progress.show();
     progress.step(S(28), 10);
+    config_->monitors = {{"TFormMain", 0}};
     LoadConfiguration(std::filesystem::path(configPath()), "TFormMonitors", *config_);
+    placeOnMonitor(config_->monitors.front().monitor);
     progress.step(S(30), 30);
     // The display code page is a fixed table here; nothing to choose at run time.
     progress.step(S(26), 70);
@@ -314,6 +356,16 @@ void TFormMain::saveEnvironmentDialog() { SaveEnvDialog(); }
 void TFormMain::saveConfiguration()
 {
     config_->GlobalLang = GlobalLang();
+    const grid::GridModes &modes = DrawGrid1->modes();
+    config_->DisplayMode = modes.view();
+    config_->TimeControl = modes.timeMode();
+    config_->CharacterControl = modes.overlay();
+    const std::pair<int, GridViewSettings *> views[] = {
+        {1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}};
+    for (auto [view, settings] : views) {
+        settings->CharacterMode1 = modes.panel.perView[static_cast<std::size_t>(view)].charMode;
+        settings->CharacterMode2 = modes.panel.perView[static_cast<std::size_t>(view)].secondaryMode;
+    }
     config_->DefLang = pinNaming_;
     config_->Append = ActionManager1->action("actAppend")->isChecked();
     config_->Replace = ActionManager1->action("actReplace")->isChecked();
@@ -322,6 +374,7 @@ void TFormMain::saveConfiguration()
     config_->EnvironmentFilename = environmentFile_;
     const QRect g = normalGeometry();
     config_->window = {g.left(), g.top(), g.width(), g.height(), isMaximized() ? 2 : isMinimized() ? 1 : 0};
+    config_->monitors = {{"TFormMain", monitorIndex()}};
     // A failed save is not the user's problem at close; the next save tries again.
     (void)SaveConfiguration(*config_, std::filesystem::path(configPath()));
 }

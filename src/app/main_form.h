@@ -146,6 +146,8 @@ private:
     void createRecorder(const MainFormOptions &options);
     [[nodiscard]] int chooseRecordMode();
     void applyConfiguration();
+    void placeOnMonitor(int savedMonitor);
+    [[nodiscard]] int monitorIndex() const;
     void applyEnvironment(const Environment &env);
     void ShowChangedRecordFile();
     void btnNewRecordFileClick();

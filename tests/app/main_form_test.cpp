@@ -81,8 +81,11 @@ struct Window {
     test::ScriptedPrompter prompter{MsgResult::Yes};
     std::unique_ptr<TFormMain> w;
 
-    explicit Window(std::vector<std::string> extraArgs = {}, Clock *clock = nullptr)
+    explicit Window(std::vector<std::string> extraArgs = {}, Clock *clock = nullptr,
+                    const std::string &configText = {})
     {
+        if (!configText.empty())
+            std::ofstream(dir.path() / "Kestrel.ini") << configText;
         std::vector<std::string> args{"kestrel", "--simulate"};
         args.insert(args.end(), extraArgs.begin(), extraArgs.end());
         MainFormOptions o;
@@ -423,4 +426,52 @@ TEST(MainForm, MissingHighResolutionCounterIsReportedOnce)
     Window win({}, &clock);
     ASSERT_EQ(win.prompter.asked.size(), 1u);
     EXPECT_EQ(win.prompter.asked[0].text, Str(70));
+}
+
+TEST(MainForm, StartUpTakesTheEnvironmentAndTheStartOptions)
+{
+    test::TempDir other;
+    const std::string kef = other.file("line.kef");
+    const std::string ksr = other.file("from-env.ksr");
+    std::ofstream(kef) << "[ComA]\nCustomBaudRate=19200\nDataBits=7\nParity=2\nStopBits=2\n"
+                       << "[Files]\nRecord data=" << ksr << "\n";
+    Window win({kef}, nullptr, "[ProgramStart]\nBeginRecordOnProgStart=1\n[Recorder]\nAppend=0\nReplace=1\n");
+    EXPECT_EQ(win.find<QComboBox>("cbPortBaudRate")->currentText(), "19200");
+    EXPECT_EQ(win.find<QComboBox>("cbPortDataBits")->currentText(), "7");
+    EXPECT_EQ(win.find<QComboBox>("cbPortParity")->currentText(), "E");
+    EXPECT_EQ(win.find<QComboBox>("cbPortStopBits")->currentText(), "2");
+    EXPECT_EQ(win.w->recordFile(), ksr);
+    EXPECT_TRUE(win.act("actReplace")->isChecked());
+    EXPECT_FALSE(win.act("actAppend")->isChecked());
+    EXPECT_FALSE(win.w->isEnvironmentChanged()); // loading is not a change
+    // The start-up option began the recording on the environment's record file.
+    ASSERT_TRUE(win.w->isRecording());
+    win.click("btnSTOP");
+    EXPECT_EQ(codes(readMarks(ksr)), (std::vector<int>{0, 6, 5}));
+}
+
+TEST(MainForm, SettingsSurviveARestart)
+{
+    test::TempDir keep;
+    std::string ini;
+    {
+        Window win;
+        win.act("actLangEnglish")->trigger(); // a language switch saves at once
+        win.click("btnRECreplace");
+        win.click("btnSwitchPin");
+        win.w->show();
+        win.prompter.answerNext(MsgResult::Yes);
+        ASSERT_TRUE(win.w->close());
+        std::ifstream f(win.dir.path() / "Kestrel.ini");
+        ini.assign(std::istreambuf_iterator<char>(f), {});
+    }
+    EXPECT_NE(ini.find("GlobalLang=10000"), std::string::npos) << ini;
+    EXPECT_NE(ini.find("Replace=1"), std::string::npos);
+    EXPECT_NE(ini.find("DefLang=1"), std::string::npos);
+    EXPECT_NE(ini.find("TFormMain="), std::string::npos);
+    Window again({}, nullptr, ini);
+    EXPECT_EQ(GlobalLang(), kLangEnglish);
+    EXPECT_TRUE(again.act("actReplace")->isChecked());
+    EXPECT_EQ(again.find<QLabel>("lblLifeD1")->text(), "Tx");
+    SetGlobalLang(kLangGerman);
 }
