@@ -5,6 +5,7 @@
 #include <QActionGroup>
 #include <QComboBox>
 #include <QLabel>
+#include <QScrollBar>
 #include <QTimer>
 #include <QToolButton>
 
@@ -69,6 +70,7 @@ void TFormMain::connectActions()
           "actAppend", "actReplace"})
         recordLock_.add(ActionManager1->action(QString::fromLatin1(name)));
     recordLock_.add(pnlCCTrigPanel);
+    recordLock_.add(DrawGrid1->verticalScrollBar()); // ScrollBar1: the grid follows the recording
 }
 
 void TFormMain::connectGrid()

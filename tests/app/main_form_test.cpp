@@ -216,6 +216,7 @@ TEST(MainForm, ControlsAreLockedWhileRecordingAndRestoredAfter)
     EXPECT_FALSE(win.act("actStart")->isEnabled());
     EXPECT_TRUE(win.act("actStop")->isEnabled());
     EXPECT_FALSE(win.find<QWidget>("pnlCCTrigPanel")->isEnabled());
+    EXPECT_FALSE(win.find<QWidget>("ScrollBar1")->isEnabled());
 
     win.click("btnSTOP");
     for (const char *n : locked)
@@ -224,6 +225,7 @@ TEST(MainForm, ControlsAreLockedWhileRecordingAndRestoredAfter)
     EXPECT_TRUE(baud->isEnabled());
     EXPECT_TRUE(win.act("actStart")->isEnabled());
     EXPECT_TRUE(win.find<QWidget>("pnlCCTrigPanel")->isEnabled());
+    EXPECT_TRUE(win.find<QWidget>("ScrollBar1")->isEnabled());
 }
 
 TEST(MainForm, CloseIsRefusedSilentlyWhileRecording)
