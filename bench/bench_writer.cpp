@@ -1,6 +1,9 @@
 // MPs per second through RecordComEvent into a record file: once the way the
-// data handler writes (one write per receive burst) and once with one write
-// per MP, for comparison.
+// data handler writes (one write per receive burst), once with one write per
+// MP for comparison, and once the whole way from the simulated line through
+// Capture and the recorder into the file.
+
+#include <QCoreApplication>
 
 #include <chrono>
 #include <cstdio>
@@ -9,7 +12,13 @@
 #include <string>
 #include <unistd.h>
 
+#include "app/prompt.h"
+#include "capture/capture.h"
+#include "capture/capture_wiring.h"
 #include "capture/clock.h"
+#include "capture/record_reader.h"
+#include "capture/recorder.h"
+#include "capture/sim_port.h"
 #include "capture/record_file.h"
 #include "capture/record_store.h"
 
@@ -72,10 +81,63 @@ double run(const std::string &path, int burstSize)
     return static_cast<double>(mps) / seconds;
 }
 
+class SilentPrompter final : public Prompter {
+public:
+    int ShowMessage(const std::string &, const std::string &, int, int) override { return MsgResult::Ok; }
+};
+
+double runRecording(const std::string &path)
+{
+    ScenarioError err;
+    auto scenario = ParseScenario("pace off\nchunk 64\nloop\na \"" + std::string(256, 'a') + "\"\n& b \"" +
+                                      std::string(256, 'b') + "\"\n",
+                                  err);
+    if (!scenario) {
+        std::fprintf(stderr, "bench_writer: scenario: %s\n", err.reason.c_str());
+        std::exit(1);
+    }
+    SystemClock clock;
+    SimLine line(std::move(*scenario), clock);
+    SilentPrompter prompter;
+    RecordStore store(clock);
+    RecordFile file;
+    file.setPath(path);
+    ReceiveEvent event;
+    Capture capture(line.portA(), line.portB(), store.pending(), prompter);
+    CaptureRecorderPorts ports(capture);
+    Recorder recorder(store, file, ports, prompter);
+    recorder.setDelay([](std::chrono::milliseconds) {});
+    recorder.setAppendReplace(RecordMode::Replace);
+    ConnectCaptureToRecorder(capture, recorder, store, event);
+    capture.setPortList({line.portA().device(), line.portB().device()});
+    capture.setStoredIndexes(0, 1);
+    capture.InitInterface({"921600", "8", "N", "1"});
+    recorder.btnRecordClick();
+    if (!recorder.recording()) {
+        std::fprintf(stderr, "bench_writer: recording did not start\n");
+        std::exit(1);
+    }
+    line.restart();
+    const auto start = std::chrono::steady_clock::now();
+    auto now = start;
+    while (now - start < kRunTime) {
+        line.poll();
+        QCoreApplication::processEvents();
+        now = std::chrono::steady_clock::now();
+    }
+    recorder.drainAndStop();
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    RecordReader check;
+    const double mps = check.open(path) ? static_cast<double>(check.recordCount()) : 0.0;
+    std::filesystem::remove(path);
+    return mps / seconds;
+}
+
 } // namespace
 
-int main()
+int main(int argc, char **argv)
 {
+    QCoreApplication app(argc, argv);
     const char *tmp = std::getenv("TMPDIR");
     const std::string path = std::string(tmp && *tmp ? tmp : "/tmp") + "/kestrel-bench-" +
                              std::to_string(::getpid()) + ".ksr";
@@ -83,5 +145,6 @@ int main()
     const double perMp = run(path, 1);
     std::printf("writer_mp_per_s: %.0f MP/s\n", perBurst);
     std::printf("writer_one_write_per_mp_mp_per_s: %.0f MP/s\n", perMp);
+    std::printf("recording_sim_to_file_mp_per_s: %.0f MP/s\n", runRecording(path));
     return 0;
 }

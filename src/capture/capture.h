@@ -4,6 +4,12 @@
 // call of the MP writer. Port A carries D2 and M1/M2/M5/M3, port B D1 and
 // S1/S2. The ports are ComPort references, so real and simulated lines run
 // the same code.
+//
+// Every line event is written once, by its own handler: a byte by the data
+// handler, an error by the line-error handler, a status change by the
+// modem-status handler. A status trigger only reads the levels, asks trigger
+// evaluation and arms the triggers again; the port reports it after the event
+// it belongs to, so a trigger mark follows the MP of its event.
 
 #include <array>
 #include <cstdint>

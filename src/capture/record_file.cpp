@@ -3,15 +3,19 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "app/error_report.h"
+#include "resources/string_table.h"
 
 namespace kestrel {
 namespace {
 
 std::string systemError(int err) { return std::strerror(err); }
+
+constexpr int kMsgFileBusy = 7102; // another recorder is writing the file
 
 } // namespace
 
@@ -40,6 +44,13 @@ bool RecordFile::open(RecordHandle kind)
     struct stat st {};
     if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
         error_ = systemError(S_ISDIR(st.st_mode) ? EISDIR : EINVAL);
+        ::close(fd);
+        return false;
+    }
+    // Two recorders appending to one file would overwrite each other's records;
+    // readers are not affected (they take no lock).
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        error_ = errno == EWOULDBLOCK ? Str(kMsgFileBusy) : systemError(errno);
         ::close(fd);
         return false;
     }
@@ -72,6 +83,7 @@ void RecordFile::close(RecordHandle kind)
         return;
     }
     if (recordFd_ >= 0) {
+        ::fdatasync(recordFd_); // the recording is on the disk, not only in the cache, once it is closed
         ::close(recordFd_);
         recordFd_ = -1;
         --recordCount_;

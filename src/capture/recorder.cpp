@@ -16,6 +16,8 @@ constexpr auto kUnloadWait = std::chrono::milliseconds(500);
 constexpr int kTitleFile = 3000;
 constexpr int kTitlePort = 2000;
 constexpr int kTitleInformation = 203;
+constexpr int kTitleConfirmation = 204;
+constexpr int kMsgFileExists = 3010;
 constexpr int kMsgOpenFailed = 3001;
 constexpr int kMsgCreateFailed = 3002;
 constexpr int kMsgDeleteFailed = 3003;
@@ -27,6 +29,24 @@ constexpr int kMsgTornTailCut = 7100;
 constexpr int kMsgPortLost = 7101;
 
 } // namespace
+
+int RecordModeFromAnswer(int msgResult)
+{
+    switch (msgResult) {
+    case MsgResult::Yes:
+        return RecordMode::Replace;
+    case MsgResult::No:
+        return RecordMode::Append;
+    default:
+        return RecordMode::None;
+    }
+}
+
+int AskRecordMode(Prompter &prompter)
+{
+    return RecordModeFromAnswer(
+        prompter.ShowMessage(Str(kTitleConfirmation), Str(kMsgFileExists), Buttons::YesNoCancel, Icon::Confirmation));
+}
 
 Recorder::Recorder(RecordStore &store, RecordFile &file, RecorderPorts &ports, Prompter &prompter)
     : store_(store), file_(file), ports_(ports), prompter_(prompter),
@@ -163,10 +183,11 @@ int Recorder::LoadRecorder()
         file_.setPath(resolved.path);
         view_->environmentChanged();
     }
-    std::error_code ec;
-    const auto folder = std::filesystem::path(file_.path()).parent_path();
-    if (!folder.empty())
-        std::filesystem::create_directories(folder, ec); // a failure shows up as 3001/3002 below
+    if (resolved.placed) {
+        // The record folder is ours to make; any other missing folder is the user's mistake (3002 below).
+        std::error_code ec;
+        std::filesystem::create_directories(DefaultRecordFolder(dataDir_), ec);
+    }
 
     if (file_.exists()) {
         if (!file_.open(RecordHandle::Record))
@@ -317,6 +338,15 @@ int Recorder::record(std::uint16_t burst)
     if (!loaded())
         return WriteResult::WriteFailed; // no recording: nothing to report
     const int r = store_.RecordComEvent(burst);
+    noteWrite(r);
+    return r;
+}
+
+int Recorder::WriteTriggerMark(std::uint8_t t, std::uint8_t a, std::uint8_t b)
+{
+    if (!loaded())
+        return WriteResult::WriteFailed;
+    const int r = store_.WriteTriggerMark(t, a, b);
     noteWrite(r);
     return r;
 }

@@ -26,6 +26,10 @@ inline constexpr int Replace = 2;
 inline constexpr int New = 3; // the file did not exist
 } // namespace RecordMode
 
+// The existing-file question (3010): Yes replaces, No appends, Cancel records nothing.
+[[nodiscard]] int RecordModeFromAnswer(int msgResult);
+[[nodiscard]] int AskRecordMode(Prompter &prompter);
+
 // The three trigger-started states that open the gate of a trigger-controlled
 // recording; trigger evaluation sets and clears them.
 struct TriggerGateStates {
@@ -76,6 +80,8 @@ public:
 
     // Capture's hooks: write an MP from the pending event, and the receive burst around a data notification.
     int record(std::uint16_t burst);
+    // Trigger evaluation's mark (code t + 1, kind a, extra b); a short write is reported like any other.
+    int WriteTriggerMark(std::uint8_t t, std::uint8_t a, std::uint8_t b);
     void beginBurst() { store_.beginBurst(); }
     void endBurst();
     // A port went away: stop cleanly once, report it once.

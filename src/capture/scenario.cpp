@@ -227,7 +227,7 @@ std::optional<std::vector<std::uint8_t>> ParseByteItems(std::string_view text, s
             bool found = false;
             for (std::size_t v = 0; v < kControlNames.size(); ++v) {
                 if (name == kControlNames[v]) {
-                    out.push_back(static_cast<std::uint8_t>(v == 32 ? 0x20 : v));
+                    out.push_back(static_cast<std::uint8_t>(v)); // <SP> is 0x20, the entry after US
                     found = true;
                 }
             }

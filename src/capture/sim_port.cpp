@@ -12,6 +12,7 @@ namespace kestrel {
 namespace {
 // Events handed over per poll at most, so that a looping scenario without pauses never stalls the event loop.
 constexpr std::size_t kMaxEventsPerPoll = 65536;
+constexpr std::int64_t kNever = std::int64_t{1} << 62; // far beyond any recording, with room to add to
 } // namespace
 
 SimPort::SimPort(SimLine &line, int index, std::string name)
@@ -78,7 +79,6 @@ std::int64_t SimLine::charTimeNs() const
 void SimLine::compile()
 {
     const std::int64_t ct = charTimeNs();
-    compiledCharTime_ = ct;
     events_.clear();
     std::int64_t now = 0, prevStart = 0;
     std::array<std::int64_t, 2> wireFree{};
@@ -86,10 +86,11 @@ void SimLine::compile()
     for (const ScenarioStep &st : scenario_.steps) {
         switch (st.kind) {
         case ScenarioStep::Kind::Wait:
-            now += st.nanoseconds;
+            // Saturate: a scenario full of huge waits just never gets there.
+            now = st.nanoseconds > kNever - now ? kNever : now + st.nanoseconds;
             break;
         case ScenarioStep::Kind::At:
-            now = std::max(now, st.nanoseconds);
+            now = std::max(now, std::min(st.nanoseconds, kNever));
             break;
         case ScenarioStep::Kind::Bytes: {
             // A wire carries one character at a time; bytes arrive when their stop bit is done

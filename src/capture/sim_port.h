@@ -117,7 +117,6 @@ private:
 
     std::vector<Event> events_;
     std::int64_t passLength_ = 0;
-    std::int64_t compiledCharTime_ = -1;
     std::int64_t passBase_ = 0;
     std::size_t next_ = 0;
     int pass_ = 0;

@@ -181,6 +181,7 @@ bool TermiosPort::applySettings(std::string &why)
     // Two stop bits with five data bits are 1.5 on the wire, which is what 1.5 asks for.
     if (settings_.stopBits != StopBits::One)
         t.c_cflag |= CSTOPB;
+    parityOn_ = settings_.parity != Parity::None;
     t.c_cc[VMIN] = 1;
     t.c_cc[VTIME] = 0;
     const speed_t std = standardSpeed(settings_.baud);
@@ -301,7 +302,7 @@ void TermiosPort::process(const std::uint8_t *data, std::size_t size)
     for (std::size_t at : marked) {
         if (at > from)
             (void)channel_.pushBytes(out.data() + from, at - from);
-        channel_.pushLineError(ClassifyMarkedByte(out[at], settings_.parity != Parity::None, counters_));
+        channel_.pushLineError(ClassifyMarkedByte(out[at], parityOn_, counters_));
         from = at;
     }
     if (out.size() > from)

@@ -82,6 +82,7 @@ private:
     std::mutex modemMutex_;
     std::condition_variable modemCv_;
 
+    std::atomic<bool> parityOn_{false}; // read by the reader thread, changed by setSettings
     bool timeCritical_ = false;
     int boost_ = 0;
 };

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <filesystem>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <sys/wait.h>
@@ -76,6 +78,19 @@ struct CliFixture : ::testing::Test {
         EXPECT_TRUE(r.open(ksr));
         return SummarizeRecording(r);
     }
+    // Waits until the recorder has written its start marks and the first MP (ports open,
+    // signal handlers in place); false after ten seconds.
+    bool waitForRecording() const
+    {
+        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (std::chrono::steady_clock::now() < until) {
+            RecordReader r;
+            if (r.open(ksr) && r.recordCount() >= 3)
+                return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        return false;
+    }
     static std::vector<int> systemMarks(const RecordingSummary &s)
     {
         std::vector<int> codes;
@@ -119,8 +134,10 @@ TEST_F(CliFixture, RecordThenAppendIsOneSoundRecording)
 TEST_F(CliFixture, CtrlCAndSigtermStopWithTheStopMark)
 {
     for (int sig : {SIGINT, SIGTERM}) {
+        std::filesystem::remove(ksr);
         const pid_t pid = startCli({"record", "--simulate", "-o", ksr, "--replace"}, out);
-        std::this_thread::sleep_for(std::chrono::milliseconds(700));
+        ASSERT_TRUE(waitForRecording());
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
         ::kill(pid, sig);
         ASSERT_EQ(waitCli(pid), 0) << "signal " << sig << "\n" << output();
         const RecordingSummary s = summary();
@@ -134,7 +151,8 @@ TEST_F(CliFixture, CtrlCAndSigtermStopWithTheStopMark)
 TEST_F(CliFixture, KilledRecordingIsReadableAndAppendContinuesWithoutGap)
 {
     const pid_t pid = startCli({"record", "--simulate", "-o", ksr}, out);
-    std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+    ASSERT_TRUE(waitForRecording());
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
     ::kill(pid, SIGKILL);
     ASSERT_EQ(waitCli(pid), 128 + SIGKILL);
     const RecordingSummary killed = summary();
@@ -202,4 +220,77 @@ TEST_F(CliFixture, BadInvocationsSayWhyAndExitNonZero)
     EXPECT_EQ(run({"record", sim, "-o", ksr, "--duration", "0.2"}), 2);
     EXPECT_NE(output().find("--append or --replace"), std::string::npos);
     EXPECT_EQ(summary().mpCount, before.mpCount);
+}
+
+namespace {
+
+// A pseudo-terminal pair: the test writes into the master, kestrel-cli reads the slave.
+struct Pty {
+    Pty()
+    {
+        master = ::posix_openpt(O_RDWR | O_NOCTTY);
+        ::fcntl(master, F_SETFD, FD_CLOEXEC); // kestrel-cli must not hold our end open
+        ::grantpt(master);
+        ::unlockpt(master);
+        slave = ::ptsname(master);
+    }
+    ~Pty()
+    {
+        if (master >= 0)
+            ::close(master);
+    }
+    void send(const std::string &bytes) const { ASSERT_EQ(::write(master, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size())); }
+    int master = -1;
+    std::string slave;
+};
+
+} // namespace
+
+TEST_F(CliFixture, RealPortsRecordEveryByteRefuseABusyPortAndStopWhenUnplugged)
+{
+    for (const bool unplug : {false, true}) {
+        Pty a, b;
+        ASSERT_GE(a.master, 0);
+        const std::vector<std::string> ports{"--port-a", a.slave, "--port-b", b.slave, "--baud", "115200"};
+        std::vector<std::string> args{"record", "-o", ksr, "--replace"};
+        args.insert(args.end(), ports.begin(), ports.end());
+        std::filesystem::remove(ksr);
+        const pid_t pid = startCli(args, out);
+        ASSERT_TRUE(waitForRecording());
+
+        // The ports are taken: a second recorder says so and leaves its file alone.
+        std::vector<std::string> second{"record", "-o", dir.file("second.ksr"), "--duration", "1"};
+        second.insert(second.end(), ports.begin(), ports.end());
+        const std::string firstOut = out;
+        out = dir.file("second.out");
+        EXPECT_EQ(run(second), 3);
+        EXPECT_NE(output().find("in use"), std::string::npos) << output();
+        EXPECT_EQ(::access(dir.file("second.ksr").c_str(), F_OK), -1);
+        out = firstOut;
+
+        for (int i = 0; i < 50; ++i) {
+            a.send("ANSWER " + std::to_string(i) + "\r");
+            b.send("Q" + std::to_string(i % 10));
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        if (unplug) {
+            ::close(a.master); // the other side goes away: the port is lost
+            a.master = -1;
+        } else {
+            ::kill(pid, SIGTERM);
+        }
+        EXPECT_EQ(waitCli(pid), unplug ? 3 : 0) << output();
+        if (unplug) {
+            EXPECT_NE(output().find("lost during recording"), std::string::npos) << output();
+        }
+        const RecordingSummary s = summary();
+        EXPECT_TRUE(s.sound());
+        EXPECT_EQ(systemMarks(s), (std::vector<int>{0, 6, 5}));
+        EXPECT_EQ(s.last.counts[0], 100u); // D1: "Qn" fifty times
+        std::uint64_t answers = 0;
+        for (int i = 0; i < 50; ++i)
+            answers += 8 + std::to_string(i).size();
+        EXPECT_EQ(s.last.counts[1], answers);
+    }
 }

@@ -65,6 +65,23 @@ TEST(RecordFile, HandlesCountOpeningsAndReadMpNByOffset)
     EXPECT_TRUE(f.isOpen(RecordHandle::View));
 }
 
+TEST(RecordFile, OnlyOneRecorderWritesAFileWhileReadersGoOn)
+{
+    test::TempDir dir;
+    writeRecords(dir.file("busy.ksr"), 3);
+    RecordFile first, second;
+    first.setPath(dir.file("busy.ksr"));
+    second.setPath(dir.file("busy.ksr"));
+    ASSERT_TRUE(first.open(RecordHandle::Record));
+    EXPECT_FALSE(second.open(RecordHandle::Record));
+    EXPECT_EQ(second.errorText(), Str(7102));
+    EXPECT_FALSE(second.isOpen(RecordHandle::Record));
+    ASSERT_TRUE(second.open(RecordHandle::View));
+    EXPECT_EQ(second.view().recordCount(), 3u);
+    first.close(RecordHandle::Record);
+    EXPECT_TRUE(second.open(RecordHandle::Record));
+}
+
 TEST(RecordFile, AppendLandsAtTheEndAndTheViewSeesItAtOnce)
 {
     test::TempDir dir;

@@ -323,6 +323,7 @@ TEST_F(RecorderFixture, FileErrorsAreReportedAndNothingStaysOpen)
     const Case cases[] = {
         {dir.file("isdir.ksr"), "Error opening record file!"},
         {dir.file("plainfile") + "/x.ksr", "Error creating record file!"},
+        {dir.file("no-such-folder") + "/x.ksr", "Error creating record file!"},
     };
     for (const auto &c : cases) {
         prompter.asked.clear();
@@ -373,15 +374,20 @@ TEST_F(RecorderFixture, TriggerControlledStartWritesNothingUntilTriggersOpenTheG
     EXPECT_EQ(ports.count("arm"), 0); // trigger evaluation arms its own
     dataByte('n');
     EXPECT_EQ(fileRecords().size(), 2u);
+    EXPECT_EQ(rec.WriteTriggerMark(0, 1, 12), 0); // the start trigger fires
     rec.captureEnabled = true;
     rec.triggerStates.stopGroupArmed = true;
     dataByte('y');
     rec.btnStopClick();
     EXPECT_FALSE(rec.triggerControlled);
     EXPECT_FALSE(rec.captureEnabled);
+    EXPECT_EQ(rec.WriteTriggerMark(1, 1, 12), WriteResult::WriteFailed); // no recording any more
     const auto recs = fileRecords();
-    ASSERT_EQ(recs.size(), 4u);
-    EXPECT_EQ(recs[2].d1, 'y');
+    ASSERT_EQ(recs.size(), 5u);
+    EXPECT_EQ(recs[2].markCode, 1);
+    EXPECT_EQ(recs[2].markExtra, 12);
+    EXPECT_EQ(recs[3].d1, 'y');
+    EXPECT_EQ(recs[3].markCode, 0);
 }
 
 TEST_F(RecorderFixture, LostPortStopsOnceKeepsEverythingAndReportsOnce)
@@ -476,4 +482,18 @@ TEST_F(RecorderFixture, LightsBlinkWhileTheirStateLastsAndStayOffWhilePaused)
     dataByte('x');
     rec.btnStopClick();
     EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+}
+
+TEST(RecordModeQuestion, YesReplacesNoAppendsAnythingElseCancels)
+{
+    const std::pair<int, int> cases[] = {{MsgResult::Yes, RecordMode::Replace}, {MsgResult::No, RecordMode::Append},
+                                         {MsgResult::Cancel, RecordMode::None}, {MsgResult::UnlistedOk, RecordMode::None}};
+    for (const auto &[answer, mode] : cases) {
+        test::ScriptedPrompter prompter;
+        prompter.answerNext(answer);
+        EXPECT_EQ(AskRecordMode(prompter), mode) << answer;
+        ASSERT_EQ(prompter.asked.size(), 1u);
+        EXPECT_EQ(prompter.asked[0].buttons, Buttons::YesNoCancel);
+        EXPECT_EQ(prompter.asked[0].text.rfind(StrIn(3010, GlobalLang()), 0), 0u);
+    }
 }

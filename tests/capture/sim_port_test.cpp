@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <random>
 #include <thread>
 
 #include "capture/clock.h"
@@ -234,6 +235,26 @@ TEST_F(SimFixture, DataTriggerMatchesAcrossChunksAndEachOccurrence)
     EXPECT_EQ(logA.count(hit), 2);
 }
 
+TEST(SimLineRealTime, TimerPacesTheLineOnTheSystemClock)
+{
+    test::TestApp();
+    ScenarioError err;
+    auto sc = ParseScenario("baud 9600\nb \"hello\"\n", err); // about 5 ms on the wire
+    ASSERT_TRUE(sc);
+    SystemClock clock;
+    SimLine line(*sc, clock);
+    NoteLog log;
+    line.portB().setListener(&log);
+    ASSERT_TRUE(line.portB().open());
+    line.restart();
+    const auto t0 = std::chrono::steady_clock::now();
+    line.start(1);
+    ASSERT_TRUE(test::SpinUntil([&] { return log.bytes == "hello"; }));
+    EXPECT_GE(std::chrono::steady_clock::now() - t0, std::chrono::microseconds(5000));
+    EXPECT_TRUE(line.finished());
+    line.stopTimer();
+}
+
 TEST(ReceiveChannel, ReaderWaitsFromFullUntilTheResumeLevel)
 {
     test::TestApp();
@@ -335,6 +356,24 @@ TEST(Scenario, ParseErrorsNameTheLineAndTheReason)
     ScenarioError err;
     EXPECT_FALSE(LoadScenarioFile("/nonexistent/x.ksc", err));
     EXPECT_EQ(err.line, 0);
+}
+
+TEST(Scenario, GarbageNeverCrashesAndErrorsAlwaysNameALine)
+{
+    const char *pieces[] = {"a ", "b ", "& ", "modem ", "error ", "wait ", "at ", "loop", "chunk ", "\"", "'", "\\",
+                            "\\x", "<", ">", "STX", "0x", "FF", "1", "ms", "#", "\n", " ", "+DSR", "-", "A", "\xff", "\0"};
+    std::mt19937 rng(7);
+    for (int round = 0; round < 3000; ++round) {
+        std::string text;
+        const int n = static_cast<int>(rng() % 24);
+        for (int i = 0; i < n; ++i)
+            text += pieces[rng() % std::size(pieces)];
+        ScenarioError err;
+        if (!ParseScenario(text, err)) {
+            EXPECT_GE(err.line, 1) << text;
+            EXPECT_FALSE(err.reason.empty()) << text;
+        }
+    }
 }
 
 TEST(Scenario, CommentsAndHashInsideText)

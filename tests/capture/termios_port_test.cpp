@@ -167,27 +167,6 @@ TEST_F(TermiosFixture, MarkedBytesBecomeLineErrorsBeforeTheirByte)
     ASSERT_NE(firstError, log.notes.begin());
 }
 
-TEST_F(TermiosFixture, WithoutParityAMarkedByteIsAFramingError)
-{
-    openPort();
-    clearParmrk();
-    pty.write(std::string("\xff\x00Z", 3));
-    ASSERT_TRUE(SpinUntil([&] { return log.count("error") >= 1 && !log.bytes.empty(); }));
-    EXPECT_EQ(log.notes.front(), "error 4");
-    EXPECT_EQ(log.bytes, "Z");
-}
-
-TEST_F(TermiosFixture, DataTriggerSpansReads)
-{
-    openPort();
-    const int h = port.addDataTrigger({'C', 'O', 'N', 'N', 'E', 'C', 'T'});
-    pty.write("xxCONN");
-    ASSERT_TRUE(SpinUntil([&] { return log.bytes.size() >= 6; }));
-    pty.write("ECT 9600");
-    ASSERT_TRUE(SpinUntil([&] { return log.count("tdata") == 1; }));
-    EXPECT_EQ(log.count("tdata " + std::to_string(h)), 1);
-}
-
 TEST_F(TermiosFixture, FullBufferHoldsTheReaderBackAndLosesNothing)
 {
     log.readBytes = false;

@@ -5,7 +5,9 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
@@ -276,8 +278,22 @@ int runRecord(const std::vector<std::string> &args)
         }
         stop();
     });
+    // A timer's interval is an int of milliseconds: recordings of weeks wait in steps of a day.
+    QTimer durationTimer;
+    durationTimer.setSingleShot(true);
+    durationTimer.setTimerType(Qt::PreciseTimer);
+    const auto deadline = std::chrono::steady_clock::now() +
+                          std::chrono::milliseconds(static_cast<std::int64_t>(o.duration.value_or(0) * 1000.0));
+    auto armDuration = [&] {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0)
+            stop();
+        else
+            durationTimer.start(static_cast<int>(std::min<std::int64_t>(left.count(), 86'400'000)));
+    };
+    QObject::connect(&durationTimer, &QTimer::timeout, &app, armDuration);
     if (o.duration)
-        QTimer::singleShot(static_cast<int>(*o.duration * 1000.0), Qt::PreciseTimer, &app, stop);
+        armDuration();
     QTimer finishedWatch;
     if (line) {
         line->restart();

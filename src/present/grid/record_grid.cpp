@@ -75,7 +75,12 @@ RecordGrid::RecordGrid(QWidget *parent)
     ApplyLayout();
 }
 
-RecordGrid::~RecordGrid() { StopRedraw(); }
+RecordGrid::~RecordGrid()
+{
+    // Only the thread: no signals from a grid that is going away.
+    if (redraw_)
+        redraw_->Stop();
+}
 
 int RecordGrid::Lang() const { return GlobalLang(); }
 
@@ -548,6 +553,14 @@ void RecordGrid::RefreshStatusLine()
 
 void RecordGrid::actCopyExecute() { text_ = Q(Str(txt::kCopyExecuted)); }
 
+void RecordGrid::InitialLoads()
+{
+    actCopy_->setText(Q(Str(txt::kCopyItem)));
+    status_.clear(); // force the status line out in the new language
+    RefreshStatusLine();
+    viewport()->update();
+}
+
 // --- steps of the redraw thread (GUI thread) ---------------------------
 
 void RecordGrid::LivePassBegin(int &rows, int &cols)
@@ -571,6 +584,11 @@ void RecordGrid::LivePassBegin(int &rows, int &cols)
         if (newest.empty())
             EnsureFetched();
         UpdateScrollBar();
+        // Every row moved with the new MPs. Qt paints only inside paint
+        // events, so the whole page is marked for one repaint from this
+        // snapshot; the cell steps that follow then only pace the pass, and a
+        // skipped cell never leaves a row half old, half new.
+        viewport()->update();
     } else {
         // Scrolled away or held: the file grows underneath; keep the range current.
         MeasureFile();
@@ -642,7 +660,7 @@ void RecordGrid::paintEvent(QPaintEvent *event)
             if (row == 0)
                 PaintHeaderCell(p, col, r);
             else
-                PaintCell(p, col, row, r);
+                DrawGrid1DrawCell(p, col, row, r);
         }
     }
 }
@@ -664,7 +682,7 @@ void RecordGrid::PaintHeaderCell(QPainter &p, int col, const QRect &r)
     p.drawLine(r.bottomLeft(), r.bottomRight());
 }
 
-void RecordGrid::PaintCell(QPainter &p, int col, int row, const QRect &r)
+void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r)
 {
     const CellInfo info = RoleOf(shape_, col, row);
     QColor back = palette().base().color();

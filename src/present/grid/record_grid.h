@@ -114,6 +114,8 @@ public slots:
     void btnResetGrid();
     void RefreshStatusLine();
     void actCopyExecute();
+    // The language changed: headers, status line and menu texts again.
+    void InitialLoads();
     // Modes were changed from outside (settings loaded): re-apply everything.
     void ApplyModes();
 
@@ -156,7 +158,7 @@ private:
     bool ApplyKey(GridKey key);
     [[nodiscard]] KeyContext KeyState() const;
     [[nodiscard]] GridFrame Frame() const;
-    void PaintCell(QPainter &p, int col, int row, const QRect &rect);
+    void DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &rect);
     void PaintHeaderCell(QPainter &p, int col, const QRect &rect);
     [[nodiscard]] int ColumnAt(int x) const;
     void AfterModeChange();

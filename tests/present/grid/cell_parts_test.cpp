@@ -105,14 +105,7 @@ TEST(GridModes, TimeButtonsGridLinesAndViews)
     m.SetGridLines(GridLines::None);
     EXPECT_EQ(m.gridLines(), (GridLineOptions{false, false}));
 
-    // Per-view memory: HEX in the vertical view, the dump keeps its own pair.
-    m.panel.ChooseMode(3);
-    EXPECT_TRUE(m.SelectView(kViewDataDump));
-    EXPECT_EQ(m.charMode(), 1);
-    m.panel.ChooseMode(6); // numeric buttons set the dump's secondary mode
-    EXPECT_EQ(m.secondaryMode(), 6);
-    EXPECT_TRUE(m.SelectView(kViewVertical));
-    EXPECT_EQ(m.charMode(), 3);
+    // Only the three views exist.
     EXPECT_FALSE(m.SelectView(2));
     EXPECT_EQ(m.view(), kViewVertical);
     m.ToggleNaming();

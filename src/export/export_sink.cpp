@@ -1,0 +1,63 @@
+#include "export/export_sink.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace kestrel {
+
+FileSink::~FileSink()
+{
+    if (file_ && ownsFile_)
+        std::fclose(file_);
+}
+
+void FileSink::fail(const char *what)
+{
+    error_ = std::string(what) + " " + (path_ == "-" ? std::string("standard output") : path_) + ": " +
+             std::strerror(errno);
+}
+
+bool FileSink::open(const std::string &path)
+{
+    path_ = path;
+    if (path == "-") {
+        file_ = stdout;
+        ownsFile_ = false;
+        return true;
+    }
+    file_ = std::fopen(path.c_str(), "wb");
+    ownsFile_ = true;
+    if (!file_) {
+        fail("cannot create");
+        return false;
+    }
+    return true;
+}
+
+bool FileSink::write(std::string_view bytes)
+{
+    if (!file_)
+        return false;
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file_) != bytes.size()) {
+        fail("cannot write");
+        return false;
+    }
+    return true;
+}
+
+bool FileSink::finish()
+{
+    if (!file_)
+        return error_.empty();
+    bool ok = std::fflush(file_) == 0;
+    if (!ok)
+        fail("cannot write");
+    if (ownsFile_ && std::fclose(file_) != 0 && ok) {
+        fail("cannot close");
+        ok = false;
+    }
+    file_ = nullptr;
+    return ok;
+}
+
+} // namespace kestrel

@@ -1,0 +1,201 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+#include "export/export_run.h"
+#include "export/recording_check.h"
+#include "support/recording_builder.h"
+#include "support/temp_dir.h"
+
+using namespace kestrel;
+using test::RecordingBuilder;
+
+namespace {
+
+struct Recording {
+    test::TempDir dir;
+    RecordReader reader;
+    explicit Recording(const RecordingBuilder &b, std::size_t tail = 0)
+    {
+        b.write(dir.file("r.ksr"), tail);
+        if (!reader.open(dir.file("r.ksr")))
+            throw std::runtime_error("open failed");
+    }
+};
+
+std::size_t countLines(const std::string &s)
+{
+    std::size_t n = 0;
+    for (std::size_t p = s.find("\r\n"); p != std::string::npos; p = s.find("\r\n", p + 2))
+        ++n;
+    return n;
+}
+
+} // namespace
+
+TEST(ExportRun, RawModeWritesBareBytesOfTheCheckedCircuits)
+{
+    RecordingBuilder b;
+    b.d1('a').d2('1').both('b', '2').plain().d2('3').d1('c');
+    Recording r(b);
+    ExportOptions o;
+    o.format = ExportFormat::Raw;
+    auto run = [&](bool d1, bool d2, ExportRange range) {
+        o.columns.d1 = d1;
+        o.columns.d2 = d2;
+        StringSink sink;
+        ExportTimeState t(TimeLocale::Fixed());
+        const ExportResult res = RunExport(r.reader, o, range, sink, t);
+        EXPECT_EQ(res.status, ExportStatus::Done);
+        return sink.data;
+    };
+    EXPECT_EQ(run(true, true, FullRange(r.reader)), "a1b23c"); // D1 before D2 within one MP
+    EXPECT_EQ(run(false, true, FullRange(r.reader)), "123");
+    EXPECT_EQ(run(true, false, {4, 7}), "bc");
+    EXPECT_EQ(run(false, false, FullRange(r.reader)), "");
+}
+
+TEST(ExportRun, CsvRangeWithHeadLineAndLineEnds)
+{
+    RecordingBuilder b;
+    for (int i = 0; i < 10; ++i)
+        b.d1(static_cast<std::uint8_t>('0' + i));
+    Recording r(b, 17); // a torn tail does not count
+    ASSERT_EQ(r.reader.recordCount(), 12u);
+    ExportOptions o;
+    StringSink sink;
+    ExportTimeState t(TimeLocale::Fixed());
+    ExportResult res = RunExport(r.reader, o, {3, 5}, sink, t);
+    ASSERT_EQ(res.status, ExportStatus::Done);
+    EXPECT_EQ(res.exported, 3u);
+    EXPECT_EQ(countLines(sink.data), 4u);
+    EXPECT_EQ(sink.data.substr(sink.data.size() - 2), "\r\n");
+    EXPECT_NE(sink.data.find("\r\n\"\";\"3\";"), std::string::npos);
+    EXPECT_EQ(sink.data.find("\"6\";"), std::string::npos);
+
+    o.header = false;
+    StringSink noHead;
+    res = RunExport(r.reader, o, FullRange(r.reader), noHead, t);
+    EXPECT_EQ(countLines(noHead.data), 12u);
+    EXPECT_EQ(noHead.data.rfind("\"\";\"0\";", 0), 0u);
+}
+
+TEST(ExportRun, RejectsRangesOutsideTheRecording)
+{
+    RecordingBuilder b;
+    b.d1('x');
+    Recording r(b);
+    ExportOptions o;
+    for (ExportRange bad : {ExportRange{0, 3}, ExportRange{2, 1}, ExportRange{5, 9}}) {
+        StringSink sink;
+        ExportTimeState t(TimeLocale::Fixed());
+        const ExportResult res = RunExport(r.reader, o, bad, sink, t);
+        EXPECT_EQ(res.status, ExportStatus::BadRange);
+        EXPECT_FALSE(res.error.empty());
+        EXPECT_TRUE(sink.data.empty());
+    }
+}
+
+TEST(ExportRun, SeedsTimesFromMpOneAndThePreviousMp)
+{
+    RecordingBuilder b(45000.0, 2.0); // two seconds apart
+    b.d1('a').d1('b').d1('c');         // MPs 2..4
+    Recording r(b);
+    ExportOptions o;
+    o.langOffset = kLangEnglish;
+    o.header = false;
+    o.frame = kNoFrame;
+    o.columns = {};
+    o.columns.prefix = o.columns.mpNo = o.columns.d1 = o.columns.d2 = o.columns.pfl = o.columns.description = false;
+    o.columns.s1 = o.columns.m1 = o.columns.s2 = o.columns.m2 = o.columns.m5 = o.columns.m3 = false;
+    auto exportOne = [&](int mode) {
+        o.timeMode = mode;
+        StringSink sink;
+        ExportTimeState t(TimeLocale::Fixed(), kLangEnglish);
+        SeedExportTime(r.reader, {3, 3}, t);
+        EXPECT_EQ(RunExport(r.reader, o, {3, 3}, sink, t).status, ExportStatus::Done);
+        return sink.data;
+    };
+    // MP 3 is four seconds after MP 1 and two after MP 2.
+    EXPECT_EQ(exportOne(1), "0 day(s)  00:00:04,000000;\r\n");
+    EXPECT_EQ(exportOne(2), "0 day(s)  00:00:02,000000;\r\n");
+    EXPECT_EQ(exportOne(0), "15.03.2023 00:00:06,000000;\r\n");
+}
+
+TEST(ExportRun, ProgressEveryIntervalAndStopFlag)
+{
+    RecordingBuilder b;
+    for (int i = 0; i < 10000; ++i)
+        b.d1('z');
+    Recording r(b);
+    ExportOptions o;
+    std::atomic<bool> stop{false};
+    std::vector<int> seen;
+    ExportHooks hooks;
+    hooks.pumpInterval = 2500;
+    hooks.stop = &stop;
+    hooks.progress = [&](int p) {
+        seen.push_back(p);
+        if (seen.size() == 3)
+            stop = true;
+    };
+    StringSink sink;
+    ExportTimeState t(TimeLocale::Fixed());
+    const ExportResult res = RunExport(r.reader, o, FullRange(r.reader), sink, t, hooks);
+    EXPECT_EQ(res.status, ExportStatus::Stopped);
+    EXPECT_EQ(res.exported, 5000u);
+    EXPECT_EQ(seen, (std::vector<int>{0, 24, 49}));
+    EXPECT_EQ(countLines(sink.data), 5001u); // what was done is written, head line included
+
+    stop = false;
+    seen.clear();
+    hooks.progress = [&](int p) { seen.push_back(p); };
+    StringSink all;
+    EXPECT_EQ(RunExport(r.reader, o, FullRange(r.reader), all, t, hooks).status, ExportStatus::Done);
+    EXPECT_EQ(seen.size(), 6u); // 10002 MPs: five pumps, then 100 at the end
+    EXPECT_EQ(seen.back(), 100);
+}
+
+TEST(ExportRun, FullDiskIsReportedNotIgnored)
+{
+    RecordingBuilder b;
+    for (int i = 0; i < 30000; ++i)
+        b.d1('q');
+    Recording r(b);
+    FileSink sink;
+    ASSERT_TRUE(sink.open("/dev/full"));
+    ExportOptions o;
+    ExportTimeState t(TimeLocale::Fixed());
+    const ExportResult res = RunExport(r.reader, o, FullRange(r.reader), sink, t);
+    EXPECT_EQ(res.status, ExportStatus::WriteFailed);
+    EXPECT_NE(res.error.find("/dev/full"), std::string::npos) << res.error;
+
+    FileSink nowhere;
+    EXPECT_FALSE(nowhere.open(r.dir.file("no/such/folder/out.csv")));
+    EXPECT_NE(nowhere.errorText().find("cannot create"), std::string::npos);
+}
+
+TEST(RecordingCheck, AcceptsRecordingsAndTornTailsRejectsOtherFiles)
+{
+    test::TempDir dir;
+    RecordingBuilder b;
+    b.d1('a');
+    b.write(dir.file("ok.ksr"), 79);
+    RecordReader reader;
+    std::string error;
+    EXPECT_TRUE(OpenRecording(reader, dir.file("ok.ksr"), error)) << error;
+
+    EXPECT_FALSE(OpenRecording(reader, dir.file("missing.ksr"), error));
+    EXPECT_NE(error.find("cannot open"), std::string::npos);
+
+    std::FILE *f = std::fopen(dir.file("text.ksr").c_str(), "wb");
+    for (int i = 0; i < 200; ++i)
+        std::fputs("not a recording at all, just text\n", f);
+    std::fclose(f);
+    EXPECT_FALSE(OpenRecording(reader, dir.file("text.ksr"), error));
+    EXPECT_NE(error.find("not a Kestrel recording"), std::string::npos) << error;
+
+    std::fclose(std::fopen(dir.file("empty.ksr").c_str(), "wb"));
+    EXPECT_FALSE(OpenRecording(reader, dir.file("empty.ksr"), error));
+    EXPECT_NE(error.find("holds no MPs"), std::string::npos);
+}

@@ -1,0 +1,314 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+#include "search/block_cursor.h"
+#include "search/search.h"
+#include "support/recording_builder.h"
+#include "support/temp_dir.h"
+
+using namespace kestrel;
+using test::RecordingBuilder;
+
+namespace {
+
+struct Fixture {
+    test::TempDir dir;
+    RecordReader reader;
+    explicit Fixture(const RecordingBuilder &b)
+    {
+        b.write(dir.file("r.ksr"));
+        if (!reader.open(dir.file("r.ksr")))
+            throw std::runtime_error("open failed");
+    }
+    // Whole file: forward from before MP 0, backward from after the last MP.
+    SearchOutcome run(const SearchCriteria &c, int dir, std::int64_t from)
+    {
+        SearchRequest r;
+        r.criteria = c;
+        r.direction = dir;
+        r.position = from;
+        r.minimum = -1;
+        r.maximum = static_cast<std::int64_t>(reader.recordCount());
+        return RunSearch(reader, r);
+    }
+};
+
+SearchCriteria trigger(int n)
+{
+    SearchCriteria c;
+    c.kind = SearchKind::TriggerPoint;
+    c.triggerNumber = n;
+    return c;
+}
+
+SearchCriteria data(std::vector<std::uint8_t> pattern, bool d1, bool d2)
+{
+    SearchCriteria c;
+    c.kind = SearchKind::Data;
+    c.data.pattern = std::move(pattern);
+    c.data.d1 = d1;
+    c.data.d2 = d2;
+    return c;
+}
+
+} // namespace
+
+TEST(SearchCriteria, LevelsAreSelectedNotEdges)
+{
+    struct Case {
+        int criterion;
+        std::uint8_t value;
+        bool holds;
+    } cases[] = {{-1, 0, true}, {-1, 1, true}, {0, 0, true}, {0, 1, true}, {1, 0, true},
+                 {1, 1, false}, {2, 0, false}, {2, 1, true}, {2, 7, true}, {1, 7, false}};
+    for (const auto &c : cases)
+        EXPECT_EQ(CriterionHolds(c.criterion, c.value), c.holds) << c.criterion << " " << int(c.value);
+}
+
+TEST(SearchLoop, EndMpIsNeverTested)
+{
+    // MPs 0..5; trigger mark 7 on the last one (MP 5).
+    RecordingBuilder b;
+    b.d1('a').d1('b').d1('c').mark(1, 0, 7);
+    Fixture f(b);
+    const auto last = static_cast<std::int64_t>(f.reader.recordCount()) - 1;
+
+    SearchRequest r;
+    r.criteria = trigger(7);
+    r.minimum = 0;
+    r.maximum = last; // the grid's scroll range ends at the last MP
+    r.position = last - 1;
+    SearchOutcome o = RunSearch(f.reader, r);
+    EXPECT_EQ(o.status, SearchStatus::NotFound);
+    EXPECT_EQ(o.messageNo, 2123);
+    EXPECT_EQ(o.tested, 0u);
+
+    // One further back, the start still lands on the end: nothing tested.
+    r.position = last - 2;
+    r.currentRow = 1;
+    EXPECT_EQ(RunSearch(f.reader, r).status, SearchStatus::NotFound);
+
+    // With room past the last MP it is found; start = position + row + direction.
+    r.maximum = last + 1;
+    o = RunSearch(f.reader, r);
+    ASSERT_EQ(o.status, SearchStatus::Found);
+    EXPECT_EQ(o.mp, last);
+
+    // Backward, the minimum itself is never tested either.
+    Fixture g(RecordingBuilder(45000.0, 0.001, false).mark(1, 0, 3).d1('x').d1('y'));
+    SearchRequest back;
+    back.criteria = trigger(3);
+    back.direction = -1;
+    back.position = 2;
+    back.minimum = 0;
+    back.maximum = 2;
+    EXPECT_EQ(RunSearch(g.reader, back).status, SearchStatus::NotFound);
+    back.minimum = -1;
+    EXPECT_EQ(RunSearch(g.reader, back).mp, 0);
+}
+
+TEST(SearchLoop, DateTimeComparisonIsStrictBothWays)
+{
+    RecordingBuilder b(45000.0, 1.0); // one MP per second
+    b.d1('a').d1('b').d1('c');        // MPs 2, 3, 4
+    Fixture f(b);
+    SearchCriteria c;
+    c.kind = SearchKind::DateTime;
+    c.dateTime = b.mps()[3].time; // exactly MP 3's stamp
+
+    SearchOutcome fwd = f.run(c, +1, -1);
+    ASSERT_EQ(fwd.status, SearchStatus::Found);
+    EXPECT_EQ(fwd.mp, 4);
+    SearchOutcome back = f.run(c, -1, 5);
+    ASSERT_EQ(back.status, SearchStatus::Found);
+    EXPECT_EQ(back.mp, 2);
+
+    c.dateTime = b.mps()[4].time;
+    SearchOutcome none = f.run(c, +1, -1);
+    EXPECT_EQ(none.status, SearchStatus::NotFound);
+    EXPECT_EQ(none.messageNo, 2201);
+}
+
+TEST(SearchLoop, ErrorCriteriaHoldOnOnePortsTripleOnly)
+{
+    RecordingBuilder b;
+    b.d1('a');
+    b.last().peD2 = 1; // PE on port A ...
+    b.last().feD1 = 1; // ... FE on port B: no single port has both
+    b.d1('b');
+    b.last().peD1 = 1;
+    b.last().feD1 = 1; // MP 3: both on port B, LE clear
+    b.d2('c');
+    b.last().peD2 = 1;
+    b.last().feD2 = 1;
+    b.last().leD2 = 1; // MP 4: all on port A
+    Fixture f(b);
+
+    SearchCriteria c;
+    c.kind = SearchKind::Error;
+    c.error.flag[0] = 2; // PE set
+    c.error.flag[1] = 2; // FE set
+    EXPECT_EQ(f.run(c, +1, -1).mp, 3);
+    c.error.flag[2] = 1; // LE must be clear: MP 4 fails it on port A, and port B has no PE there
+    SearchOutcome o = f.run(c, +1, 3);
+    EXPECT_EQ(o.status, SearchStatus::NotFound);
+    EXPECT_EQ(o.messageNo, 2202);
+    c.error.flag[2] = 2;
+    EXPECT_EQ(f.run(c, -1, 5).mp, 4);
+    // Only "PE clear" asked: MP 2 has PE on port A but none on port B, so it holds there.
+    SearchCriteria clear;
+    clear.kind = SearchKind::Error;
+    clear.error.flag[0] = 1;
+    EXPECT_EQ(f.run(clear, +1, 1).mp, 2);
+}
+
+TEST(SearchLoop, SignalLevelsAreAndedAndShareTheErrorText)
+{
+    RecordingBuilder b;
+    b.level(0, 1).d1('a');             // MP 2: S1 high
+    b.level(3, 1).d1('b');             // MP 3: S1 and M2 high
+    b.level(0, 0).d1('c');             // MP 4: M2 only
+    Fixture f(b);
+    SearchCriteria c;
+    c.kind = SearchKind::Signal;
+    c.signal.level[static_cast<int>(SignalLine::S1)] = 2;
+    c.signal.level[static_cast<int>(SignalLine::M2)] = 2;
+    EXPECT_EQ(f.run(c, +1, -1).mp, 3);
+    c.signal.level[static_cast<int>(SignalLine::M2)] = 1; // S1 high, M2 low
+    EXPECT_EQ(f.run(c, +1, -1).mp, 2);
+    EXPECT_EQ(f.run(c, +1, 2).status, SearchStatus::NotFound);
+    c.signal.level[static_cast<int>(SignalLine::M3)] = 2;
+    const SearchOutcome o = f.run(c, +1, -1);
+    EXPECT_EQ(o.status, SearchStatus::NotFound);
+    EXPECT_EQ(o.messageNo, 2202);
+}
+
+TEST(DataSearch, WalksForwardSkippingMpsWithoutAByteOnThatCircuit)
+{
+    RecordingBuilder b;
+    b.d1('A');               // 2
+    b.d2('B');               // 3: D2 only, skipped by the D1 walk
+    b.plain();               // 4: no data at all
+    b.d1('B');               // 5
+    b.d1('C');               // 6
+    Fixture f(b);
+    EXPECT_EQ(f.run(data({'A', 'B', 'C'}, true, false), +1, -1).mp, 2);
+    // The same pattern on D2 does not exist; mixing circuits is no match.
+    EXPECT_EQ(f.run(data({'A', 'B', 'C'}, false, true), +1, -1).status, SearchStatus::NotFound);
+    EXPECT_EQ(f.run(data({'B'}, false, true), +1, -1).mp, 3);
+    EXPECT_EQ(f.run(data({'B'}, true, true), -1, 7).mp, 5);
+    // Backward the hit is still reported at the first pattern byte.
+    EXPECT_EQ(f.run(data({'A', 'B'}, true, false), -1, 7).mp, 2);
+    // A pattern that runs off the end of the recording is no hit.
+    const SearchOutcome o = f.run(data({'C', 'D'}, true, false), +1, -1);
+    EXPECT_EQ(o.status, SearchStatus::NotFound);
+    EXPECT_EQ(o.messageNo, 2203);
+}
+
+TEST(DataSearch, ResumesTwoAfterAPartialMatch)
+{
+    RecordingBuilder b;
+    b.d1('A').d1('A').d1('B'); // MPs 2, 3, 4
+    Fixture f(b);
+    // From before MP 2: A at 2 starts, 3 is A not B -> partial; 3 is skipped, 4 is B.
+    EXPECT_EQ(f.run(data({'A', 'B'}, true, false), +1, -1).status, SearchStatus::NotFound);
+    // Starting at MP 3 itself finds it.
+    EXPECT_EQ(f.run(data({'A', 'B'}, true, false), +1, 2).mp, 3);
+    // Backward: the walk starts at 4 (no start), 3 is a full match.
+    EXPECT_EQ(f.run(data({'A', 'B'}, true, false), -1, 5).mp, 3);
+
+    // A partial step of two must not jump over the end and run on.
+    RecordingBuilder c(45000.0, 0.001, false);
+    c.d1('A').d1('x');
+    Fixture g(c);
+    SearchRequest r;
+    r.criteria = data({'A', 'B'}, true, false);
+    r.position = -1;
+    r.minimum = 0;
+    r.maximum = 1;
+    EXPECT_EQ(RunSearch(g.reader, r).status, SearchStatus::NotFound);
+}
+
+TEST(DataSearch, RefusesNoLineAndUnsearchablePatterns)
+{
+    RecordingBuilder b;
+    b.d1(0).d1('A');
+    Fixture f(b);
+    SearchOutcome o = f.run(data({'A'}, false, false), +1, -1);
+    EXPECT_EQ(o.status, SearchStatus::NothingToSearch);
+    EXPECT_EQ(o.messageNo, 2204);
+    for (auto pattern : {std::vector<std::uint8_t>{}, std::vector<std::uint8_t>{0x00}, std::vector<std::uint8_t>{'A', 0}}) {
+        o = f.run(data(pattern, true, false), +1, -1);
+        EXPECT_EQ(o.status, SearchStatus::NothingToSearch);
+        EXPECT_EQ(o.messageNo, SearchText::BadPattern);
+    }
+}
+
+TEST(SearchLoop, PumpsEveryFewThousandMpsAndHonoursTheStopFlag)
+{
+    RecordingBuilder b;
+    for (int i = 0; i < 20000; ++i)
+        b.d1('x');
+    Fixture f(b);
+    std::atomic<bool> stop{false};
+    std::vector<int> seen;
+    SearchHooks hooks;
+    hooks.pumpInterval = 4096;
+    hooks.stop = &stop;
+    hooks.progress = [&](int p) { seen.push_back(p); };
+    SearchRequest r;
+    r.criteria = data({'y'}, true, true);
+    r.position = -1;
+    r.minimum = -1;
+    r.maximum = static_cast<std::int64_t>(f.reader.recordCount());
+    SearchOutcome o = RunSearch(f.reader, r, hooks);
+    EXPECT_EQ(o.status, SearchStatus::NotFound);
+    EXPECT_EQ(o.tested, f.reader.recordCount());
+    ASSERT_EQ(seen.size(), 5u); // 20002 MPs / 4096, rounded up
+    EXPECT_EQ(seen[0], SearchProgressPercent(0, r.maximum));
+    EXPECT_EQ(seen[1], SearchProgressPercent(4096, r.maximum));
+
+    // Set the flag from inside the pump, as a stop button would.
+    seen.clear();
+    hooks.progress = [&](int p) {
+        seen.push_back(p);
+        if (seen.size() == 2)
+            stop = true;
+    };
+    o = RunSearch(f.reader, r, hooks);
+    EXPECT_EQ(o.status, SearchStatus::Stopped);
+    EXPECT_EQ(o.messageNo, 0);
+    EXPECT_EQ(o.tested, 4096u);
+}
+
+TEST(SearchLoop, ProgressFormulaAndGridJump)
+{
+    EXPECT_EQ(SearchProgressPercent(0, 101), 1);   // 100 / 100
+    EXPECT_EQ(SearchProgressPercent(49, 101), 50); // 5000 / 100
+    EXPECT_EQ(SearchProgressPercent(98, 11), 990); // no clamping: the formula as the bar got it
+    EXPECT_EQ(SearchProgressPercent(5, 1), 100);   // no division by zero
+    EXPECT_EQ(GridPositionForHit(10, 3).position, 9);
+    EXPECT_EQ(GridPositionForHit(10, 3).currentRow, 1);
+    EXPECT_EQ(GridPositionForHit(3, 3).position, 3);
+}
+
+TEST(BlockCursor, ReadsLargeBlocksInEitherDirection)
+{
+    RecordingBuilder b(45000.0, 0.001, false);
+    for (int i = 0; i < 1000; ++i)
+        b.d1(static_cast<std::uint8_t>(i));
+    Fixture f(b);
+    BlockCursor c(f.reader, 100);
+    for (std::uint64_t n = 0; n < 1000; ++n) {
+        const std::uint8_t *r = c.at(n, +1);
+        ASSERT_NE(r, nullptr);
+        ASSERT_EQ(r[16], static_cast<std::uint8_t>(n));
+    }
+    EXPECT_EQ(c.readCalls(), 10u);
+    BlockCursor back(f.reader, 100);
+    for (std::uint64_t n = 1000; n-- > 0;)
+        ASSERT_EQ(back.at(n, -1)[16], static_cast<std::uint8_t>(n));
+    EXPECT_EQ(back.readCalls(), 10u);
+    EXPECT_EQ(c.at(1000, +1), nullptr);
+}

@@ -1,0 +1,218 @@
+// kestrel-cli dump: the vertical view of a recording as text lines for the terminal.
+
+#include <algorithm>
+#include <cstdio>
+#include <optional>
+#include <vector>
+
+#include "cli_common.h"
+#include "command.h"
+#include "export/csv_line.h"
+#include "export/export_args.h"
+#include "export/mark_text.h"
+#include "export/recording_check.h"
+#include "present/byte_render.h"
+#include "present/time_text.h"
+
+namespace {
+
+constexpr const char *kUsage =
+    "usage: kestrel-cli dump FILE.ksr [options]\n"
+    "\n"
+    "Prints one line per MP: number, mark, time, D1, D2, the six levels, the\n"
+    "error flags of D1 and D2 (P parity, F framing, L line) and the description.\n"
+    "\n"
+    "  --range FIRST:LAST              MPs to print (default all)\n"
+    "  --char ascii|ebcdic|hex|dec|oct|bin     default ascii\n"
+    "  --control none|caret|mnemonic   control characters as glyphs, ^X or mnemonics\n"
+    "  --time absolute|relative|delta  default absolute\n"
+    "  --language de|en                (default from LANG)\n"
+    "  --naming v24|rs232              circuit names in the head line\n";
+
+// Width on a terminal: code points, not bytes.
+std::size_t displayWidth(const std::string &s)
+{
+    std::size_t n = 0;
+    for (unsigned char c : s)
+        n += (c & 0xC0) != 0x80;
+    return n;
+}
+
+void pad(std::string &line, const std::string &field, std::size_t width)
+{
+    line += field;
+    for (std::size_t w = displayWidth(field); w < width; ++w)
+        line += ' ';
+    line += "  ";
+}
+
+// Control bytes that a glyph table leaves as themselves must not reach the
+// terminal raw (a CR or ESC would garble the output): show them as blanks.
+std::string printable(std::string s)
+{
+    for (char &c : s)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+            c = ' ';
+    return s;
+}
+
+int runDump(const std::vector<std::string> &args)
+{
+    using namespace kestrel;
+    auto usage = [](const std::string &error) {
+        std::fprintf(stderr, "kestrel-cli dump: %s\n\n%s", error.c_str(), kUsage);
+        return cli::kExitUsage;
+    };
+    std::string input, error;
+    std::optional<MpRangeText> rangeText;
+    int charMode = CharMode::Ascii, overlay = Overlay::None, timeMode = TimeMode::Absolute, naming = 0;
+    int lang = cli::LanguageFromEnvironment();
+    for (std::size_t k = 0; k < args.size(); ++k) {
+        const std::string &a = args[k];
+        if (a == "-h" || a == "--help") {
+            std::fputs(kUsage, stdout);
+            return cli::kExitOk;
+        }
+        if (!a.empty() && a[0] == '-') {
+            if (a != "--range" && a != "--char" && a != "--control" && a != "--time" && a != "--language" &&
+                a != "--naming")
+                return usage("unknown option " + a);
+            if (k + 1 >= args.size())
+                return usage("option " + a + " needs a value");
+            const std::string v = args[++k];
+            if (a == "--range") {
+                MpRangeText r;
+                if (!ParseMpRange(v, r, error))
+                    return usage(error);
+                rangeText = r;
+            } else if (a == "--char") {
+                static constexpr const char *names[] = {"ascii", "ebcdic", "hex", "dec", "oct", "bin"};
+                charMode = 0;
+                for (int m = 0; m < 6; ++m)
+                    if (v == names[m])
+                        charMode = m + 1;
+                if (!charMode)
+                    return usage("--char takes ascii, ebcdic, hex, dec, oct or bin, not '" + v + "'");
+            } else if (a == "--control") {
+                if (v == "none")
+                    overlay = Overlay::None;
+                else if (v == "caret")
+                    overlay = Overlay::Caret;
+                else if (v == "mnemonic")
+                    overlay = Overlay::Mnemonic;
+                else
+                    return usage("--control takes none, caret or mnemonic, not '" + v + "'");
+            } else if (a == "--time") {
+                const auto m = ParseTimeMode(v);
+                if (!m)
+                    return usage("--time takes absolute, relative or delta, not '" + v + "'");
+                timeMode = *m;
+            } else if (a == "--language") {
+                const auto l = ParseLanguage(v);
+                if (!l)
+                    return usage("--language takes de or en, not '" + v + "'");
+                lang = *l;
+            } else {
+                if (v != "v24" && v != "rs232")
+                    return usage("--naming takes v24 or rs232, not '" + v + "'");
+                naming = v == "rs232";
+            }
+        } else if (input.empty()) {
+            input = a;
+        } else {
+            return usage("more than one recording named ('" + input + "', '" + a + "')");
+        }
+    }
+    if (input.empty())
+        return usage("no recording named");
+
+    RecordReader reader;
+    if (!OpenRecording(reader, input, error))
+        return cli::Fail("dump", error, cli::kExitFailure);
+    const std::uint64_t count = reader.recordCount();
+    std::uint64_t first = 0, last = count - 1;
+    if (rangeText) {
+        first = rangeText->first.value_or(0);
+        last = rangeText->last.value_or(count - 1);
+    }
+    if (first > last || last >= count)
+        return cli::Fail("dump",
+                         "the range " + std::to_string(first) + ":" + std::to_string(last) +
+                             " lies outside the recording (MPs 0 to " + std::to_string(count - 1) + ")",
+                         cli::kExitUsage);
+
+    TimeTextFormatter formatter(TimeLocale::System(), lang);
+    RelativeTimeBase base;
+    std::optional<double> previous;
+    MpRecord mp;
+    if (reader.read(1, mp))
+        base.value = mp.time;
+    if (first > 0 && reader.read(first - 1, mp))
+        previous = mp.time;
+
+    const std::size_t numberWidth = std::max<std::size_t>(2, std::to_string(last).size());
+    const std::size_t byteWidth = charMode == CharMode::Bin ? 8 : 3;
+    const std::size_t markWidth = 16;
+    std::size_t timeWidth = 0;
+    {
+        // The head line is as wide as a time text of the chosen mode.
+        std::string sample;
+        formatter.AppendText(sample, timeMode, 45000.5, 45000.0, 45000.0);
+        timeWidth = displayWidth(sample);
+    }
+    std::string line;
+    pad(line, "MP", numberWidth);
+    pad(line, cli::MessageText(ExportText::MarkTrigger, lang), markWidth);
+    pad(line, StrIn(ExportText::DateTime, lang) + StrIn(ExportText::TimeModeSuffix + timeMode, lang), timeWidth);
+    for (int c = 0; c < 8; ++c)
+        pad(line, CircuitName(static_cast<Circuit>(c), naming), c < 2 ? byteWidth : 3);
+    pad(line, std::string(CircuitName(Circuit::D1, naming)) + "Err", 5);
+    pad(line, std::string(CircuitName(Circuit::D2, naming)) + "Err", 5);
+    line += StrIn(ExportText::Description, lang);
+    std::puts(line.c_str());
+
+    std::vector<MpRecord> block;
+    for (std::uint64_t i = first; i <= last;) {
+        const std::uint64_t want = std::min<std::uint64_t>(4096, last - i + 1);
+        const std::uint64_t got = reader.readBlock(i, want, block);
+        for (const MpRecord &r : block) {
+            base.NoteRecord(r.number, r.time);
+            line.clear();
+            pad(line, std::to_string(r.number), numberWidth);
+            pad(line, MarkText(r, lang), markWidth);
+            std::string t;
+            formatter.AppendText(t, timeMode, r.time, base.value, previous);
+            while (!t.empty() && t.back() == ' ')
+                t.pop_back();
+            pad(line, t, timeWidth);
+            previous = r.time;
+            pad(line, r.d1Valid ? printable(RenderByteText(r.d1, charMode, overlay)) : "", byteWidth);
+            pad(line, r.d2Valid ? printable(RenderByteText(r.d2, charMode, overlay)) : "", byteWidth);
+            for (std::uint8_t level : {r.s1, r.m1, r.s2, r.m2, r.m5, r.m3})
+                pad(line, level ? "1" : "0", 3);
+            const std::uint8_t errors[2][3] = {{r.peD1, r.feD1, r.leD1}, {r.peD2, r.feD2, r.leD2}};
+            for (const auto &flags : errors) {
+                std::string letters;
+                for (int e = 0; e < 3; ++e)
+                    if (flags[e])
+                        letters += StrIn(ExportText::ParityLetter + e, lang);
+                pad(line, letters.empty() ? "-" : letters, 5);
+            }
+            const auto d1 = r.d1Valid ? std::optional<std::uint8_t>(r.d1) : std::nullopt;
+            const auto d2 = r.d2Valid ? std::optional<std::uint8_t>(r.d2) : std::nullopt;
+            line += JoinDescriptions(d1, d2, charMode);
+            while (!line.empty() && line.back() == ' ')
+                line.pop_back();
+            if (std::puts(line.c_str()) < 0)
+                return cli::Fail("dump", "cannot write to standard output", cli::kExitFailure);
+        }
+        i += got;
+        if (got < want)
+            break; // the file was cut while we read it
+    }
+    return cli::kExitOk;
+}
+
+const kestrel::cli::Registration reg({"dump", "print a recording as text lines (the vertical view)", runDump});
+
+} // namespace
