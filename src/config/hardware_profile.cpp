@@ -46,6 +46,8 @@ void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini)
 FileResult WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file)
 {
     IniReadResult current = ReadIniFile(file);
+    if (!current.status.ok)
+        return current.status; // writing over a file that could not be read would lose what it holds
     StoreHardwareProfile(profile, current.ini);
     return WriteIniFile(file, current.ini);
 }
@@ -67,6 +69,13 @@ std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataF
     }
     std::sort(names.begin(), names.end());
     return names;
+}
+
+bool IsValidProfileFileName(const std::string &name)
+{
+    if (name.empty() || name == "." || name == "..")
+        return false;
+    return name.find('/') == std::string::npos && name.find('\0') == std::string::npos;
 }
 
 std::filesystem::path ProfilePath(const std::filesystem::path &dataFolder, const std::string &name)

@@ -35,6 +35,9 @@ void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini);
 // File names (not paths) of the profiles in dataFolder/profiles/, sorted; only ".ksh" files.
 [[nodiscard]] std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataFolder);
 
+// The file name must stay inside profiles/: no folder part, not empty, not "." or "..".
+[[nodiscard]] bool IsValidProfileFileName(const std::string &name);
+
 // dataFolder/profiles/name
 [[nodiscard]] std::filesystem::path ProfilePath(const std::filesystem::path &dataFolder, const std::string &name);
 

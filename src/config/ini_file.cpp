@@ -182,16 +182,17 @@ std::vector<std::string> SplitCommaText(std::string_view text)
 IniFile IniFile::Parse(std::string_view text)
 {
     IniFile ini;
-    if (text.substr(0, 3) == "\xEF\xBB\xBF")
+    while (text.substr(0, 3) == "\xEF\xBB\xBF")
         text.remove_prefix(3);
     ini.sections_.push_back(Section{{}, false, {}, {}});
     std::size_t pos = 0;
     while (pos < text.size()) {
-        auto end = text.find('\n', pos);
-        std::string_view raw = text.substr(pos, end == std::string_view::npos ? std::string_view::npos : end - pos);
+        // Lines end with LF, CR LF or a lone CR, as the platform's reader takes them.
+        const auto end = text.find_first_of("\r\n", pos);
+        const std::string_view raw = text.substr(pos, end == std::string_view::npos ? std::string_view::npos : end - pos);
         pos = end == std::string_view::npos ? text.size() : end + 1;
-        if (!raw.empty() && raw.back() == '\r')
-            raw.remove_suffix(1);
+        if (end != std::string_view::npos && text[end] == '\r' && pos < text.size() && text[pos] == '\n')
+            ++pos;
         const std::string_view line = Trim(raw);
         if (!line.empty() && line.front() == '[') {
             std::string_view name = line.substr(1);
@@ -336,9 +337,11 @@ void IniFile::WriteString(std::string_view section, std::string_view key, std::s
     // New keys go after the section's last key, before any trailing blank or comment lines.
     std::size_t at = s.lines.size();
     std::size_t lastKey = s.lines.size();
-    for (std::size_t i = 0; i < s.lines.size(); ++i) {
-        if (s.lines[i].isKey)
+    for (std::size_t i = s.lines.size(); i-- > 0;) {
+        if (s.lines[i].isKey) {
             lastKey = i;
+            break;
+        }
     }
     if (lastKey < s.lines.size()) {
         at = lastKey + 1;

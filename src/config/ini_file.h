@@ -18,7 +18,7 @@ class IniFile {
 public:
     IniFile() = default;
 
-    // Accepts LF or CRLF line ends, a UTF-8 byte-order mark, blanks around '='
+    // Accepts LF, CRLF or CR line ends, a UTF-8 byte-order mark, blanks around '='
     // and '[...]'. A section line without its closing bracket names the section
     // by the rest of the line. Lines that are neither are kept as they stand.
     [[nodiscard]] static IniFile Parse(std::string_view text);

@@ -13,20 +13,13 @@ constexpr int kMsgBadProfileName = 7420;
 constexpr int kMsgProfileNotSaved = 7421;
 } // namespace
 
-bool IsValidProfileName(const std::string &name)
-{
-    if (name.empty() || name == "." || name == "..")
-        return false;
-    return name.find('/') == std::string::npos && name.find('\0') == std::string::npos;
-}
-
 ProfileConfirmResult ConfirmHardwareProfile(Prompter &prompter, const std::filesystem::path &dataFolder,
                                             const std::string &profileName, const HardwareProfile &fields,
                                             const PortValueLists &listsInUse)
 {
     ProfileConfirmResult result;
     result.profile = fields;
-    if (!IsValidProfileName(profileName)) {
+    if (!IsValidProfileFileName(profileName)) {
         result.error = "'" + profileName + "'";
         ReportError(prompter, kTitleFileOperation, kMsgBadProfileName, {"options_confirm", __LINE__},
                     "\n\n" + result.error);

@@ -36,7 +36,4 @@ struct ProfileConfirmResult {
 // After a written profile: it becomes the one in use and its lists the offered values.
 void ApplyConfirmedProfile(ProgramConfig &cfg, const std::string &profileName, const HardwareProfile &fields);
 
-// The file name must stay inside profiles/: no folder part, not empty, not "." or "..".
-[[nodiscard]] bool IsValidProfileName(const std::string &name);
-
 } // namespace kestrel

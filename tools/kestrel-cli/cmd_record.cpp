@@ -31,6 +31,9 @@
 #include "capture/scenario.h"
 #include "capture/sim_port.h"
 #include "capture/termios_port.h"
+#include "config/data_folder.h"
+#include "config/date_time_text.h"
+#include "config/record_setup.h"
 #include "resources/string_table.h"
 #include "command.h"
 
@@ -41,6 +44,9 @@ const char *kRecordUsage =
     "usage: kestrel-cli record -o FILE.ksr (--simulate [SCENARIO] | --port-a DEV --port-b DEV)\n"
     "                          [--baud N] [--data-bits 5|6|7|8] [--parity N|E|O|M|S]\n"
     "                          [--stop-bits 1|1.5|2] [--append|--replace] [--duration SECONDS]\n"
+    "       kestrel-cli record --env FILE.kef [any option above]\n"
+    "  --env takes both ports, their line settings and the record file from an environment;\n"
+    "  options given on the command line win over it.\n"
     "  Records until --duration has passed, the scenario has ended, or Ctrl-C / SIGTERM;\n"
     "  every received byte is in the file and the stop mark is written in each case.\n"
     "  --simulate without a SCENARIO file plays the built-in demo line.\n"
@@ -52,6 +58,10 @@ struct RecordOptions {
     std::string scenario;
     std::string portA, portB;
     PortComboTexts texts;
+    struct {
+        bool baud = false, dataBits = false, parity = false, stopBits = false;
+    } given; // line settings named on the command line win over an environment's
+    std::string environment;
     int mode = RecordMode::None;
     std::optional<double> duration;
 };
@@ -67,6 +77,57 @@ bool isNumber(const std::string &s, long lo, long hi)
     long v = 0;
     const auto [end, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
     return ec == std::errc() && end == s.data() + s.size() && v >= lo && v <= hi;
+}
+
+// Fills what the command line left open from the environment file, if one was named.
+std::optional<int> applyEnvironment(RecordOptions &o)
+{
+    if (o.environment.empty())
+        return std::nullopt;
+    EnvLoadContext ctx;
+    ctx.dataFolder = ResolveDataFolder(std::nullopt);
+    ctx.now = CurrentLocalDateTime();
+    const EnvLoadResult env = LoadEnvironment(std::filesystem::path(o.environment), ctx);
+    if (!env.existed || !env.status.ok) {
+        std::fprintf(stderr, "kestrel-cli record: %s\n",
+                     env.existed ? env.status.error.c_str()
+                                 : ("environment '" + o.environment + "' does not exist").c_str());
+        return kExitFailure;
+    }
+    const RecordSetup setup = RecordSetupFromEnvironment(
+        env.env, o.output.empty() ? std::nullopt : std::optional<std::string>(o.output));
+    std::string recordFile = setup.recordFile;
+    if (o.output.empty() && !recordFile.empty() && std::filesystem::path(recordFile).parent_path().empty())
+        recordFile = (ctx.dataFolder / kRecordingsFolder / recordFile).string(); // a bare name lives in recordings/
+    if (o.output.empty() && recordFile.rfind((ctx.dataFolder / kRecordingsFolder).string(), 0) == 0) {
+        if (const FileResult made = EnsureDataFolder(ctx.dataFolder); !made.ok) {
+            std::fprintf(stderr, "kestrel-cli record: %s\n", made.error.c_str());
+            return kExitFailure;
+        }
+    }
+    o.output = recordFile;
+    if (!o.simulate) {
+        if (o.portA.empty())
+            o.portA = setup.portA.device;
+        if (o.portB.empty())
+            o.portB = setup.portB.device;
+    }
+    const std::string from = "the environment '" + o.environment + "' has ";
+    if (!o.given.baud) {
+        if (!isNumber(setup.portA.baud, 50, 20'000'000))
+            return usageError(from + "baud rate " + setup.portA.baud + "; give --baud");
+        o.texts.baud = setup.portA.baud;
+    }
+    if (!o.given.dataBits) {
+        if (!isNumber(setup.portA.dataBits, 5, 8))
+            return usageError(from + setup.portA.dataBits + " data bits; give --data-bits");
+        o.texts.dataBits = setup.portA.dataBits;
+    }
+    if (!o.given.parity)
+        o.texts.parity = setup.portA.parity;
+    if (!o.given.stopBits)
+        o.texts.stopBits = setup.portA.stopBits;
+    return std::nullopt;
 }
 
 // Parses the options; returns an exit code when they are not usable.
@@ -101,18 +162,25 @@ std::optional<int> parseOptions(const std::vector<std::string> &args, RecordOpti
             if (!value(v) || !isNumber(v, 50, 20'000'000))
                 return usageError("--baud needs a whole number from 50 to 20000000");
             o.texts.baud = v;
+            o.given.baud = true;
         } else if (a == "--data-bits") {
             if (!value(v) || !isNumber(v, 5, 8))
                 return usageError("--data-bits must be 5, 6, 7 or 8");
             o.texts.dataBits = v;
+            o.given.dataBits = true;
         } else if (a == "--parity") {
             if (!value(v) || v.size() != 1 || !std::strchr("NEOMSneoms", v[0]))
                 return usageError("--parity must be N, E, O, M or S");
             o.texts.parity = std::string(1, static_cast<char>(std::toupper(static_cast<unsigned char>(v[0]))));
+            o.given.parity = true;
         } else if (a == "--stop-bits") {
             if (!value(v) || (v != "1" && v != "1.5" && v != "2"))
                 return usageError("--stop-bits must be 1, 1.5 or 2");
             o.texts.stopBits = v;
+            o.given.stopBits = true;
+        } else if (a == "--env") {
+            if (!value(o.environment))
+                return usageError("--env needs an environment file");
         } else if (a == "--append" || a == "--replace") {
             const int m = a == "--append" ? RecordMode::Append : RecordMode::Replace;
             if (o.mode != RecordMode::None && o.mode != m)
@@ -130,8 +198,10 @@ std::optional<int> parseOptions(const std::vector<std::string> &args, RecordOpti
             return usageError("unknown option '" + a + "'");
         }
     }
+    if (const auto exit = applyEnvironment(o))
+        return exit;
     if (o.output.empty())
-        return usageError("-o FILE.ksr is required");
+        return usageError("-o FILE.ksr (or --env FILE.kef) is required");
     if (o.simulate == (!o.portA.empty() || !o.portB.empty()))
         return usageError("give either --simulate or --port-a and --port-b");
     if (!o.simulate && (o.portA.empty() || o.portB.empty()))

@@ -1,0 +1,19 @@
+#include "config/startup_settings.h"
+
+namespace kestrel {
+
+HardwareProfile LoadMainConfiguration(const std::filesystem::path &dataFolder, ProgramConfig &cfg)
+{
+    const IniFile ini = ReadIniFile(dataFolder / kConfigFileName).ini;
+    cfg.Profile = ini.ReadString("Hardware", "Profile", kDefaultProfileName);
+    HardwareProfile profile;
+    if (IsValidProfileFileName(cfg.Profile))
+        profile = ReadHardwareProfile(ProfilePath(dataFolder, cfg.Profile), cfg.portStandards);
+    else
+        profile.lists = cfg.portStandards;
+    cfg.portStandards = profile.lists;
+    LoadConfiguration(ini, "TFormMain", cfg);
+    return profile;
+}
+
+} // namespace kestrel

@@ -1,0 +1,246 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <random>
+
+#include "config/date_time_text.h"
+#include "config/environment.h"
+#include "config/environment_save.h"
+#include "resources/string_table.h"
+#include "support/scripted_prompter.h"
+#include "support/temp_dir.h"
+
+using namespace kestrel;
+
+namespace {
+
+constexpr double kNow = 46347.5;
+
+EnvLoadContext Context(const std::filesystem::path &dataFolder = "/data")
+{
+    return {dataFolder, std::nullopt, kNow};
+}
+
+TriggerDef MakeTrigger(int kind)
+{
+    TriggerDef t;
+    t.Name = "Trigger of kind " + std::to_string(kind);
+    t.Description = "watches kind " + std::to_string(kind);
+    t.Active = kind % 2 == 0;
+    t.Type = kind == 4 ? TriggerType::Inactivity : kind % 2;
+    t.Event = kind;
+    t.TimeReached = 46000.0 + kind + 0.123456789;
+    switch (kind) {
+    case TriggerEvent::Data:
+        t.D1 = true;
+        t.Data = "0D0A";
+        break;
+    case TriggerEvent::Signal:
+        t.S1 = SignalEdge::Rises;
+        t.M1 = SignalEdge::Falls;
+        t.M3 = SignalEdge::Rises;
+        break;
+    case TriggerEvent::Error:
+        t.PE = t.LE = true;
+        break;
+    case TriggerEvent::TimeReached:
+        t.PlaySound = t.PlaySoundRepeat = true;
+        t.SoundFilePath = "/usr/share/sounds/alarm.wav";
+        break;
+    default:
+        t.InActivityTime = 65535;
+        t.EventD2 = t.EventM5 = t.EventFE = t.EventLE = true;
+        t.ExecCommand = true;
+        t.CommandFilePath = "/usr/bin/logger";
+        t.CommandParams = "-t kestrel \"%TRIG_NAME%\" %TIMESTAMP%";
+        break;
+    }
+    return t;
+}
+
+Environment FullEnvironment()
+{
+    Environment env;
+    env.comA = {3, "/dev/serial/by-id/usb-FTDI_A-if00-port0", 115200, 7, ParityOrdinal::Even, 2};
+    env.comB = {4, "", 115200, 7, ParityOrdinal::Even, 2};
+    env.recordFile = "/srv/rec/line 7.ksr";
+    env.general.Title = "Prüfstand Süd — Messung 3";
+    env.general.Author = "Jörg Ørsted";
+    env.general.Email = "j@example.org";
+    env.customer.Company = "株式会社 テスト";
+    env.customer.ZIP = "80331";
+    env.description = {"first line", "", "third line = with equals", "  indented"};
+    for (int kind = 0; kind <= 4; ++kind)
+        env.triggers.Append(MakeTrigger(kind));
+    env.triggers.Append(MakeTrigger(0));
+    return env;
+}
+
+void WriteText(const std::filesystem::path &path, const std::string &text)
+{
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+} // namespace
+
+TEST(Environment, SaveThenLoadGivesTheSameSetUp)
+{
+    test::TempDir dir;
+    const auto path = dir.path() / "set up.kef";
+    Environment env = FullEnvironment();
+    env.description[3] = "indented"; // leading blanks of a value are not kept by the file format
+    ASSERT_TRUE(SaveEnvironment(env, path).ok);
+
+    const EnvLoadResult loaded = LoadEnvironment(path, Context());
+    EXPECT_TRUE(loaded.existed);
+    EXPECT_EQ(loaded.env, env);
+    EXPECT_EQ(loaded.triggersWithExternalActions, (std::vector<std::size_t>{3, 4}));
+}
+
+TEST(Environment, TriggerKeysAreWrittenInTheirFixedOrder)
+{
+    IniFile ini;
+    StoreEnvironment(FullEnvironment(), ini);
+    EXPECT_EQ(ini.KeyNames("Trigger0"),
+              (std::vector<std::string>{"Name", "Description", "Active", "Type", "Event", "D1", "D2", "Data", "S1",
+                                        "M1", "S2", "M2", "M5", "M3", "PE", "FE", "LE", "TimeReached",
+                                        "InActivityTime", "EventD1", "EventD2", "EventS1", "EventM1", "EventS2",
+                                        "EventM2", "EventM5", "EventM3", "EventPE", "EventFE", "EventLE", "PlaySound",
+                                        "SoundFilePath", "PlaySoundRepeat", "ExecCommand", "CommandFilePath",
+                                        "CommandParams"}));
+    EXPECT_EQ(ini.KeyNames("ComA"), (std::vector<std::string>{"Device", "DevicePath", "CustomBaudRate", "DataBits",
+                                                               "Parity", "StopBits"}));
+    EXPECT_EQ(ini.KeyNames("ComB"), (std::vector<std::string>{"Device", "CustomBaudRate", "DataBits", "Parity",
+                                                               "StopBits"}));
+    EXPECT_EQ(ini.SectionNames()[0], "ComA");
+    EXPECT_EQ(ini.SectionNames()[5], "Description");
+}
+
+TEST(Environment, AHandWrittenWindowsFileLoads)
+{
+    const std::string text = "\xEF\xBB\xBF[COMA]\r\nDEVICE = 5\r\ncustombaudrate = 19200\r\n"
+                             "[Files]\r\nRecord Data = C:\\Daten\\x.ksr\r\n"
+                             "[description]\r\nline0 = hello\r\nLINE1=world\r\n"
+                             "[trigger0]\r\nname = Start on ETX\r\nactive = 1\r\ndata = 03\r\n"
+                             "TimeReached = 24.12.2026 18:30:00\r\n";
+    const EnvLoadResult r = LoadEnvironment(IniFile::Parse(text), Context());
+    EXPECT_EQ(r.env.comA.Device, 5);
+    EXPECT_EQ(r.env.comA.CustomBaudRate, 19200);
+    EXPECT_EQ(r.env.comB, (EnvPort{2, "", 9600, 8, 0, 1}));
+    EXPECT_EQ(r.env.recordFile, "C:\\Daten\\x.ksr");
+    EXPECT_EQ(r.env.description, (std::vector<std::string>{"hello", "world"}));
+    ASSERT_EQ(r.env.triggers.size(), 1u);
+    EXPECT_EQ(r.env.triggers[0].Name, "Start on ETX");
+    EXPECT_TRUE(r.env.triggers[0].Active);
+    EXPECT_EQ(r.env.triggers[0].Data, "03");
+    EXPECT_EQ(r.env.triggers[0].number, 1);
+    EXPECT_DOUBLE_EQ(r.env.triggers[0].TimeReached, *ParseSettingsDateTime("2026-12-24 18:30:00"));
+}
+
+TEST(Environment, SavingAShorterListErasesStaleTriggersUpToTheFirstGap)
+{
+    IniFile ini;
+    for (int i : {0, 1, 2, 3, 4, 6})
+        ini.WriteString(NumberedName("Trigger", i), "Name", "old" + std::to_string(i));
+    for (int i = 0; i < 5; ++i)
+        ini.WriteString("Description", NumberedName("Line", i), "old line");
+    Environment env;
+    env.description = {"new"};
+    for (int i = 0; i < 3; ++i)
+        env.triggers.Append(MakeTrigger(i));
+    StoreEnvironment(env, ini);
+
+    EXPECT_TRUE(ini.SectionExists("Trigger2"));
+    EXPECT_FALSE(ini.SectionExists("Trigger3"));
+    EXPECT_FALSE(ini.SectionExists("Trigger4"));
+    EXPECT_TRUE(ini.SectionExists("Trigger6"));
+    EXPECT_EQ(ini.ReadString("Trigger0", "Name", ""), "Trigger of kind 0");
+    EXPECT_EQ(ini.KeyNames("Description"), (std::vector<std::string>{"Line0"}));
+    EXPECT_EQ(LoadEnvironment(ini, Context()).env.triggers.size(), 3u);
+}
+
+TEST(Environment, GapsEndDescriptionAndTriggerLists)
+{
+    const IniFile ini = IniFile::Parse("[Description]\nLine0=a\nLine1=b\nLine3=d\n[Trigger0]\nName=x\n[Trigger2]\nName=z\n");
+    const EnvLoadResult r = LoadEnvironment(ini, Context());
+    EXPECT_EQ(r.env.description, (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(r.env.triggers.size(), 1u);
+}
+
+TEST(Environment, DefaultsForAMissingFileAndMissingKeys)
+{
+    test::TempDir dir;
+    const EnvLoadResult r = LoadEnvironment(dir.path() / "none.kef", Context(dir.path()));
+    EXPECT_FALSE(r.existed);
+    EXPECT_TRUE(r.status.ok);
+    EXPECT_EQ(r.env.comA, (EnvPort{1, "", 9600, 8, ParityOrdinal::None, 1}));
+    EXPECT_EQ(r.env.comB.Device, 2);
+    EXPECT_EQ(r.env.recordFile, (dir.path() / "recordings" / "Default.ksr").string());
+    EXPECT_TRUE(r.env.triggers.empty());
+    EXPECT_TRUE(r.env.description.empty());
+
+    // A trigger without (or with an unreadable) TimeReached fires at the moment of loading.
+    const IniFile ini = IniFile::Parse("[Trigger0]\nName=a\n[Trigger1]\nTimeReached=31.02.2026 10:00:00\n"
+                                       "InActivityTime=99999999999\n");
+    const EnvLoadResult t = LoadEnvironment(ini, Context());
+    EXPECT_EQ(t.env.triggers[0].TimeReached, kNow);
+    EXPECT_EQ(t.env.triggers[1].TimeReached, kNow);
+    EXPECT_EQ(t.env.triggers[1].InActivityTime, 1);
+}
+
+TEST(Environment, ARecordFileOnTheCommandLineWins)
+{
+    EnvLoadContext ctx = Context();
+    ctx.commandLineRecord = "/tmp/cli.ksr";
+    EXPECT_EQ(LoadEnvironment(IniFile::Parse("[Files]\nRecord data=/x/env.ksr\n"), ctx).env.recordFile, "/tmp/cli.ksr");
+    EXPECT_EQ(LoadEnvironment(IniFile::Parse(""), ctx).env.recordFile, "/tmp/cli.ksr");
+    EXPECT_EQ(EffectiveRecordFile("/x/env.ksr", std::string()), "/x/env.ksr");
+}
+
+TEST(Environment, ADevicePathClearedLaterDoesNotLinger)
+{
+    IniFile ini;
+    Environment env;
+    env.comA.DevicePath = "/dev/ttyUSB0";
+    StoreEnvironment(env, ini);
+    env.comA.DevicePath.clear();
+    env.comA.Device = 7;
+    StoreEnvironment(env, ini);
+    EXPECT_FALSE(ini.ValueExists("ComA", "DevicePath"));
+    EXPECT_EQ(LoadEnvironment(ini, Context()).env.comA, env.comA);
+}
+
+TEST(Environment, MalformedFilesLoadWhatTheyCan)
+{
+    test::TempDir dir;
+    std::mt19937 rng(3);
+    std::string binary(64 * 1024, '\0');
+    for (auto &c : binary)
+        c = static_cast<char>(rng());
+    binary += "\n[ComA]\nDevice=9\n[Trigger0\nName=open bracket\n[ComB]\nDevice=99999999999999999999\nDevice=4\n";
+    WriteText(dir.path() / "junk.kef", binary);
+    const EnvLoadResult r = LoadEnvironment(dir.path() / "junk.kef", Context());
+    EXPECT_TRUE(r.status.ok);
+    EXPECT_EQ(r.env.comA.Device, 9);
+    EXPECT_EQ(r.env.comB.Device, 2); // the first of a repeated key counts; it does not parse
+    ASSERT_EQ(r.env.triggers.size(), 1u);
+    EXPECT_EQ(r.env.triggers[0].Name, "open bracket");
+}
+
+TEST(Environment, AFailedSaveIsReportedOnceAndKeepsTheChangeMark)
+{
+    test::TempDir dir;
+    SetGlobalLang(kLangEnglish);
+    test::ScriptedPrompter prompter;
+    EnvironmentChangeFlag flag;
+    flag.SetEnvironmentChanged();
+    EXPECT_FALSE(SaveEnvironmentReported(prompter, FullEnvironment(), dir.path() / "no" / "x.kef", flag));
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_EQ(prompter.asked[0].title, "File operation");
+    EXPECT_NE(prompter.asked[0].text.find("The environment file could not be saved!"), std::string::npos);
+    EXPECT_TRUE(flag.IsEnvironmentChanged());
+
+    EXPECT_TRUE(SaveEnvironmentReported(prompter, FullEnvironment(), dir.path() / "x.kef", flag));
+    EXPECT_EQ(prompter.asked.size(), 1u);
+    EXPECT_FALSE(flag.IsEnvironmentChanged());
+}

@@ -1,0 +1,153 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "config/data_folder.h"
+#include "config/hardware_profile.h"
+#include "config/options_confirm.h"
+#include "config/startup_settings.h"
+#include "resources/string_table.h"
+#include "support/scripted_prompter.h"
+#include "support/temp_dir.h"
+
+using namespace kestrel;
+
+namespace {
+
+HardwareProfile Sample()
+{
+    HardwareProfile p;
+    p.Name = "Y-Kabel, 2 Ports";
+    p.Manufacturer = "Eigenbau";
+    p.lists = {{"1200", "9600", "115200"}, {"7", "8"}, {"N", "E"}, {"1"}};
+    p.ports[0] = "/dev/ttyUSB0";
+    p.ports[15] = "/dev/serial/by-id/usb-x port";
+    return p;
+}
+
+const PortValueLists kInUse{{"300"}, {"8"}, {"O"}, {"2"}};
+
+} // namespace
+
+TEST(HardwareProfile, WriteThenReadGivesTheSameProfile)
+{
+    test::TempDir dir;
+    ASSERT_TRUE(WriteHardwareProfile(Sample(), dir.path() / "y.ksh").ok);
+    EXPECT_EQ(ReadHardwareProfile(dir.path() / "y.ksh", kInUse), Sample());
+
+    IniFile ini;
+    StoreHardwareProfile(Sample(), ini);
+    const auto ports = ini.KeyNames("Registry");
+    ASSERT_EQ(ports.size(), 16u);
+    EXPECT_EQ(ports.front(), "Port1");
+    EXPECT_EQ(ports.back(), "Port16");
+}
+
+TEST(HardwareProfile, MissingKeysKeepTheListsInUseAndPort17IsIgnored)
+{
+    const HardwareProfile p =
+        ReadHardwareProfile(IniFile::Parse("\xEF\xBB\xBF[HARDWARE]\r\nname = Only a name\r\n[Interface]\r\nparity = M,S\r\n"
+                                           "[Registry]\r\nPort2=b\r\nPort17=ignored\r\nPort0=ignored\r\n"),
+                            kInUse);
+    EXPECT_EQ(p.Name, "Only a name");
+    EXPECT_EQ(p.Manufacturer, "Quorv");
+    EXPECT_EQ(p.lists, (PortValueLists{{"300"}, {"8"}, {"M", "S"}, {"2"}}));
+    EXPECT_EQ(p.ports[1], "b");
+    for (std::size_t i = 0; i < p.ports.size(); ++i)
+        EXPECT_TRUE(i == 1 || p.ports[i].empty()) << i;
+
+    test::TempDir dir;
+    const HardwareProfile missing = ReadHardwareProfile(dir.path() / "none.ksh", kInUse);
+    EXPECT_EQ(missing.Name, "Default Profile");
+    EXPECT_EQ(missing.lists, kInUse);
+}
+
+TEST(HardwareProfile, ListingFindsOnlyProfileFiles)
+{
+    test::TempDir dir;
+    ASSERT_TRUE(EnsureDataFolder(dir.path()).ok);
+    for (const char *name : {"b.ksh", "a.KSH", "notes.txt", "c.ksh.bak"})
+        std::ofstream(ProfilePath(dir.path(), name)) << "[Hardware]\n";
+    std::filesystem::create_directory(ProfilePath(dir.path(), "folder.ksh"));
+    EXPECT_EQ(ListHardwareProfiles(dir.path()), (std::vector<std::string>{"a.KSH", "b.ksh"}));
+    EXPECT_TRUE(ListHardwareProfiles(dir.path() / "nowhere").empty());
+}
+
+class ConfirmProfile : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        SetGlobalLang(kLangEnglish);
+        ASSERT_TRUE(EnsureDataFolder(dir.path()).ok);
+    }
+    test::TempDir dir;
+    test::ScriptedPrompter prompter;
+};
+
+TEST_F(ConfirmProfile, ANewNameCreatesTheFileWithoutAsking)
+{
+    const auto r = ConfirmHardwareProfile(prompter, dir.path(), "new.ksh", Sample(), kInUse);
+    EXPECT_EQ(r.outcome, ProfileConfirmOutcome::Written);
+    EXPECT_TRUE(r.createdNew);
+    EXPECT_TRUE(prompter.asked.empty());
+    EXPECT_EQ(r.profileList, (std::vector<std::string>{"new.ksh"}));
+    EXPECT_EQ(ReadHardwareProfile(ProfilePath(dir.path(), "new.ksh"), kInUse), Sample());
+
+    ProgramConfig cfg;
+    ApplyConfirmedProfile(cfg, "new.ksh", Sample());
+    EXPECT_EQ(cfg.Profile, "new.ksh");
+    EXPECT_EQ(cfg.portStandards, Sample().lists);
+}
+
+TEST_F(ConfirmProfile, AnExistingFileIsOverwrittenOnlyOnYes)
+{
+    HardwareProfile onDisk = Sample();
+    onDisk.Name = "as saved";
+    ASSERT_TRUE(WriteHardwareProfile(onDisk, ProfilePath(dir.path(), "y.ksh")).ok);
+
+    prompter.answerNext(MsgResult::No);
+    const auto kept = ConfirmHardwareProfile(prompter, dir.path(), "y.ksh", Sample(), kInUse);
+    EXPECT_EQ(kept.outcome, ProfileConfirmOutcome::Declined);
+    EXPECT_EQ(kept.profile.Name, "as saved"); // the fields show the file again
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_EQ(prompter.asked[0].title, "CONFIRMATION");
+    EXPECT_EQ(prompter.asked[0].text,
+              "The hardware interface profile has been changed. Overwrite with YES, do not change with NO!");
+    EXPECT_EQ(prompter.asked[0].buttons, Buttons::YesNo);
+    EXPECT_EQ(ReadHardwareProfile(ProfilePath(dir.path(), "y.ksh"), kInUse).Name, "as saved");
+
+    prompter.answerNext(MsgResult::Yes);
+    const auto written = ConfirmHardwareProfile(prompter, dir.path(), "y.ksh", Sample(), kInUse);
+    EXPECT_EQ(written.outcome, ProfileConfirmOutcome::Written);
+    EXPECT_FALSE(written.createdNew);
+    EXPECT_EQ(ReadHardwareProfile(ProfilePath(dir.path(), "y.ksh"), kInUse), Sample());
+}
+
+TEST_F(ConfirmProfile, NamesOutsideTheProfileFolderAreRefused)
+{
+    for (const char *bad : {"", "..", "../escape.ksh", "sub/x.ksh"}) {
+        const auto r = ConfirmHardwareProfile(prompter, dir.path(), bad, Sample(), kInUse);
+        EXPECT_EQ(r.outcome, ProfileConfirmOutcome::Failed) << bad;
+    }
+    EXPECT_EQ(prompter.asked.size(), 4u);
+    EXPECT_FALSE(std::filesystem::exists(dir.path() / "escape.ksh"));
+}
+
+TEST(StartupSettings, TheProfileIsReadBeforeThePortStandardsWhichWin)
+{
+    test::TempDir dir;
+    ASSERT_TRUE(EnsureDataFolder(dir.path()).ok);
+    ASSERT_TRUE(WriteHardwareProfile(Sample(), ProfilePath(dir.path(), "y.ksh")).ok);
+    std::ofstream(dir.path() / kConfigFileName) << "[Hardware]\nProfile=y.ksh\n[Port Standards]\nBaudrates=600,1200\n"
+                                                   "[Modes]\nInstallLang=xx\nGlobalLang=10000\n";
+    ProgramConfig cfg;
+    const HardwareProfile profile = LoadMainConfiguration(dir.path(), cfg);
+    EXPECT_EQ(profile.Name, "Y-Kabel, 2 Ports");
+    EXPECT_EQ(cfg.Profile, "y.ksh");
+    EXPECT_EQ(cfg.portStandards.baudRates, (std::vector<std::string>{"600", "1200"}));
+    EXPECT_EQ(cfg.portStandards.dataBits, StandardDataBits());
+    EXPECT_EQ(cfg.GlobalLang, 10000);
+
+    std::ofstream(dir.path() / kConfigFileName) << "[Hardware]\nProfile=../../etc/passwd\n";
+    EXPECT_EQ(LoadMainConfiguration(dir.path(), cfg).Name, "Default Profile");
+}

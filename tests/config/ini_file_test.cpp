@@ -1,0 +1,182 @@
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include <filesystem>
+#include <fstream>
+
+#include "config/ini_file.h"
+#include "support/temp_dir.h"
+
+using namespace kestrel;
+
+TEST(IniFile, ReadsAWindowsStyleFile)
+{
+    const IniFile ini = IniFile::Parse("\xEF\xBB\xBF[files]\r\nRECORD DATA = C:\\x y.ksr \r\n"
+                                       "  [ ComA ]  \r\n device=3\r\n;comment=9\r\nParity\t=\t2\r\n");
+    EXPECT_EQ(ini.ReadString("Files", "Record data", ""), "C:\\x y.ksr");
+    EXPECT_EQ(ini.ReadInteger("COMA", "Device", 0), 3);
+    EXPECT_EQ(ini.ReadInteger("ComA", "Parity", 0), 2);
+    EXPECT_FALSE(ini.ValueExists("ComA", ";comment"));
+    EXPECT_TRUE(ini.SectionExists("coma"));
+}
+
+TEST(IniFile, ALoneCarriageReturnEndsALineToo)
+{
+    const IniFile ini = IniFile::Parse("[A]\rk=1\r\r[B]\nk=2\r\n");
+    EXPECT_EQ(ini.ReadInteger("A", "k", 0), 1);
+    EXPECT_EQ(ini.ReadInteger("B", "k", 0), 2);
+}
+
+TEST(IniFile, FirstOfARepeatedKeyOrSectionCountsAndAnOpenBracketStillNamesASection)
+{
+    const IniFile ini = IniFile::Parse("[A]\nk=1\nK=2\n[a]\nk=3\nonly=4\n[Broken\nx=5\n=6\nno equals\n");
+    EXPECT_EQ(ini.ReadInteger("a", "k", 0), 1);
+    EXPECT_FALSE(ini.ValueExists("A", "only"));
+    EXPECT_EQ(ini.ReadInteger("Broken", "x", 0), 5);
+    EXPECT_EQ(ini.KeyNames("Broken"), (std::vector<std::string>{"x"}));
+    EXPECT_EQ(ini.SectionNames(), (std::vector<std::string>{"A", "Broken"}));
+}
+
+TEST(IniFile, IntegersParseWholeDecimalTextOrGiveTheDefault)
+{
+    const std::pair<const char *, int> cases[] = {
+        {"12", 12},        {" -5", -5},         {"+7", 7},           {"12abc", -1},          {"", -1},
+        {"-", -1},         {"0x10", -1},        {"1 2", -1},         {"2147483647", 2147483647},
+        {"2147483648", -1}, {"-2147483648", -2147483647 - 1}, {"99999999999999999999999", -1},
+    };
+    for (auto [text, expected] : cases) {
+        const IniFile ini = IniFile::Parse(std::string("[S]\nv=") + text + "\n");
+        EXPECT_EQ(ini.ReadInteger("S", "v", -1), expected) << "'" << text << "'";
+    }
+    const IniFile ini = IniFile::Parse("[S]\nt=2\nf=0\nbad=yes\n");
+    EXPECT_TRUE(ini.ReadBool("S", "t", false));
+    EXPECT_FALSE(ini.ReadBool("S", "f", true));
+    EXPECT_TRUE(ini.ReadBool("S", "bad", true));
+    EXPECT_FALSE(ini.ReadBool("S", "bad", false));
+}
+
+TEST(CommaText, ItemsComeBackAsTheyWereWritten)
+{
+    const std::vector<std::vector<std::string>> lists = {
+        {}, {"50", "75", "1.5"}, {"a b", "c"}, {"x,y"}, {""}, {"a", "", "b"}, {"say \"hi\""}, {"\t", "end"},
+    };
+    for (const auto &items : lists)
+        EXPECT_EQ(SplitCommaText(JoinCommaText(items)), items) << JoinCommaText(items);
+    EXPECT_EQ(JoinCommaText({"N", "S", "M"}), "N,S,M");
+    EXPECT_EQ(JoinCommaText({"a b", "x,y", ""}), "\"a b\",\"x,y\",\"\"");
+}
+
+TEST(CommaText, HandTypedListsSplitAsAStringListDoes)
+{
+    const std::pair<const char *, std::vector<std::string>> cases[] = {
+        {"1, 2 ,3", {"1", "2", "3"}}, {"a,,b", {"a", "", "b"}}, {"a,", {"a", ""}},   {"  ", {}},
+        {"a b", {"a", "b"}},         {"\"a b\",c", {"a b", "c"}}, {"\"open", {"open"}}, {"\"q\"x,y", {"q", "y"}},
+    };
+    for (const auto &[text, items] : cases)
+        EXPECT_EQ(SplitCommaText(text), items) << text;
+}
+
+TEST(IniFile, WritingKeepsOrderCommentsAndUnknownEntries)
+{
+    IniFile ini = IniFile::Parse("; made by hand\n[Keep]\nmine=1\n\n[Modes]\nDisplayMode=1\nOther=x\n\n[Tail]\nz=0\n");
+    ini.WriteInteger("modes", "displaymode", 4);
+    ini.WriteString("Modes", "New Key", "v w");
+    ini.WriteBool("Fresh", "Flag", true);
+    EXPECT_EQ(ini.ToText(), "; made by hand\n[Keep]\nmine=1\n\n[Modes]\nDisplayMode=4\nOther=x\nNew Key=v w\n\n"
+                            "[Tail]\nz=0\n\n[Fresh]\nFlag=1\n");
+}
+
+TEST(IniFile, EraseDeleteAndLineBreaksInValues)
+{
+    IniFile ini = IniFile::Parse("[T]\na=1\n[U]\nb=2\nc=3\n[t]\nd=4\n");
+    ini.EraseSection("T");
+    EXPECT_FALSE(ini.SectionExists("T"));
+    ini.DeleteKey("U", "B");
+    EXPECT_EQ(ini.KeyNames("U"), (std::vector<std::string>{"c"}));
+
+    // A line break in a value must not smuggle a new key or section into the file.
+    ini.WriteString("U", "c", "x\n[Evil]\r\ninjected=1");
+    const IniFile back = IniFile::Parse(ini.ToText());
+    EXPECT_FALSE(back.SectionExists("Evil"));
+    EXPECT_EQ(back.ReadString("U", "c", ""), "x [Evil]  injected=1");
+}
+
+TEST(IniFile, NumberedNamesHaveNoPadding)
+{
+    EXPECT_EQ(NumberedName("Trigger", 0), "Trigger0");
+    EXPECT_EQ(NumberedName("Column", 12), "Column12");
+    EXPECT_EQ(NumberedName("Port", 16), "Port16");
+}
+
+TEST(IniFiles, AtomicWriteReplacesTheFileAndLeavesNoTemporary)
+{
+    test::TempDir dir;
+    const auto path = dir.path() / "Kestrel.ini";
+    IniFile ini;
+    ini.WriteString("A", "k", "first");
+    ASSERT_TRUE(WriteIniFile(path, ini).ok);
+    ini.WriteString("A", "k", "second");
+    ASSERT_TRUE(WriteIniFile(path, ini).ok);
+
+    const IniReadResult back = ReadIniFile(path);
+    EXPECT_TRUE(back.existed);
+    EXPECT_EQ(back.ini.ReadString("A", "k", ""), "second");
+    int files = 0;
+    for ([[maybe_unused]] const auto &e : std::filesystem::directory_iterator(dir.path()))
+        ++files;
+    EXPECT_EQ(files, 1);
+}
+
+TEST(IniFiles, FailuresAreResultsNotCrashes)
+{
+    test::TempDir dir;
+    const FileResult noFolder = WriteFileAtomic(dir.path() / "missing" / "x.kef", "[A]\n");
+    EXPECT_FALSE(noFolder.ok);
+    EXPECT_NE(noFolder.error.find("missing"), std::string::npos);
+
+    // A folder where the file should be: neither replaced nor left with a temporary beside it.
+    std::filesystem::create_directory(dir.path() / "taken.kef");
+    EXPECT_FALSE(WriteFileAtomic(dir.path() / "taken.kef", "[A]\n").ok);
+    EXPECT_TRUE(std::filesystem::is_directory(dir.path() / "taken.kef"));
+    int entries = 0;
+    for ([[maybe_unused]] const auto &e : std::filesystem::directory_iterator(dir.path()))
+        ++entries;
+    EXPECT_EQ(entries, 1);
+
+    const IniReadResult folder = ReadIniFile(dir.path() / "taken.kef");
+    EXPECT_TRUE(folder.existed);
+    EXPECT_FALSE(folder.status.ok);
+    const IniReadResult missing = ReadIniFile(dir.path() / "none.ini");
+    EXPECT_FALSE(missing.existed);
+    EXPECT_TRUE(missing.status.ok);
+}
+
+// A file-size limit makes writes fail as a full disk does: the old file must survive whole.
+TEST(IniFiles, AWriteThatRunsOutOfSpaceLeavesTheOldFile)
+{
+    test::TempDir dir;
+    const auto path = dir.path() / "x.kef";
+    const std::string old = "[Files]\nRecord data=/old.ksr\n";
+    ASSERT_TRUE(WriteFileAtomic(path, old).ok);
+
+    rlimit saved{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
+    rlimit small = saved;
+    small.rlim_cur = 1024;
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const FileResult r = WriteFileAtomic(path, std::string(64 * 1024, 'x'));
+    setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, oldHandler);
+
+    EXPECT_FALSE(r.ok);
+    EXPECT_NE(r.error.find("cannot write"), std::string::npos) << r.error;
+    EXPECT_EQ(ReadIniFile(path).ini.ReadString("Files", "Record data", ""), "/old.ksr");
+    int files = 0;
+    for ([[maybe_unused]] const auto &e : std::filesystem::directory_iterator(dir.path()))
+        ++files;
+    EXPECT_EQ(files, 1);
+}

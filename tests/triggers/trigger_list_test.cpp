@@ -1,0 +1,139 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "resources/string_table.h"
+#include "triggers/trigger_list.h"
+#include "triggers/trigger_texts.h"
+
+using namespace kestrel;
+
+namespace {
+
+TriggerDef Named(const std::string &name)
+{
+    TriggerDef t;
+    t.Name = name;
+    return t;
+}
+
+std::vector<std::string> Names(const TriggerList &list)
+{
+    std::vector<std::string> out;
+    for (const auto &t : list)
+        out.push_back(t.Name);
+    return out;
+}
+
+void ExpectNumbered(const TriggerList &list)
+{
+    for (std::size_t i = 0; i < list.size(); ++i)
+        ASSERT_EQ(list[i].number, static_cast<int>(i + 1)) << "at index " << i;
+}
+
+} // namespace
+
+TEST(TriggerList, InsertGoesBeforeTheSelectedRowOrAppends)
+{
+    TriggerList list;
+    list.Append(Named("a"));
+    list.Append(Named("c"));
+    EXPECT_EQ(list.Insert(Named("b"), 1), 1u);
+    EXPECT_EQ(list.Insert(Named("d"), std::nullopt), 3u);
+    EXPECT_EQ(list.Insert(Named("e"), 99), 4u); // a selection past the end appends
+    EXPECT_EQ(Names(list), (std::vector<std::string>{"a", "b", "c", "d", "e"}));
+    ExpectNumbered(list);
+}
+
+TEST(TriggerList, MovesStopAtTheEndsAndKeepTheSelectionOnTheMovedTrigger)
+{
+    TriggerList list;
+    for (const char *n : {"a", "b", "c"})
+        list.Append(Named(n));
+    EXPECT_EQ(list.MoveUp(0), 0u);
+    EXPECT_EQ(list.MoveDown(2), 2u);
+    EXPECT_EQ(list.MoveDown(7), 7u);
+    EXPECT_EQ(Names(list), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(list.MoveDown(0), 1u);
+    EXPECT_EQ(list.MoveUp(2), 1u);
+    EXPECT_EQ(Names(list), (std::vector<std::string>{"b", "c", "a"}));
+    ExpectNumbered(list);
+}
+
+// Random inserts, removals and moves against a plain vector: order and numbering always agree.
+TEST(TriggerList, RandomEditsMatchAPlainVectorAndStayNumbered)
+{
+    std::mt19937 rng(7);
+    TriggerList list;
+    std::vector<std::string> model;
+    for (int step = 0; step < 2000; ++step) {
+        const std::size_t n = model.size();
+        const std::size_t pick = n ? rng() % (n + 1) : 0;
+        const std::string name = "t" + std::to_string(step);
+        switch (rng() % 4) {
+        case 0:
+            list.Insert(Named(name), pick);
+            model.insert(model.begin() + static_cast<std::ptrdiff_t>(std::min(pick, n)), name);
+            break;
+        case 1:
+            if (list.Remove(pick))
+                model.erase(model.begin() + static_cast<std::ptrdiff_t>(pick));
+            else
+                ASSERT_GE(pick, n);
+            break;
+        case 2:
+            if (list.MoveUp(pick) != pick)
+                std::swap(model[pick], model[pick - 1]);
+            break;
+        default:
+            if (list.MoveDown(pick) != pick)
+                std::swap(model[pick], model[pick + 1]);
+            break;
+        }
+        ASSERT_EQ(Names(list), model) << "step " << step;
+        ExpectNumbered(list);
+    }
+}
+
+TEST(TriggerList, ActivationSwitchesAndExternalActions)
+{
+    TriggerList list;
+    TriggerDef sound = Named("sound");
+    sound.PlaySound = true;
+    sound.Active = true;
+    TriggerDef command = Named("command");
+    command.ExecCommand = true;
+    list.Append(Named("plain"));
+    list.Append(sound);
+    list.Append(command);
+
+    list.ReverseAll();
+    EXPECT_EQ(list.ActiveCount(), 2u);
+    EXPECT_FALSE(list[1].Active);
+    list.EnableAll();
+    EXPECT_EQ(list.ActiveCount(), 3u);
+    list.DisableAll();
+    EXPECT_EQ(list.ActiveCount(), 0u);
+    EXPECT_EQ(list.TriggersWithExternalActions(), (std::vector<std::size_t>{1, 2}));
+}
+
+TEST(TriggerDef, InactivitySecondsAreClampedToTheEditorRange)
+{
+    const std::pair<long long, int> cases[] = {{0, 1}, {-5, 1}, {1, 1}, {300, 300}, {65535, 65535}, {70000, 65535}};
+    for (auto [in, out] : cases)
+        EXPECT_EQ(ClampInActivitySeconds(in), out) << in;
+}
+
+TEST(TriggerTexts, BothLanguagesAndUnknownValues)
+{
+    SetGlobalLang(kLangEnglish);
+    EXPECT_EQ(TriggerTypeText(TriggerType::Inactivity), "Inactivity");
+    EXPECT_EQ(TriggerEventText(TriggerEvent::TimeReached), "Time event");
+    EXPECT_EQ(TriggerEventText(9), "(9)");
+    SetGlobalLang(kLangGerman);
+    EXPECT_EQ(TriggerTypeText(TriggerType::StartRecording), "Starte Aufzeichnung");
+    EXPECT_EQ(SignalEdgeText(SignalEdge::Falls), "Fällt");
+    EXPECT_EQ(TriggerTypeText(-1), "(-1)");
+}

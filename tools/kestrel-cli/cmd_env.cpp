@@ -1,0 +1,216 @@
+// kestrel-cli env show FILE.kef: prints an environment (ports, record file,
+// header, description, triggers) without starting the window.
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "command.h"
+#include "config/data_folder.h"
+#include "config/date_time_text.h"
+#include "config/environment.h"
+#include "config/record_setup.h"
+#include "resources/string_table.h"
+#include "triggers/trigger_texts.h"
+
+namespace {
+
+using namespace kestrel;
+
+void PrintUsage(std::FILE *to)
+{
+    std::fprintf(to, "usage: kestrel-cli env show FILE.kef [--data-dir DIR] [--lang en|de]\n\n"
+                     "Prints the ports, record file, header, description and triggers of an environment.\n"
+                     "Nothing in it is run: triggers that would play a sound or start a program are listed.\n"
+                     "--data-dir  the data folder used for the default record file\n"
+                     "--lang      language of the trigger texts (default en)\n");
+}
+
+// A file may hold anything: control bytes must not reach the terminal.
+std::string Printable(const std::string &text)
+{
+    std::string out = text;
+    for (char &c : out) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+            c = '?';
+    }
+    return out;
+}
+
+void Field(const char *label, const std::string &value)
+{
+    if (!value.empty())
+        std::printf("  %-9s %s\n", label, Printable(value).c_str());
+}
+
+void PrintPort(const char *label, const EnvPort &port, const EnvPort &lineSettings)
+{
+    std::printf("%s %s (Device %d%s)  %d baud, %d data bits, parity %s, %s stop bits\n", label,
+                Printable(DevicePathOf(port)).c_str(), port.Device, port.DevicePath.empty() ? "" : ", path given",
+                lineSettings.CustomBaudRate, lineSettings.DataBits, ParityLetter(lineSettings.Parity).c_str(),
+                StopBitsText(lineSettings.StopBits, lineSettings.DataBits).c_str());
+}
+
+std::string Join(const std::vector<std::string> &items, const char *separator = " ")
+{
+    std::string out;
+    for (const auto &s : items)
+        out += (out.empty() ? "" : separator) + s;
+    return out.empty() ? "-" : out;
+}
+
+
+void PrintTrigger(const TriggerDef &t)
+{
+    std::printf("  #%d [%s] \"%s\": %s / %s\n", t.number, t.Active ? "active" : "inactive", Printable(t.Name).c_str(),
+                TriggerTypeText(t.Type).c_str(), TriggerEventText(t.Event).c_str());
+    if (!t.Description.empty())
+        std::printf("     description: %s\n", Printable(t.Description).c_str());
+    switch (t.Event) {
+    case TriggerEvent::Data:
+        std::printf("     data on %s%s: %s\n", t.D1 ? "D1" : "", t.D2 ? (t.D1 ? "+D2" : "D2") : "",
+                    t.Data.empty() ? "(none)" : Printable(t.Data).c_str());
+        break;
+    case TriggerEvent::Signal: {
+        const std::pair<const char *, std::int32_t> lines[] = {{"S1", t.S1}, {"M1", t.M1}, {"S2", t.S2},
+                                                               {"M2", t.M2}, {"M5", t.M5}, {"M3", t.M3}};
+        std::vector<std::string> edges;
+        for (auto [name, edge] : lines) {
+            if (edge != SignalEdge::Ignore)
+                edges.push_back(std::string(name) + " " + SignalEdgeText(edge));
+        }
+        std::printf("     signals: %s\n", Join(edges, ", ").c_str());
+        break;
+    }
+    case TriggerEvent::Error: {
+        std::vector<std::string> errors;
+        if (t.PE)
+            errors.emplace_back("PE");
+        if (t.FE)
+            errors.emplace_back("FE");
+        if (t.LE)
+            errors.emplace_back("LE");
+        std::printf("     errors: %s\n", Join(errors).c_str());
+        break;
+    }
+    case TriggerEvent::TimeReached:
+        std::printf("     time reached: %s\n", FormatSettingsDateTime(t.TimeReached).c_str());
+        break;
+    default: {
+        const std::pair<const char *, bool> events[] = {
+            {"D1", t.EventD1}, {"D2", t.EventD2}, {"S1", t.EventS1}, {"M1", t.EventM1},
+            {"S2", t.EventS2}, {"M2", t.EventM2}, {"M5", t.EventM5}, {"M3", t.EventM3},
+            {"PE", t.EventPE}, {"FE", t.EventFE}, {"LE", t.EventLE}};
+        std::vector<std::string> watched;
+        for (auto [name, on] : events) {
+            if (on)
+                watched.emplace_back(name);
+        }
+        std::printf("     inactivity: %d s without %s\n", t.InActivityTime, Join(watched).c_str());
+        break;
+    }
+    }
+    if (t.PlaySound)
+        std::printf("     action: play sound '%s'%s\n", Printable(t.SoundFilePath).c_str(), t.PlaySoundRepeat ? " repeatedly" : "");
+    if (t.ExecCommand)
+        std::printf("     action: start '%s' %s\n", Printable(t.CommandFilePath).c_str(), Printable(t.CommandParams).c_str());
+}
+
+int Show(const std::string &file, const std::optional<std::string> &dataDir)
+{
+    EnvLoadContext ctx;
+    ctx.dataFolder = ResolveDataFolder(dataDir);
+    ctx.now = CurrentLocalDateTime();
+    const EnvLoadResult r = LoadEnvironment(std::filesystem::path(file), ctx);
+    if (!r.existed) {
+        std::fprintf(stderr, "kestrel-cli env: '%s' does not exist\n", file.c_str());
+        return cli::kExitFailure;
+    }
+    if (!r.status.ok) {
+        std::fprintf(stderr, "kestrel-cli env: %s\n", r.status.error.c_str());
+        return cli::kExitFailure;
+    }
+    const Environment &env = r.env;
+    std::printf("Environment: %s\n", file.c_str());
+    PrintPort("Port A:", env.comA, env.comA);
+    PrintPort("Port B:", env.comB, env.comA); // port B always runs with port A's line settings
+    std::printf("Record file: %s\n", Printable(env.recordFile).c_str());
+
+    std::printf("General:\n");
+    const auto &g = env.general;
+    for (const auto &[label, value] :
+         std::vector<std::pair<const char *, const std::string *>>{
+             {"Title", &g.Title},       {"Author", &g.Author}, {"Company", &g.Company}, {"Address1", &g.Address1},
+             {"Address2", &g.Address2}, {"City", &g.City},     {"ZIP", &g.ZIP},         {"State", &g.State},
+             {"Country", &g.Country},   {"Phone", &g.Phone},   {"Fax", &g.Fax},         {"Internet", &g.Internet},
+             {"Email", &g.Email}})
+        Field(label, *value);
+    std::printf("Customer:\n");
+    const auto &c = env.customer;
+    for (const auto &[label, value] :
+         std::vector<std::pair<const char *, const std::string *>>{
+             {"Company", &c.Company}, {"Contact", &c.Contact}, {"Address1", &c.Address1}, {"Address2", &c.Address2},
+             {"City", &c.City},       {"ZIP", &c.ZIP},         {"State", &c.State},       {"Country", &c.Country},
+             {"Phone", &c.Phone},     {"Fax", &c.Fax},         {"Internet", &c.Internet}, {"Email", &c.Email}})
+        Field(label, *value);
+    std::printf("Description (%zu lines):\n", env.description.size());
+    for (const auto &line : env.description)
+        std::printf("  | %s\n", Printable(line).c_str());
+
+    std::printf("Triggers (%zu, %zu active):\n", env.triggers.size(), env.triggers.ActiveCount());
+    for (const auto &t : env.triggers)
+        PrintTrigger(t);
+    if (!r.triggersWithExternalActions.empty())
+        std::printf("%zu trigger(s) would play a sound or start a program; nothing was run.\n",
+                    r.triggersWithExternalActions.size());
+    return cli::kExitOk;
+}
+
+int RunEnv(const std::vector<std::string> &args)
+{
+    if (args.empty() || args[0] == "--help" || args[0] == "-h") {
+        PrintUsage(args.empty() ? stderr : stdout);
+        return args.empty() ? cli::kExitUsage : cli::kExitOk;
+    }
+    if (args[0] != "show") {
+        std::fprintf(stderr, "kestrel-cli env: unknown action '%s'\n", args[0].c_str());
+        PrintUsage(stderr);
+        return cli::kExitUsage;
+    }
+    std::optional<std::string> file, dataDir;
+    SetGlobalLang(kLangEnglish);
+    for (std::size_t i = 1; i < args.size(); ++i) {
+        const std::string &a = args[i];
+        if ((a == "--data-dir" || a == "--lang") && i + 1 < args.size()) {
+            const std::string &value = args[++i];
+            if (a == "--data-dir") {
+                dataDir = value;
+            } else if (value == "de" || value == "en") {
+                SetGlobalLang(value == "de" ? kLangGerman : kLangEnglish);
+            } else {
+                std::fprintf(stderr, "kestrel-cli env: --lang takes en or de, not '%s'\n", value.c_str());
+                return cli::kExitUsage;
+            }
+        } else if (a == "--help" || a == "-h") {
+            PrintUsage(stdout);
+            return cli::kExitOk;
+        } else if (!a.empty() && a[0] == '-') {
+            std::fprintf(stderr, "kestrel-cli env: unknown or incomplete option '%s'\n", a.c_str());
+            return cli::kExitUsage;
+        } else if (file) {
+            std::fprintf(stderr, "kestrel-cli env: one environment file at a time\n");
+            return cli::kExitUsage;
+        } else {
+            file = a;
+        }
+    }
+    if (!file) {
+        PrintUsage(stderr);
+        return cli::kExitUsage;
+    }
+    return Show(*file, dataDir);
+}
+
+const cli::Registration kRegistration({"env", "show an environment file (.kef)", RunEnv});
+
+} // namespace
