@@ -34,6 +34,7 @@
 #include "config/environment.h"
 #include "config/hardware_profile.h"
 #include "config/program_config.h"
+#include "config/startup_settings.h"
 #include "resources/string_table.h"
 
 namespace kestrel {
@@ -124,7 +125,8 @@ std::string TFormMain::configPath() const { return dataFolder_ + kConfigFileName
 
 void TFormMain::StartupPrepare()
 {
-    LoadConfiguration(std::filesystem::path(configPath()), "TFormMain", *config_);
+    // The hardware profile first; the [Port Standards] lists of Kestrel.ini win over its lists.
+    (void)LoadMainConfiguration(std::filesystem::path(dataFolder_), *config_);
     applyConfiguration();
 
     // Files named on the command line win over the ones the configuration and environment name.
