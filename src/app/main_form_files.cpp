@@ -10,6 +10,7 @@
 #include "app/action_registry.h"
 #include "app/main_form.h"
 #include "app/monitored_ports.h"
+#include "capture/clock.h"
 #include "capture/record_file.h"
 #include "capture/recorder.h"
 #include "config/environment.h"
@@ -149,7 +150,7 @@ void TFormMain::LoadEnvDialog()
     environmentFile_ = path.toStdString();
     EnvLoadContext ctx;
     ctx.dataFolder = dataFolder_;
-    ctx.now = 0;
+    ctx.now = clock_->nowDateTime();
     const EnvLoadResult loaded = LoadEnvironment(std::filesystem::path(environmentFile_), ctx);
     if (!loaded.status.ok) {
         prompter_->ShowMessage(Str(205), Str(7652) + "\n\n" + environmentFile_ + "\n" + loaded.status.error,

@@ -16,6 +16,7 @@
 #include "app/monitored_ports.h"
 #include "app/signal_light.h"
 #include "capture/clock.h"
+#include "capture/port_scan.h"
 #include "capture/record_reader.h"
 #include "capture/recorder.h"
 #include "capture/sim_port.h"
@@ -82,11 +83,13 @@ struct Window {
     std::unique_ptr<TFormMain> w;
 
     explicit Window(std::vector<std::string> extraArgs = {}, Clock *clock = nullptr,
-                    const std::string &configText = {})
+                    const std::string &configText = {}, bool simulate = true)
     {
         if (!configText.empty())
             std::ofstream(dir.path() / "Kestrel.ini") << configText;
-        std::vector<std::string> args{"kestrel", "--simulate"};
+        std::vector<std::string> args{"kestrel"};
+        if (simulate)
+            args.push_back("--simulate");
         args.insert(args.end(), extraArgs.begin(), extraArgs.end());
         MainFormOptions o;
         o.args = ParseStartupArgs(args);
@@ -476,4 +479,42 @@ TEST(MainForm, SettingsSurviveARestart)
     EXPECT_TRUE(again.act("actReplace")->isChecked());
     EXPECT_EQ(again.find<QLabel>("lblLifeD1")->text(), "Tx");
     SetGlobalLang(kLangGerman);
+}
+
+TEST(MainForm, MissingDevicesAreReportedAndLeaveTheRecorderIdle)
+{
+    SetPortListOverride(std::vector<std::string>{"/dev/kestrel-test-missing-a", "/dev/kestrel-test-missing-b"});
+    Window win({}, nullptr, {}, false);
+    SetPortListOverride(std::nullopt);
+    win.prompter.asked.clear();
+    win.click("btnREC");
+    EXPECT_FALSE(win.w->isRecording());
+    ASSERT_FALSE(win.prompter.asked.empty());
+    EXPECT_EQ(win.prompter.asked[0].title, Str(2000));
+    EXPECT_TRUE(win.find<QToolButton>("btnSTOP")->isChecked());
+    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4274)));
+    EXPECT_TRUE(win.act("actNewRecordFile")->isEnabled());
+    EXPECT_TRUE(win.find<QComboBox>("cbPortBaudRate")->isEnabled());
+}
+
+TEST(MainForm, FewerThanTwoPortsWarnAtStartUp)
+{
+    SetPortListOverride(std::vector<std::string>{"/dev/kestrel-test-only-one"});
+    Window win({}, nullptr, {}, false);
+    SetPortListOverride(std::nullopt);
+    ASSERT_FALSE(win.prompter.asked.empty());
+    EXPECT_EQ(win.prompter.asked[0].text, Str(2053));
+}
+
+TEST(MainForm, AnUnwritableRecordFileIsReportedAndNothingStaysLocked)
+{
+    Window win({"/proc/kestrel-no-such-place/x.ksr"});
+    win.prompter.asked.clear();
+    win.click("btnREC");
+    EXPECT_FALSE(win.w->isRecording());
+    ASSERT_FALSE(win.prompter.asked.empty());
+    EXPECT_EQ(win.prompter.asked[0].title, Str(3000));
+    EXPECT_TRUE(win.find<QToolButton>("btnSTOP")->isChecked());
+    EXPECT_TRUE(win.act("actOpenRecordFile")->isEnabled());
+    EXPECT_TRUE(win.act("actStart")->isEnabled());
 }
