@@ -61,11 +61,16 @@ int main(int argc, char **argv)
     for (const QString &a : QApplication::arguments())
         args.push_back(a.toStdString());
     kestrel::StartupArgs parsed = kestrel::ParseStartupArgs(args);
+    const char *usage = "usage: kestrel [--simulate [SCENARIO.ksc]] [--record] [--data-dir DIR] "
+                        "[--quit-after SECONDS] [FILE.kef] [FILE.ksr]\n";
+    if (parsed.help) {
+        std::printf("%s", usage);
+        return 0;
+    }
     if (!parsed.errors.empty()) {
         for (const std::string &e : parsed.errors)
             std::fprintf(stderr, "kestrel: %s\n", e.c_str());
-        std::fprintf(stderr, "usage: kestrel [--simulate [SCENARIO]] [--record] [--data-dir DIR] "
-                             "[--quit-after SECONDS] [FILE.kef] [FILE.ksr]\n");
+        std::fprintf(stderr, "%s", usage);
         return 2;
     }
 

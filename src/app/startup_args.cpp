@@ -62,6 +62,8 @@ StartupArgs ParseStartupArgs(const std::vector<std::string> &args)
                 r.dataDir.reset();
                 r.errors.push_back("--data-dir needs a folder");
             }
+        } else if (a == "--help" || a == "-h") {
+            r.help = true;
         } else if (a == "--record") {
             r.recordAtStart = true;
         } else if (a == "--quit-after") {

@@ -19,6 +19,7 @@ struct StartupArgs {
     std::string scenario;               // empty: the built-in demo scenario
     bool recordAtStart = false;         // --record: begin recording once the window is up
     std::optional<double> quitAfterSeconds; // --quit-after S: stop and close on its own (demos)
+    bool help = false;                  // --help / -h
     std::vector<std::string> errors;    // bad options, as texts for the user
 };
 
