@@ -17,6 +17,7 @@
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <filesystem>
 
 #include "app/action_registry.h"
@@ -104,13 +105,13 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     connect(lineLightTimer_, &QTimer::timeout, this, &TFormMain::LineLightsTimer);
 
     createRecorder(options);
+    resize(1180, 860); // first start; a saved placement replaces it
     connectActions();
     FormCreate();
     StartupPrepare();
     ScanPortsAndApplySettings();
     SetLifePortLabels();
     ApplyLanguage();
-    resize(1180, 860);
 }
 
 TFormMain::~TFormMain() { FormDestroy(); }
@@ -126,6 +127,8 @@ std::string TFormMain::configPath() const { return dataFolder_ + kConfigFileName
 void TFormMain::StartupPrepare()
 {
     // The hardware profile first; the [Port Standards] lists of Kestrel.ini win over its lists.
+    std::error_code ec;
+    hadConfigFile_ = std::filesystem::exists(configPath(), ec);
     (void)LoadMainConfiguration(std::filesystem::path(dataFolder_), *config_);
     applyConfiguration();
 
@@ -196,10 +199,13 @@ void TFormMain::applyConfiguration()
     DrawGrid1->ApplyModes();
     syncModeButtons();
     const WindowPlacement &w = config_->window;
-    if (w.Width >= 400 && w.Height >= 300)
+    if (hadConfigFile_ && w.Width >= 400 && w.Height >= 300)
         setGeometry(w.Left, w.Top, w.Width, w.Height);
     if (w.WindowState == 2)
         setWindowState(Qt::WindowMaximized);
+    // The control centre keeps its height; the monitor takes the rest.
+    const int bottom = std::clamp(config_->allBottomPanels.Height, 180, 600);
+    HSplitter1->setSizes({std::max(200, height() - bottom), bottom});
 }
 
 void TFormMain::fillPortCombos()
@@ -377,6 +383,10 @@ void TFormMain::saveConfiguration()
     const QRect g = normalGeometry();
     config_->window = {g.left(), g.top(), g.width(), g.height(), isMaximized() ? 2 : isMinimized() ? 1 : 0};
     config_->monitors = {{"TFormMain", monitorIndex()}};
+    const QRect bottom = pnlAllBottom->geometry();
+    config_->allBottomPanels = {bottom.left(), bottom.top(), bottom.width(), bottom.height()};
+    const QRect centre = pnlCCRecDispControl->geometry();
+    config_->cCenterPanel = {centre.left(), centre.top(), centre.width(), 0};
     // A failed save is not the user's problem at close; the next save tries again.
     (void)SaveConfiguration(*config_, std::filesystem::path(configPath()));
 }

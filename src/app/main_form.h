@@ -251,6 +251,7 @@ private:
 
     ControlLock recordLock_;
     bool viewHold_ = false;
+    bool hadConfigFile_ = false;
     bool lightsMonitoring_ = false;
     bool shown_ = false;
     bool quitting_ = false;
