@@ -204,7 +204,8 @@ void TFormMain::applyConfiguration()
     if (w.WindowState == 2)
         setWindowState(Qt::WindowMaximized);
     // The control centre keeps its height; the monitor takes the rest.
-    const int bottom = std::clamp(config_->allBottomPanels.Height, 180, 600);
+    const int natural = pnlAllBottom->sizeHint().height();
+    const int bottom = hadConfigFile_ ? std::clamp(config_->allBottomPanels.Height, 180, 600) : natural;
     HSplitter1->setSizes({std::max(200, height() - bottom), bottom});
 }
 
