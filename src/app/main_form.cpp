@@ -349,6 +349,11 @@ void TFormMain::quitCleanly()
 
 void TFormMain::FormDestroy()
 {
+    // Never leave a recording without its stop mark, however the window goes.
+    if (recorder_ && (recorder_->recording() || recorder_->loaded()))
+        recorder_->btnStopClick();
+    if (DrawGrid1 != nullptr)
+        DrawGrid1->StopRedraw();
     LEDToggleTimer->stop();
     TriggerTimer->stop();
     SoundTimer->stop();

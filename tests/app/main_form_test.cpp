@@ -518,3 +518,15 @@ TEST(MainForm, AnUnwritableRecordFileIsReportedAndNothingStaysLocked)
     EXPECT_TRUE(win.act("actOpenRecordFile")->isEnabled());
     EXPECT_TRUE(win.act("actStart")->isEnabled());
 }
+
+TEST(MainForm, DestroyingTheWindowWhileRecordingStillEndsTheRecording)
+{
+    Window win;
+    win.click("btnREC");
+    pump(60);
+    const std::string file = win.w->recordFile();
+    win.w.reset();
+    const Marks m = readMarks(file);
+    EXPECT_TRUE(m.gapFree);
+    EXPECT_EQ(codes(m), (std::vector<int>{0, 6, 5}));
+}
