@@ -14,6 +14,7 @@
 #include "capture/record_file.h"
 #include "capture/recorder.h"
 #include "config/environment.h"
+#include "config/port_combo.h"
 #include "config/program_config.h"
 #include "config/record_setup.h"
 #include "resources/string_table.h"
@@ -170,13 +171,12 @@ void TFormMain::SaveEnvDialog()
         return;
     environmentFile_ = path.endsWith(".kef") ? path.toStdString() : path.toStdString() + ".kef";
     Environment env = *env_;
-    const PortSettings s = ownPorts_ ? ownPorts_->capture().ComA().settings() : PortSettings{};
-    for (EnvPort *p : {&env.comA, &env.comB}) {
-        p->CustomBaudRate = static_cast<int>(s.baud);
-        p->DataBits = s.dataBits;
-        p->Parity = ParityOrdinalOf(cbPortParity->currentText().toStdString()).value_or(ParityOrdinal::None);
-        p->StopBits = s.stopBits == StopBits::One ? 1 : 2;
-    }
+    const std::string baud = cbPortBaudRate->currentText().toStdString();
+    const std::string dataBits = cbPortDataBits->currentText().toStdString();
+    const std::string parity = cbPortParity->currentText().toStdString();
+    const std::string stopBits = cbPortStopBits->currentText().toStdString();
+    env.comA = WithComboTexts(env.comA, baud, dataBits, parity, stopBits);
+    env.comB = WithComboTexts(env.comB, baud, dataBits, parity, stopBits); // B always follows A
     if (ownPorts_) {
         env.comA.DevicePath = ownPorts_->capture().ComA().device();
         env.comB.DevicePath = ownPorts_->capture().ComB().device();

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QFileDialog>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -529,4 +530,28 @@ TEST(MainForm, DestroyingTheWindowWhileRecordingStillEndsTheRecording)
     const Marks m = readMarks(file);
     EXPECT_TRUE(m.gapFree);
     EXPECT_EQ(codes(m), (std::vector<int>{0, 6, 5}));
+}
+
+TEST(MainForm, SavedEnvironmentCarriesThePortSettingsAndTheRecordFile)
+{
+    Window win;
+    win.find<QComboBox>("cbPortBaudRate")->setCurrentText("38400");
+    win.find<QComboBox>("cbPortParity")->setCurrentText("O");
+    const std::string kef = win.dir.file("saved.kef");
+    // The save dialog is a file dialog: answer it with the path.
+    QTimer::singleShot(0, [kef] {
+        for (QWidget *top : QApplication::topLevelWidgets())
+            if (auto *d = qobject_cast<QFileDialog *>(top); d != nullptr && d->isVisible()) {
+                d->selectFile(QString::fromStdString(kef));
+                QMetaObject::invokeMethod(d, "accept");
+            }
+    });
+    win.act("actSaveEnvironment")->trigger();
+    EXPECT_FALSE(win.w->isEnvironmentChanged());
+    std::ifstream f(kef);
+    const std::string text((std::istreambuf_iterator<char>(f)), {});
+    EXPECT_NE(text.find("CustomBaudRate=38400"), std::string::npos) << text;
+    EXPECT_NE(text.find("Parity=1"), std::string::npos) << text; // odd
+    EXPECT_NE(text.find("Record data=" + win.w->recordFile()), std::string::npos) << text;
+    EXPECT_NE(text.find("DevicePath=sim:A"), std::string::npos) << text;
 }
