@@ -32,6 +32,7 @@ inline constexpr int ConditionNotFound = 2202; // error and signal search alike
 inline constexpr int DataNotFound = 2203;
 inline constexpr int NoLineSelected = 2204;
 inline constexpr int BadPattern = 7300; // empty pattern or one holding 0x00
+inline constexpr int ZeroByteNote = 7301; // the fixed line under the pattern fields
 } // namespace SearchText
 
 struct SearchRequest {
