@@ -64,7 +64,7 @@ int runExport(const std::vector<std::string> &args)
         return cli::Fail("export", error, cli::kExitUsage);
 
     FileSink sink;
-    if (!sink.open(cl.output))
+    if (!sink.open(cl.output, cl.input))
         return cli::Fail("export", sink.errorText(), cli::kExitFailure);
 
     ExportTimeState time(TimeLocale::System(), cl.options.langOffset);
