@@ -131,6 +131,8 @@ TEST(CliRecordings, ClearErrorsForBadInputAndNoCrash)
         {"search " + f.rec + " --error PE=2", 2, "malformed error flag"},
         {"search " + f.rec + " --time 'tomorrow'", 2, "malformed time"},
         {"search " + f.rec + " --trigger 1 --signal S1=1", 2, "exactly one criterion"},
+        {"search " + f.rec + " --trigger 0", 2, "trigger number 1 to 255"}, // would stop on any ordinary MP
+        {"search " + f.rec + " --trigger 256", 2, "trigger number 1 to 255"},
         {"export " + f.rec + " -o " + f.dir.file("no/such/dir/x.csv"), 3, "cannot create"},
         {"export " + f.rec + " --columns d1,bogus", 2, "unknown column"},
     };

@@ -103,8 +103,9 @@ int runSearch(const std::vector<std::string> &args)
                 c.kind = SearchKind::TriggerPoint;
                 ++kinds;
                 std::int64_t n = 0;
-                if (!parseMp(v, n) || n > 255)
-                    return usage("--trigger takes a trigger number 0 to 255, not '" + v + "'");
+                // Triggers are numbered from 1; every MP that is not a trigger mark carries 0.
+                if (!parseMp(v, n) || n < 1 || n > 255)
+                    return usage("--trigger takes a trigger number 1 to 255, not '" + v + "'");
                 c.triggerNumber = static_cast<int>(n);
             } else if (a == "--from") {
                 if (!parseMp(v, from))
