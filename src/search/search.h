@@ -64,6 +64,7 @@ struct SearchOutcome {
     std::int64_t mp = -1;
     int messageNo = 0;
     std::uint64_t tested = 0; // MPs walked over (tested, or skipped after a partial match)
+    std::uint64_t blockReads = 0; // reads of the record file it took
 };
 
 [[nodiscard]] SearchOutcome RunSearch(const RecordReader &reader, const SearchRequest &request,

@@ -339,3 +339,19 @@ TEST(SearchTexts, OutcomesReadAsUsersKnowThemInBothLanguages)
     EXPECT_EQ(StrIn(SearchText::ZeroByteNote, kLangGerman),
               "ACHTUNG: HEX 0x00 (DEZ 0, CTRL-@) kann für die Suche nicht verwendet werden!!!");
 }
+
+TEST(DataSearch, BackwardScanWithFrequentFirstBytesStillReadsLargeBlocks)
+{
+    // Every other MP starts the pattern and fails on the next one: each start
+    // looks ahead, and walking backward that look-ahead must not cost a read.
+    RecordingBuilder b;
+    for (int i = 0; i < 50000; ++i)
+        b.d1(i % 2 ? 'x' : 'A');
+    Fixture f(b);
+    const std::uint64_t blocks = f.reader.recordCount() / BlockCursor::kDefaultBlock + 1;
+    for (int dir : {+1, -1}) {
+        const SearchOutcome o = f.run(data({'A', 'B'}, true, false), dir, dir > 0 ? -1 : 50002);
+        EXPECT_EQ(o.status, SearchStatus::NotFound);
+        EXPECT_LE(o.blockReads, 4 * blocks) << "direction " << dir;
+    }
+}
