@@ -39,10 +39,7 @@ bool parseMp(const std::string &s, std::int64_t &v)
 int runSearch(const std::vector<std::string> &args)
 {
     using namespace kestrel;
-    auto usage = [](const std::string &error) {
-        std::fprintf(stderr, "kestrel-cli search: %s\n\n%s", error.c_str(), kUsage);
-        return cli::kExitUsage;
-    };
+    auto usage = [](const std::string &error) { return cli::UsageError("search", error, kUsage); };
     std::string input, error;
     SearchCriteria c;
     int kinds = 0;
