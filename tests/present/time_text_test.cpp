@@ -82,6 +82,12 @@ TEST_F(TimeTexts, DurationTextsInBothLanguagesAndWithASign)
     EXPECT_EQ(FormatDurationText(-(1 + At(0, 3, 0, 0, 0)), " day(s)"), "-1 day(s)  03:00:00,000000 ");
     EXPECT_EQ(FormatDurationText(std::nan(""), " day(s)"), "(invalid time) ");
     EXPECT_EQ(FormatDurationText(123456.0, " day(s)"), "123456 day(s)  00:00:00,000000 ");
+    // Two stamps 0.25 s apart whose raw difference is a hair above 0.25 s.
+    const double a = 46082.5 + 3 * 0.25 / 86400, b = 46082.5 + 4 * 0.25 / 86400;
+    ASSERT_NE(FormatDurationText(b - a, " day(s)"), "0 day(s)  00:00:00,250000 ");
+    EXPECT_EQ(FormatTimeDifference(b, a, " day(s)"), "0 day(s)  00:00:00,250000 ");
+    EXPECT_EQ(FormatTimeDifference(a, b, DayWord(kLangGerman)), "-0 Tag(e)  00:00:00,250000 ");
+    EXPECT_EQ(FormatTimeDifference(std::nan(""), a, " day(s)"), "(invalid time) ");
 }
 
 TEST_F(TimeTexts, AbsoluteTextsUseThePinnedPatternAndTheCalendar)
