@@ -5,7 +5,11 @@
 // above the port layer is the same for both.
 //
 // Notifications reach the listener on the thread that runs the event loop
-// (the Qt main thread), in arrival order per port.
+// (the Qt main thread), in arrival order per port. Data of consecutive reads
+// comes as one data-available notification; a line error comes before the
+// byte it damaged; a status trigger comes after the line-error or
+// modem-status notification of the event that fired it; a data trigger right
+// after the data that completes its pattern.
 
 #include <cstdint>
 #include <memory>

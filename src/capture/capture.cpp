@@ -1,0 +1,426 @@
+#include "capture/capture.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <string_view>
+
+#include "app/error_report.h"
+#include "resources/string_table.h"
+
+namespace kestrel {
+
+namespace {
+
+constexpr int kTitleWarning = 205;
+constexpr int kTitlePortError = 2000;
+constexpr int kMsgPortA = 2010;
+constexpr int kMsgPortB = 2011;
+constexpr int kMsgFewPorts = 2053;
+
+// A drain after the ports stopped reporting ends at the latest after this many rounds.
+constexpr int kMaxDrainRounds = 1'000'000;
+
+struct ParityText {
+    std::string_view text;
+    Parity parity;
+};
+constexpr std::array<ParityText, 5> kParityTexts = {{
+    {"N", Parity::None}, {"E", Parity::Even}, {"O", Parity::Odd}, {"M", Parity::Mark}, {"S", Parity::Space}}};
+
+std::string_view trimmed(std::string_view s)
+{
+    while (!s.empty() && (s.front() == ' ' || s.front() == '\t'))
+        s.remove_prefix(1);
+    while (!s.empty() && (s.back() == ' ' || s.back() == '\t'))
+        s.remove_suffix(1);
+    return s;
+}
+
+template <typename T>
+bool parseWhole(std::string_view s, T &out)
+{
+    s = trimmed(s);
+    auto [p, ec] = std::from_chars(s.data(), s.data() + s.size(), out);
+    return ec == std::errc() && p == s.data() + s.size() && !s.empty();
+}
+
+} // namespace
+
+ErrorFlags MapLineError(unsigned errorWord)
+{
+    ErrorFlags f;
+    f.pe = (errorWord & 3u) != 0 ? 1 : 0;
+    f.fe = (errorWord & 4u) != 0 ? 1 : 0;
+    f.le = 0; // the line flag is never set from the error word
+    return f;
+}
+
+Parity ParityFromText(const std::string &text)
+{
+    for (const auto &p : kParityTexts)
+        if (text == p.text)
+            return p.parity;
+    return Parity::None;
+}
+
+StopBits StopBitsFromText(const std::string &text, int dataBits)
+{
+    // With five data bits the port takes "two" as one and a half; "1" then means 1.5 as well.
+    if (text == "1")
+        return dataBits == 5 ? StopBits::Two : StopBits::One;
+    if (text == "1.5" || text == "2")
+        return StopBits::Two;
+    return StopBits::One;
+}
+
+PortSettings SettingsFromTexts(const PortComboTexts &texts)
+{
+    PortSettings s;
+    s.baud = 9600;
+    long baud = 0;
+    if (parseWhole(texts.baud, baud) && baud > 0)
+        s.baud = baud;
+    s.dataBits = 8;
+    int bits = 0;
+    if (parseWhole(texts.dataBits, bits) && bits >= 5 && bits <= 8)
+        s.dataBits = bits;
+    s.parity = ParityFromText(texts.parity);
+    s.stopBits = StopBitsFromText(texts.stopBits, s.dataBits);
+    return s;
+}
+
+PortChoice ChoosePorts(int count, int storedA, int storedB)
+{
+    if (count <= 0)
+        return {-1, -1};
+    if (count == 1)
+        return {0, 0};
+    // Stored indexes come from an environment file and may be anything: bring them into
+    // range first, so that A and B never end up on the same port.
+    int a = storedA, b = storedB;
+    if (b < 0 || b >= count)
+        b = 0;
+    if (a < 0 || a >= count)
+        a = 0;
+    if (a == b)
+        a = count == 2 ? 1 - b : (a + 1) % count;
+    return {a, b};
+}
+
+Capture::Capture(ComPort &portA, ComPort &portB, ComEvent &event, Prompter &prompter, Hooks hooks)
+    : a_(portA), b_(portB), ev_(event), prompter_(prompter), hooks_(std::move(hooks))
+{
+    a_.setListener(this);
+    b_.setListener(this);
+}
+
+Capture::~Capture()
+{
+    a_.setListener(nullptr);
+    b_.setListener(nullptr);
+}
+
+void Capture::setPortList(std::vector<std::string> ports)
+{
+    portList_ = std::move(ports);
+    indexA_ = indexB_ = 0;
+    warnedFewPorts_ = false;
+}
+
+void Capture::InitInterface(const PortComboTexts &texts)
+{
+    const int c = static_cast<int>(portList_.size());
+    if (c < 2 && !warnedFewPorts_) {
+        warnedFewPorts_ = true; // once per scan, not at every settings change
+        prompter_.ShowMessage(Str(kTitleWarning), Str(kMsgFewPorts), Buttons::Ok, Icon::Warning);
+    }
+    const PortChoice choice = ChoosePorts(c, indexA_, indexB_);
+    if (c == 0) {
+        a_.setDevice(kFallbackDevice);
+        b_.setDevice(kFallbackDevice);
+    } else {
+        indexA_ = choice.a;
+        indexB_ = choice.b;
+        a_.setDevice(portList_[static_cast<std::size_t>(choice.a)]);
+        b_.setDevice(portList_[static_cast<std::size_t>(choice.b)]);
+    }
+    const PortSettings s = SettingsFromTexts(texts);
+    a_.setSettings(s);
+    b_.setSettings(a_.settings()); // B always copies A
+    if (hooks_.settingsApplied)
+        hooks_.settingsApplied(a_.settings());
+}
+
+std::string Capture::portName(int index)
+{
+    ComPort &p = port(index);
+    std::string name = p.device();
+    if (!p.errorText().empty())
+        name += "\n" + p.errorText();
+    return name;
+}
+
+void Capture::reportPortError(int index)
+{
+    ReportError(prompter_, kTitlePortError, index == kA ? kMsgPortA : kMsgPortB, {}, "\n\n" + portName(index));
+}
+
+bool Capture::TryToOpenPorts(const PortComboTexts &texts)
+{
+    if (hooks_.environmentChanged)
+        hooks_.environmentChanged();
+    InitInterface(texts);
+    bool ok = true;
+    for (int index : {kA, kB}) {
+        ComPort &p = port(index);
+        if (p.isOpen())
+            p.close();
+        if (!p.open()) {
+            reportPortError(index);
+            ok = false;
+            continue;
+        }
+        p.close();
+    }
+    return ok;
+}
+
+bool Capture::OpenPortsForRecording()
+{
+    lostReported_ = {};
+    for (int index : {kB, kA}) {
+        ComPort &p = port(index);
+        if (p.isOpen())
+            continue;
+        if (!p.open()) {
+            reportPortError(index);
+            ClosePorts();
+            return false;
+        }
+        lineHandle_[index] = modemHandle_[index] = 0; // a fresh session knows no triggers
+        p.setDispatcherPriority(true, index == kA ? 2 : 0);
+        p.flushInput();
+    }
+    return true;
+}
+
+void Capture::ClosePorts()
+{
+    for (int index : {kA, kB}) {
+        ComPort &p = port(index);
+        if (p.isOpen()) {
+            p.flushInput();
+            p.close();
+        }
+    }
+}
+
+void Capture::armLine(int index)
+{
+    if (lineHandle_[index] != 0)
+        port(index).setStatusTrigger(lineHandle_[index], kLineTriggerMask, true);
+}
+
+void Capture::armModem(int index)
+{
+    if (modemHandle_[index] != 0)
+        port(index).setStatusTrigger(modemHandle_[index], kModemTriggerMask, true);
+}
+
+void Capture::ArmStatusTriggers()
+{
+    for (int index : {kA, kB}) {
+        ComPort &p = port(index);
+        if (!p.isOpen())
+            continue;
+        // A port forgets its triggers when it closes: a handle it no longer knows is added anew.
+        if (lineHandle_[index] == 0 || !p.setStatusTrigger(lineHandle_[index], kLineTriggerMask, true)) {
+            lineHandle_[index] = p.addStatusTrigger(StatusTriggerKind::Line);
+            armLine(index);
+        }
+        if (modemHandle_[index] == 0 || !p.setStatusTrigger(modemHandle_[index], kModemTriggerMask, true)) {
+            modemHandle_[index] = p.addStatusTrigger(StatusTriggerKind::Modem);
+            armModem(index);
+        }
+    }
+}
+
+void Capture::ForgetStatusTriggers()
+{
+    lineHandle_ = {};
+    modemHandle_ = {};
+}
+
+void Capture::readModemStatus(int index)
+{
+    const unsigned msr = port(index).modemStatus();
+    auto bit = [msr](unsigned mask) -> std::uint8_t { return (msr & mask) != 0 ? 1 : 0; };
+    if (index == kA) {
+        ev_.m1 = bit(Msr::Dsr);
+        ev_.m2 = bit(Msr::Cts);
+        ev_.m5 = bit(Msr::Dcd);
+        ev_.m3 = bit(Msr::Ri);
+    } else {
+        ev_.s1 = bit(Msr::Dsr);
+        ev_.s2 = bit(Msr::Cts);
+    }
+}
+
+void Capture::ReadModemStatuses()
+{
+    if (a_.isOpen())
+        readModemStatus(kA);
+    if (b_.isOpen())
+        readModemStatus(kB);
+}
+
+bool Capture::takeRound()
+{
+    bool took = false;
+    if (b_.isOpen() && b_.charReady()) {
+        ev_.d1 = b_.getChar();
+        ev_.d1Valid = 1;
+        ++ev_.d1Count;
+        took = true;
+    }
+    if (a_.isOpen() && a_.charReady()) {
+        ev_.d2 = a_.getChar();
+        ev_.d2Valid = 1;
+        ++ev_.d2Count;
+        took = true;
+    }
+    return took;
+}
+
+void Capture::ComRecordAvailData(int n)
+{
+    ev_.clearData();
+    ev_.clearErrors();
+    for (int i = 0; i < n; ++i) {
+        if (!takeRound())
+            break; // both buffers are empty: the remaining rounds would take nothing
+        if (gateOpen()) {
+            record(static_cast<std::uint16_t>(std::min(i, 0xFFFF)));
+            ev_.clearData();
+            ev_.clearErrors();
+            if (hooks_.afterData)
+                hooks_.afterData();
+        }
+    }
+}
+
+void Capture::ComReadAllPendingData()
+{
+    ev_.clearData();
+    ev_.clearErrors();
+    for (int round = 0; round < kMaxDrainRounds && takeRound(); ++round) {
+        record(0); // no gate here: what the ports still hold belongs to the recording
+        if (hooks_.afterData)
+            hooks_.afterData();
+        ev_.clearData();
+        ev_.clearErrors();
+    }
+}
+
+void Capture::dataAvailable(int count)
+{
+    if (hooks_.burstBegin)
+        hooks_.burstBegin();
+    ComRecordAvailData(count);
+    if (hooks_.burstEnd)
+        hooks_.burstEnd();
+}
+
+void Capture::lineError(int index, unsigned errorWord)
+{
+    const ErrorFlags f = MapLineError(errorWord);
+    ev_.clearErrors();
+    if (index == kA) {
+        ev_.peD2 = f.pe;
+        ev_.feD2 = f.fe;
+        ev_.leD2 = f.le;
+    } else {
+        ev_.peD1 = f.pe;
+        ev_.feD1 = f.fe;
+        ev_.leD1 = f.le;
+    }
+    ev_.peCount += f.pe;
+    ev_.feCount += f.fe;
+    if (gateOpen())
+        record(0);
+    // The error belongs to the one MP that reports it; a later MP must not count it again.
+    ev_.clearErrors();
+    armLine(index);
+}
+
+void Capture::modemStatusChanged(int index)
+{
+    if (port(index).isOpen())
+        readModemStatus(index);
+    if (gateOpen())
+        record(0);
+    armModem(index);
+}
+
+void Capture::triggerStatus(ComPort &p, int handle)
+{
+    const int index = &p == &a_ ? kA : kB;
+    if (handle == lineHandle_[index] || handle == modemHandle_[index]) {
+        // Our own status triggers: the line-error or modem-status handler has written the
+        // MP of this event already; only arm them again.
+        if (handle == lineHandle_[index])
+            armLine(index);
+        else
+            armModem(index);
+        return;
+    }
+    if (a_.isOpen() && b_.isOpen()) {
+        readModemStatus(kA);
+        readModemStatus(kB);
+    }
+    const bool accepted = hooks_.statusTrigger ? hooks_.statusTrigger(p, handle) : true;
+    if (accepted)
+        ArmStatusTriggers();
+}
+
+void Capture::onDataAvailable(ComPort &p, int count)
+{
+    if (&p == &a_)
+        ComATriggerAvail(count);
+    else
+        ComBTriggerAvail(count);
+}
+
+void Capture::onTriggerData(ComPort &p, int handle)
+{
+    if (hooks_.dataTrigger)
+        hooks_.dataTrigger(p, handle);
+}
+
+void Capture::onTriggerStatus(ComPort &p, int handle)
+{
+    triggerStatus(p, handle);
+}
+
+void Capture::onLineError(ComPort &p, unsigned errorWord)
+{
+    lineError(&p == &a_ ? kA : kB, errorWord);
+}
+
+void Capture::onModemStatusChanged(ComPort &p)
+{
+    modemStatusChanged(&p == &a_ ? kA : kB);
+}
+
+void Capture::onPortLost(ComPort &p, const std::string &reason)
+{
+    const int index = &p == &a_ ? kA : kB;
+    if (lostReported_[index])
+        return;
+    lostReported_[index] = true;
+    if (hooks_.portLost)
+        hooks_.portLost(p, reason);
+}
+
+} // namespace kestrel

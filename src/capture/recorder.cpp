@@ -1,0 +1,394 @@
+#include "capture/recorder.h"
+
+#include <filesystem>
+#include <thread>
+
+#include "app/error_report.h"
+#include "capture/record_paths.h"
+#include "resources/string_table.h"
+
+namespace kestrel {
+namespace {
+
+constexpr auto kUnloadWait = std::chrono::milliseconds(500);
+
+// Texts of the recorder.
+constexpr int kTitleFile = 3000;
+constexpr int kTitlePort = 2000;
+constexpr int kTitleInformation = 203;
+constexpr int kTitleConfirmation = 204;
+constexpr int kMsgFileExists = 3010;
+constexpr int kMsgOpenFailed = 3001;
+constexpr int kMsgCreateFailed = 3002;
+constexpr int kMsgDeleteFailed = 3003;
+constexpr int kMsgWriteFailed = 3020;
+constexpr int kMsgMonitorMode = 4273;
+constexpr int kMsgExamineMode = 4274;
+constexpr int kMsgReadingPending = 8167;
+constexpr int kMsgTornTailCut = 7100;
+constexpr int kMsgPortLost = 7101;
+
+} // namespace
+
+int RecordModeFromAnswer(int msgResult)
+{
+    switch (msgResult) {
+    case MsgResult::Yes:
+        return RecordMode::Replace;
+    case MsgResult::No:
+        return RecordMode::Append;
+    default:
+        return RecordMode::None;
+    }
+}
+
+int AskRecordMode(Prompter &prompter)
+{
+    return RecordModeFromAnswer(
+        prompter.ShowMessage(Str(kTitleConfirmation), Str(kMsgFileExists), Buttons::YesNoCancel, Icon::Confirmation));
+}
+
+Recorder::Recorder(RecordStore &store, RecordFile &file, RecorderPorts &ports, Prompter &prompter)
+    : store_(store), file_(file), ports_(ports), prompter_(prompter),
+      delay_([](std::chrono::milliseconds ms) { std::this_thread::sleep_for(ms); }),
+      post_([](std::function<void()> work) { work(); })
+{
+    store_.setSink(&file_);
+}
+
+bool Recorder::RecordingGate() const
+{
+    // A notification queued before the ports closed (pause, stop) writes nothing.
+    if (!recording_ || !captureEnabled)
+        return false;
+    return !triggerControlled || triggerStates.stopGroupArmed || triggerStates.inactivityGroupArmed ||
+           triggerStates.timeGroupArmed;
+}
+
+void Recorder::SetRecordOnControls()
+{
+    view_->setModeText(Str(kMsgMonitorMode));
+    view_->SetRecordOnControls();
+    view_->setLightsMonitoring(true);
+}
+
+void Recorder::SetRecordOffControls()
+{
+    view_->setModeText(Str(kMsgExamineMode));
+    view_->SetRecordOffControls();
+    view_->setLightsMonitoring(false);
+}
+
+void Recorder::reportFile(int messageNumber, int line)
+{
+    std::string detail = "\n\n" + file_.path();
+    if (!file_.errorText().empty())
+        detail += "\n" + file_.errorText();
+    ReportError(prompter_, kTitleFile, messageNumber, {"Recorder", line}, detail);
+}
+
+int Recorder::failLoad(int messageNumber, int line)
+{
+    reportFile(messageNumber, line);
+    file_.close(RecordHandle::Record);
+    SetRecordOffControls();
+    recordMode_ = RecordMode::None;
+    return recordMode_;
+}
+
+// ---- buttons --------------------------------------------------------------
+
+void Recorder::btnRecordClick()
+{
+    if (recording_ || loaded())
+        return;
+    recDown_ = true;
+    view_->setRecordButtons(true);
+    if (LoadRecorder() == RecordMode::None) {
+        UnloadRecorder();
+        recDown_ = false;
+        view_->setRecordButtons(false);
+    } else if (!paused_) {
+        if (!StartRecorder()) {
+            recDown_ = false;
+            view_->setRecordButtons(false);
+        }
+    }
+    view_->scrollGridToEnd();
+}
+
+void Recorder::btnPauseClick()
+{
+    if (paused_) {
+        paused_ = false;
+        view_->setPauseButton(false);
+        if (recDown_ && loaded()) {
+            if (StartRecorder())
+                view_->setLightsMonitoring(true);
+            else {
+                recDown_ = false;
+                view_->setRecordButtons(false);
+            }
+        }
+        return;
+    }
+    if (recording_)
+        StopRecorder();
+    paused_ = true;
+    view_->setPauseButton(true);
+    view_->setLightsMonitoring(false);
+}
+
+void Recorder::btnStopClick()
+{
+    recDown_ = false;
+    view_->setRecordButtons(false);
+    if (!paused_ && recording_)
+        StopRecorder();
+    UnloadRecorder();
+    if (paused_)
+        btnPauseClick();
+    view_->scrollGridToEnd();
+}
+
+void Recorder::btnViewHoldClick()
+{
+    viewHold_ = !viewHold_;
+    if (viewHold_)
+        view_->startBlinkTimer();
+    else
+        holdLight_ = false;
+    view_->setViewHoldButton(viewHold_);
+    view_->setStatusLights(holdLight_, recordLight_);
+}
+
+void Recorder::LEDToggleTimerTimer()
+{
+    holdLight_ = viewHold_ ? !holdLight_ : false;
+    recordLight_ = recording_ ? !recordLight_ : false;
+    view_->setStatusLights(holdLight_, recordLight_);
+}
+
+// ---- load, start, stop, unload ----------------------------------------------
+
+int Recorder::LoadRecorder()
+{
+    view_->startBlinkTimer();
+    writeFailed_ = false;
+    portLost_ = false;
+    stopQueued_ = false;
+
+    const ResolvedRecordPath resolved = ResolveRecordPath(file_.path(), dataDir_);
+    if (resolved.placed || file_.path().empty()) {
+        file_.setPath(resolved.path);
+        view_->environmentChanged();
+    }
+    if (resolved.placed) {
+        // The record folder is ours to make; any other missing folder is the user's mistake (3002 below).
+        std::error_code ec;
+        std::filesystem::create_directories(DefaultRecordFolder(dataDir_), ec);
+    }
+
+    if (file_.exists()) {
+        if (!file_.open(RecordHandle::Record))
+            return failLoad(kMsgOpenFailed, __LINE__);
+        // A file without a whole record holds no data: replace it without asking.
+        if (file_.recordCount() == 0)
+            recordMode_ = RecordMode::Replace;
+        else if (appendReplace_ == RecordMode::Append || appendReplace_ == RecordMode::Replace)
+            recordMode_ = appendReplace_;
+        else
+            recordMode_ = RecordMode::None;
+        if (recordMode_ == RecordMode::None) {
+            file_.close(RecordHandle::Record);
+            return recordMode_;
+        }
+    } else {
+        recordMode_ = RecordMode::New;
+    }
+
+    switch (recordMode_) {
+    case RecordMode::Append:
+        if (!file_.isOpen(RecordHandle::Record) && !file_.open(RecordHandle::Record))
+            return failLoad(kMsgOpenFailed, __LINE__);
+        break;
+    case RecordMode::Replace:
+        file_.close(RecordHandle::View);
+        file_.close(RecordHandle::Record);
+        view_->resetViewToStart();
+        if (!file_.removeFile())
+            return failLoad(kMsgDeleteFailed, __LINE__);
+        if (!file_.create(RecordHandle::Record))
+            return failLoad(kMsgCreateFailed, __LINE__);
+        if (!file_.open(RecordHandle::View))
+            return failLoad(kMsgOpenFailed, __LINE__);
+        store_.ResetComEvent();
+        store_.ResetCounters();
+        break;
+    default: // new file
+        if (!file_.create(RecordHandle::Record))
+            return failLoad(kMsgCreateFailed, __LINE__);
+        if (!file_.isOpen(RecordHandle::View))
+            (void)file_.open(RecordHandle::View); // readers only; recording does not need it
+        store_.ResetComEvent();
+        store_.ResetCounters();
+        break;
+    }
+    SetRecordOnControls();
+
+    int written = WriteResult::Ok;
+    store_.ClearLiveBuffer();
+    if (recordMode_ == RecordMode::Append) {
+        if (const std::uint64_t torn = file_.cutTornTail(); torn > 0) {
+            prompter_.ShowMessage(Str(kTitleInformation),
+                                  Str(kMsgTornTailCut) + "\n\n" + file_.path() + "\n(" + std::to_string(torn) + " B)",
+                                  Buttons::Ok, Icon::Information);
+        }
+        file_.seekToStart();
+        store_.ResetLastChange();
+        MpRecord first, last;
+        const bool haveFirst = file_.readRecord(0, first);
+        const bool haveLast = file_.readLastRecord(last);
+        store_.RestoreFromFirstMp(haveFirst ? &first : nullptr);
+        store_.RestoreFromLastMp(haveLast ? &last : nullptr);
+        file_.seekToEnd();
+        view_->clearGrid();
+        written = store_.WriteSystemMark(SystemMark::Appended);
+    } else {
+        file_.seekToStart();
+        store_.ResetCounters();
+        written = store_.WriteSystemMark(SystemMark::NewFile, true);
+        if (written == WriteResult::Ok)
+            written = store_.WriteSystemMark(SystemMark::Started);
+        store_.RebaseCounter();
+    }
+    if (written != WriteResult::Ok) {
+        writeFailed_ = true;
+        file_.close(RecordHandle::Record);
+        reportFile(kMsgWriteFailed, __LINE__);
+        SetRecordOffControls();
+        recordMode_ = RecordMode::None;
+        return recordMode_;
+    }
+    view_->clearGauges();
+    ports_.forgetStatusTriggers();
+    view_->startRedrawThread();
+    return recordMode_;
+}
+
+bool Recorder::StartRecorder()
+{
+    recording_ = true;
+    if (!ports_.openForRecording()) {
+        recording_ = false;
+        UnloadRecorder();
+        return false;
+    }
+    const bool triggers = prepareTriggers_ ? prepareTriggers_() : false;
+    if (!triggers) {
+        captureEnabled = true;
+        triggerControlled = false;
+        ports_.armStatusTriggers();
+    }
+    ports_.readModemStatus();
+    store_.ResetLastChange(); // the levels just read are the baseline
+    if (RecordingGate())
+        noteWrite(store_.RecordComEvent(0));
+    return true;
+}
+
+void Recorder::StopRecorder()
+{
+    view_->setStatusText(Str(kMsgReadingPending));
+    recording_ = false;
+    if (stopTriggerTiming_)
+        stopTriggerTiming_();
+    ports_.closeAfterRecording();
+    noteWrite(store_.endBurst());
+    view_->stopTriggerTimer();
+}
+
+void Recorder::UnloadRecorder()
+{
+    if (file_.isOpen(RecordHandle::Record)) {
+        (void)store_.endBurst();
+        // The stop mark is the last record; a full disk was reported already.
+        if (store_.WriteSystemMark(SystemMark::Stopped) == WriteResult::Ok)
+            ++stopMarks_;
+    }
+    store_.liveBuffer().resetCount();
+    store_.writtenCounter().store(0, std::memory_order_release);
+    file_.close(RecordHandle::Record);
+    delay_(kUnloadWait); // let the redraw thread finish its pass
+    view_->stopRedrawThread();
+    captureEnabled = false;
+    triggerControlled = false;
+    triggerStates = {};
+    SetRecordOffControls();
+    view_->refreshSizeLabel(RecordSizeLabel(file_.path(), file_.fileSize()));
+    store_.ClearLiveBuffer();
+    view_->clearGrid();
+    view_->redrawGrid();
+}
+
+// ---- capture hooks ----------------------------------------------------------
+
+int Recorder::record(std::uint16_t burst)
+{
+    if (!loaded())
+        return WriteResult::WriteFailed; // no recording: nothing to report
+    const int r = store_.RecordComEvent(burst);
+    noteWrite(r);
+    return r;
+}
+
+int Recorder::WriteTriggerMark(std::uint8_t t, std::uint8_t a, std::uint8_t b)
+{
+    if (!loaded())
+        return WriteResult::WriteFailed;
+    const int r = store_.WriteTriggerMark(t, a, b);
+    noteWrite(r);
+    return r;
+}
+
+void Recorder::endBurst() { noteWrite(store_.endBurst()); }
+
+void Recorder::noteWrite(int result)
+{
+    if (result == WriteResult::Ok || writeFailed_)
+        return;
+    // Report a full disk once and stop: recording on would only lose more.
+    writeFailed_ = true;
+    post_([this] {
+        reportFile(kMsgWriteFailed, __LINE__);
+        if (loaded())
+            btnStopClick();
+    });
+}
+
+void Recorder::onPortLost(const std::string &device, const std::string &reason)
+{
+    if (!recording_ || portLost_)
+        return;
+    portLost_ = true;
+    post_([this, device, reason] {
+        if (recording_) {
+            ports_.readAllPending(); // what the other port still holds
+            btnStopClick();
+        }
+        ReportError(prompter_, kTitlePort, kMsgPortLost, {"Recorder", __LINE__}, "\n\n" + device + ": " + reason);
+    });
+}
+
+void Recorder::drainAndStop()
+{
+    if (stopQueued_)
+        return;
+    stopQueued_ = true;
+    if (recording_)
+        ports_.readAllPending();
+    if (loaded() || recording_)
+        btnStopClick();
+}
+
+} // namespace kestrel

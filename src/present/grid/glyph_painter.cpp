@@ -1,0 +1,119 @@
+#include "present/grid/glyph_painter.h"
+
+#include <QFont>
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QPolygon>
+
+#include "present/grid/grid_layout.h"
+#include "present/grid/waveform.h"
+
+namespace kestrel::grid {
+
+namespace {
+
+QFont CellFont(int pointSize)
+{
+    QFont f(QString::fromLatin1(kCellFontFamily.data(), static_cast<int>(kCellFontFamily.size())));
+    f.setStyleHint(QFont::Monospace);
+    f.setPointSize(pointSize);
+    f.setBold(false);
+    f.setItalic(false);
+    return f;
+}
+
+void DrawLetters(QPainter &p, const QRect &cell, const LetterDrawing &d)
+{
+    if (d.count == 0)
+        return;
+    p.save();
+    p.setClipRect(cell);
+    for (int i = 0; i < d.count; ++i) {
+        const LetterPlacement &l = d.letters[static_cast<std::size_t>(i)];
+        const QFont f = CellFont(l.fontSize);
+        p.setFont(f);
+        // The offsets place the top of a capital letter; the monospace font's
+        // ascent has much more room above its capitals than the fonts these
+        // sizes were chosen for, and the letters would fall out of the row.
+        const QFontMetricsF fm(f);
+        const QPointF baseline(cell.left() + l.dx, cell.top() + l.dy + fm.capHeight());
+        p.drawText(baseline, QString(QChar::fromLatin1(l.letter)));
+    }
+    p.restore();
+}
+
+QColor ToColour(Rgb c) { return QColor(c.r, c.g, c.b); }
+
+} // namespace
+
+void TextOutUnicode(QPainter &p, const QRect &cell, char16_t glyph, Qt::Alignment horizontal)
+{
+    if (glyph == 0 || cell.width() <= 0)
+        return;
+    p.save();
+    p.setFont(CellFont(kGlyphFontSize));
+    p.drawText(cell, static_cast<int>(horizontal | Qt::AlignVCenter | Qt::TextSingleLine), QString(QChar(glyph)));
+    p.restore();
+}
+
+void TextOutCtrlChar(QPainter &p, const QRect &cell, double hScale, double vScale, const QString &caretText)
+{
+    DrawLetters(p, cell, CaretDrawing(caretText.toStdString(), hScale, vScale));
+}
+
+void TextOutCmdChar(QPainter &p, const QRect &cell, double hScale, double vScale, const QString &mnemonic)
+{
+    DrawLetters(p, cell, MnemonicDrawing(mnemonic.toStdString(), hScale, vScale));
+}
+
+void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, const QFont &textFont)
+{
+    switch (content.kind) {
+    case CellKind::Glyph:
+        TextOutUnicode(p, cell, content.glyph);
+        break;
+    case CellKind::Caret:
+        TextOutCtrlChar(p, cell, 1, 1, QString::fromStdString(content.text));
+        break;
+    case CellKind::Mnemonic:
+        TextOutCmdChar(p, cell, 1, 1, QString::fromStdString(content.text));
+        break;
+    case CellKind::Number: {
+        p.save();
+        p.setFont(textFont);
+        p.setClipRect(cell);
+        p.drawText(cell.adjusted(kCellTextDx, kCellTextDy, 0, 0), Qt::AlignLeft | Qt::AlignTop,
+                   QString::fromStdString(content.text));
+        p.restore();
+        break;
+    }
+    case CellKind::Nothing:
+        break;
+    }
+}
+
+void DrawWaveform(QPainter &p, const QRect &cell, int waveCase, bool fill)
+{
+    const WaveShape &shape = WaveformShape(waveCase);
+    // One pixel in, so that the 2-pixel pen is not half clipped at the edge.
+    const int x0 = cell.left() + 1;
+    const int x1 = x0 + WaveStepWidth(cell.width());
+    const int top = cell.top();
+    const int bottom = cell.bottom() + 1;
+    p.save();
+    p.setClipRect(cell);
+    if (fill && shape.fillable)
+        p.fillRect(QRect(QPoint(x0, top), QPoint(x1, bottom)), ToColour(kWaveFillColour));
+    QPen pen(ToColour(kWavePenColour), kWavePenWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
+    p.setPen(pen);
+    p.setBrush(QBrush(ToColour(kWaveFillColour), Qt::SolidPattern));
+    QPolygon line;
+    for (int i = 0; i < shape.count; ++i) {
+        const WavePoint &pt = shape.points[static_cast<std::size_t>(i)];
+        line << QPoint(pt.high ? x1 : x0, pt.bottom ? bottom : top);
+    }
+    p.drawPolyline(line);
+    p.restore();
+}
+
+} // namespace kestrel::grid

@@ -1,0 +1,29 @@
+#pragma once
+// Drawing of one data byte and of a level waveform into a grid cell. The
+// glyph, caret and mnemonic drawings use the monospace cell font at the
+// sizes of the character panel; the caller's pen, brush and font are kept.
+
+#include <QFont>
+#include <QRect>
+#include <QString>
+
+#include "present/byte_render.h"
+
+class QPainter;
+
+namespace kestrel::grid {
+
+// One glyph, vertically centred in the rectangle, aligned as asked.
+void TextOutUnicode(QPainter &p, const QRect &cell, char16_t glyph, Qt::Alignment horizontal = Qt::AlignHCenter);
+// Caret notation: a small "^" in the corner and the letter below it.
+void TextOutCtrlChar(QPainter &p, const QRect &cell, double hScale, double vScale, const QString &caretText);
+// A two- or three-letter mnemonic on a diagonal; other lengths draw nothing.
+void TextOutCmdChar(QPainter &p, const QRect &cell, double hScale, double vScale, const QString &mnemonic);
+
+// The whole cell decision of a byte: glyph, caret, mnemonic or number text.
+void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, const QFont &textFont);
+
+// The level line of one cell (case 0..7); fill paints the high band first.
+void DrawWaveform(QPainter &p, const QRect &cell, int waveCase, bool fill);
+
+} // namespace kestrel::grid

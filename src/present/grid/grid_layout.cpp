@@ -1,0 +1,216 @@
+#include "present/grid/grid_layout.h"
+
+#include <algorithm>
+#include <array>
+
+#include "present/grid/grid_texts.h"
+#include "resources/string_table.h"
+
+namespace kestrel::grid {
+
+namespace {
+
+// Vertical view: mark, number, time, D1, D2, six levels, two error columns;
+// the description (column 13) takes what is left.
+constexpr std::array<int, 13> kVerticalWidths = {100, 80, 150, 30, 30, 30, 30, 30, 30, 30, 30, 35, 35};
+constexpr int kVerticalFixedWidth = 640;
+constexpr int kVerticalReserve = 16;
+
+constexpr int kLineNameWidth = 50;
+constexpr int kNumberWidth = 80;
+constexpr int kDataWidth = 15;
+constexpr int kDumpSeparatorWidth = 12;
+
+// Column headers 3..12 of the vertical view in both naming sets.
+constexpr std::array<std::array<const char *, 2>, 10> kSignalHeaders = {{
+    {"D1", "Tx"}, {"D2", "Rx"}, {"S1", "DTR"}, {"M1", "DSR"}, {"S2", "RTS"},
+    {"M2", "CTS"}, {"M5", "DCD"}, {"M3", "RNG"}, {"D1Err", "TxErr"}, {"D2Err", "RxErr"},
+}};
+
+constexpr std::array<int, 3> kTimeSuffix = {txt::kTimeSuffixAbsolute, txt::kTimeSuffixRelative, txt::kTimeSuffixDelta};
+
+constexpr char kHexDigits[] = "0123456789ABCDEF";
+
+// Numeric dump columns are as wide as the secondary mode's longest text.
+int DumpNumericWidth(int secondaryMode)
+{
+    switch (secondaryMode) {
+    case 4: // DEC "255"
+    case 5: // OCT "377"
+        return 26;
+    case 6: // BIN "11111111"
+        return 60;
+    default: // HEX "FF"
+        return 20;
+    }
+}
+
+} // namespace
+
+bool IsGridView(int view) { return view == kViewVertical || view == kViewDataOnly || view == kViewDataDump; }
+
+ViewShape ShapeForView(int view, int clientWidth)
+{
+    switch (view) {
+    case kViewDataOnly: {
+        const int columns = std::max(3, (clientWidth - kLineNameWidth - kNumberWidth) / kDataWidth + 2);
+        return {kViewDataOnly, columns, columns - 2, 2};
+    }
+    case kViewDataDump:
+        return {kViewDataDump, 35, 16, 2};
+    default:
+        return {kViewVertical, 14, 1, 1};
+    }
+}
+
+int ColumnWidth(const ViewShape &shape, int col, int clientWidth, int secondaryMode)
+{
+    if (col < 0 || col >= shape.columns)
+        return 0;
+    switch (shape.view) {
+    case kViewDataOnly:
+        return col == 0 ? kLineNameWidth : col == 1 ? kNumberWidth : kDataWidth;
+    case kViewDataDump:
+        if (col == 0)
+            return kLineNameWidth;
+        if (col == 1)
+            return kNumberWidth;
+        if (col < 18)
+            return DumpNumericWidth(secondaryMode);
+        return col == 18 ? kDumpSeparatorWidth : kDataWidth;
+    default:
+        if (col < static_cast<int>(kVerticalWidths.size()))
+            return kVerticalWidths[static_cast<std::size_t>(col)];
+        return clientWidth - kVerticalFixedWidth - kVerticalReserve;
+    }
+}
+
+int ColumnLeft(const ViewShape &shape, int col, int clientWidth, int secondaryMode)
+{
+    int left = 0;
+    for (int c = 0; c < col && c < shape.columns; ++c)
+        left += std::max(0, ColumnWidth(shape, c, clientWidth, secondaryMode));
+    return left;
+}
+
+int TotalWidth(const ViewShape &shape, int clientWidth, int secondaryMode)
+{
+    return ColumnLeft(shape, shape.columns, clientWidth, secondaryMode);
+}
+
+int SlotOffset(int view, int col)
+{
+    switch (view) {
+    case kViewDataOnly:
+        return col >= 3 ? col - 2 : 0;
+    case kViewDataDump:
+        // Column 18 maps one slot before the row's first MP; kept that way on purpose.
+        if (col >= 18)
+            return col - 19;
+        return col >= 3 ? col - 2 : 0;
+    default:
+        return 0;
+    }
+}
+
+std::int64_t CellSlot(const ViewShape &shape, int col, int row)
+{
+    const std::int64_t line = (row - 1) / std::max(1, shape.rowsPerLine);
+    return line * shape.mpsPerRow + 1 + SlotOffset(shape.view, col);
+}
+
+int DataRowsFor(const ViewShape &shape, int viewportHeight)
+{
+    const int rpl = std::max(1, shape.rowsPerLine);
+    const int rows = (viewportHeight - kHeaderRows * kRowHeight) / kRowHeight;
+    return std::max(rpl, rows / rpl * rpl);
+}
+
+std::int64_t PageMps(const ViewShape &shape, int dataRows)
+{
+    return static_cast<std::int64_t>(dataRows / std::max(1, shape.rowsPerLine)) * shape.mpsPerRow;
+}
+
+CellInfo RoleOf(const ViewShape &shape, int col, int row)
+{
+    CellInfo info;
+    if (row < 1 || col < 0 || col >= shape.columns)
+        return info;
+    if (shape.view == kViewVertical) {
+        switch (col) {
+        case 0: info.role = CellRole::MarkTrigger; break;
+        case 1: info.role = CellRole::Number; break;
+        case 2: info.role = CellRole::Time; break;
+        case 3: info.role = CellRole::DataD1; break;
+        case 4: info.role = CellRole::DataD2; break;
+        case 11: info.role = CellRole::ErrorsD1; break;
+        case 12: info.role = CellRole::ErrorsD2; break;
+        case 13: info.role = CellRole::Description; break;
+        default:
+            if (col >= 5 && col <= 10) {
+                info.role = CellRole::Signal;
+                info.signal = static_cast<Signal>(col - 5);
+            }
+        }
+        return info;
+    }
+    info.d2 = (row - 1) % std::max(1, shape.rowsPerLine) == 1;
+    if (col == 0) {
+        info.role = CellRole::LineName;
+    } else if (col == 1) {
+        info.role = CellRole::Number;
+    } else if (shape.view == kViewDataDump && col < 18) {
+        info.role = CellRole::DumpNumeric;
+    } else if (shape.view == kViewDataDump && col == 18) {
+        info.role = CellRole::DumpSeparator;
+    } else {
+        info.role = info.d2 ? CellRole::DataD2 : CellRole::DataD1;
+    }
+    return info;
+}
+
+const char *CircuitName(bool d2, int namingSet)
+{
+    return kSignalHeaders[d2 ? 1 : 0][namingSet == kNamingPin ? 1 : 0];
+}
+
+std::string HeaderText(const ViewShape &shape, int col, int namingSet, int timeMode, int lang)
+{
+    const int naming = namingSet == kNamingPin ? 1 : 0;
+    if (shape.view == kViewVertical) {
+        switch (col) {
+        case 0: return StrIn(txt::kHeaderMarkTrigger, lang);
+        case 1: return StrIn(txt::kHeaderEventNo, lang);
+        case 2: {
+            const int mode = timeMode >= 0 && timeMode <= 2 ? timeMode : 0;
+            return StrIn(txt::kHeaderDateTime, lang) + StrIn(kTimeSuffix[static_cast<std::size_t>(mode)], lang);
+        }
+        case 13: return StrIn(txt::kHeaderDescription, lang);
+        default:
+            if (col >= 3 && col <= 12)
+                return kSignalHeaders[static_cast<std::size_t>(col - 3)][static_cast<std::size_t>(naming)];
+            return std::to_string(col) + "Err";
+        }
+    }
+    if (col == 0)
+        return StrIn(txt::kHeaderLine, lang);
+    if (col == 1)
+        return StrIn(txt::kHeaderEventNo, lang);
+    if (shape.view == kViewDataOnly) {
+        if (col > shape.mpsPerRow + 2)
+            return {};
+        // Ruler: the tens every ten columns, "+" at the fives, "-" between.
+        const int k = col - 1;
+        if (k % 10 == 0)
+            return std::to_string(col / 10);
+        return k % 5 == 0 ? "+" : "-";
+    }
+    // Dump: byte offsets over the numeric block, one hex digit per text column.
+    if (col < 18)
+        return std::string("+") + kHexDigits[col - 2];
+    if (col == 18)
+        return "|";
+    return std::string(1, kHexDigits[col - 19]);
+}
+
+} // namespace kestrel::grid

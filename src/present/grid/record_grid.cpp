@@ -1,0 +1,780 @@
+#include "present/grid/record_grid.h"
+
+#include <QAction>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPainter>
+#include <QScrollBar>
+#include <algorithm>
+
+#include "app/prompt.h"
+#include "present/grid/glyph_painter.h"
+#include "present/grid/grid_texts.h"
+#include "present/grid/live_source.h"
+#include "present/grid/redraw_thread.h"
+#include "resources/string_table.h"
+
+namespace kestrel::grid {
+
+namespace {
+
+QString Q(const std::string &s) { return QString::fromStdString(s); }
+
+// Cell colours of marks: background, text.
+struct MarkColours {
+    QColor back, fore;
+};
+
+MarkColours ColoursOf(MarkStyle s)
+{
+    switch (s) {
+    case MarkStyle::SystemStart: return {QColor(200, 230, 201), QColor(27, 94, 32)};
+    case MarkStyle::SystemStop: return {QColor(255, 205, 210), QColor(183, 28, 28)};
+    case MarkStyle::SystemOther: return {QColor(207, 216, 220), QColor(38, 50, 56)};
+    case MarkStyle::TriggerStart: return {QColor(255, 224, 178), QColor(191, 54, 12)};
+    case MarkStyle::TriggerStop: return {QColor(225, 190, 231), QColor(74, 20, 140)};
+    case MarkStyle::TriggerDetected: return {QColor(255, 249, 196), QColor(130, 119, 23)};
+    case MarkStyle::None: break;
+    }
+    return {QColor(Qt::white), QColor(Qt::black)};
+}
+
+const QColor kD2RowTint(246, 248, 255);
+const QColor kGridLine(208, 208, 208);
+const QColor kDescription(21, 67, 140);
+const QColor kErrorBack(211, 47, 47);
+
+} // namespace
+
+RecordGrid::RecordGrid(QWidget *parent)
+    : QAbstractScrollArea(parent), times_(std::make_unique<TimeTextFormatter>(TimeLocale::System(), -1))
+{
+    setObjectName(QStringLiteral("DrawGrid1"));
+    verticalScrollBar()->setObjectName(QStringLiteral("ScrollBar1"));
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    setFocusPolicy(Qt::StrongFocus);
+    // The system sans font, condensed so that a full time stamp fits its column.
+    textFont_ = font();
+    textFont_.setPixelSize(11);
+    textFont_.setStretch(QFont::SemiCondensed);
+    viewport()->setAutoFillBackground(false);
+
+    // The popup holds one copy item that stays disabled and hidden; its
+    // action only sets the grid's text.
+    popup_ = new QMenu(this);
+    popup_->setObjectName(QStringLiteral("pmDrawGrid1"));
+    actCopy_ = new QAction(Q(Str(txt::kCopyItem)), this);
+    actCopy_->setObjectName(QStringLiteral("actCopy"));
+    actCopy_->setEnabled(false);
+    actCopy_->setVisible(false);
+    connect(actCopy_, &QAction::triggered, this, &RecordGrid::actCopyExecute);
+    popup_->addAction(actCopy_);
+
+    ApplyLayout();
+}
+
+RecordGrid::~RecordGrid()
+{
+    // Only the thread: no signals from a grid that is going away.
+    if (redraw_)
+        redraw_->Stop();
+}
+
+int RecordGrid::Lang() const { return GlobalLang(); }
+
+// --- recording ---------------------------------------------------------
+
+bool RecordGrid::OpenRecording(const QString &path)
+{
+    CloseRecording();
+    if (!reader_.open(path.toStdString())) {
+        error_ = Q(reader_.errorText());
+        return false;
+    }
+    error_.clear();
+    position_ = 0;
+    col_ = 0;
+    row_ = 1;
+    cleared_ = false;
+    MeasureFile();
+    ApplyLayout();
+    RefreshStatusLine();
+    viewport()->update();
+    return true;
+}
+
+void RecordGrid::CloseRecording()
+{
+    reader_.close();
+    buffer_.Clear();
+    recordCount_ = 0;
+    position_ = 0;
+    mapping_ = {};
+    UpdateScrollBar();
+    RefreshStatusLine();
+    viewport()->update();
+}
+
+void RecordGrid::StartRedraw(LiveSource *source)
+{
+    StopRedraw();
+    if (source == nullptr)
+        return;
+    live_ = source;
+    live_->WantNewest(static_cast<std::size_t>(largeChange() + 2));
+    SetFollowEnd(true);
+    redraw_ = std::make_unique<RedrawThread>(*this, *source);
+    redraw_->SetHold(hold_);
+    redraw_->SetMpsPerRow(shape_.mpsPerRow);
+    redraw_->Start();
+}
+
+void RecordGrid::StopRedraw()
+{
+    if (redraw_) {
+        redraw_->Stop();
+        redraw_.reset();
+    }
+    if (live_ != nullptr) {
+        live_ = nullptr;
+        SetFollowEnd(false);
+        ScrollBar1Change(); // back to the file's view of the recording
+    }
+}
+
+bool RecordGrid::isRedrawRunning() const { return redraw_ && redraw_->running(); }
+
+// --- layout and scrolling ----------------------------------------------
+
+void RecordGrid::ApplyLayout()
+{
+    shape_ = ShapeForView(modes_.view(), viewport()->width());
+    dataRows_ = DataRowsFor(shape_, viewport()->height());
+    col_ = std::clamp(col_, 0, shape_.columns - 1);
+    row_ = std::clamp(row_, 1, dataRows_);
+    const int total = TotalWidth(shape_, viewport()->width(), modes_.secondaryMode());
+    horizontalScrollBar()->setRange(0, std::max(0, total - viewport()->width()));
+    horizontalScrollBar()->setPageStep(viewport()->width());
+    horizontalScrollBar()->setSingleStep(15);
+    if (live_ != nullptr)
+        live_->WantNewest(static_cast<std::size_t>(largeChange() + 2));
+    if (redraw_)
+        redraw_->SetMpsPerRow(shape_.mpsPerRow);
+    ScrollBar1Change();
+}
+
+void RecordGrid::MeasureFile()
+{
+    if (!reader_.isOpen())
+        return;
+    const auto count = static_cast<std::int64_t>(reader_.recordCount());
+    if (count != recordCount_) {
+        recordCount_ = count;
+        emit recordCountChanged(recordCount_);
+    }
+}
+
+void RecordGrid::UpdateScrollBar()
+{
+    mapping_.maxPosition = EndPosition(recordCount_, largeChange());
+    QScrollBar *bar = verticalScrollBar();
+    settingBar_ = true;
+    bar->setRange(0, mapping_.barMaximum());
+    bar->setPageStep(static_cast<int>(std::clamp<std::int64_t>(mapping_.ToBar(largeChange()), 1, INT_MAX)));
+    bar->setSingleStep(static_cast<int>(std::clamp<std::int64_t>(mapping_.ToBar(StepMps(shape_)), 1, INT_MAX)));
+    bar->setValue(mapping_.ToBar(position_));
+    settingBar_ = false;
+}
+
+void RecordGrid::EnsureFetched()
+{
+    if (!reader_.isOpen())
+        return;
+    const std::int64_t need = largeChange() + 2; // slot 0 .. the last row's next slot
+    const auto pos = static_cast<std::uint64_t>(position_);
+    if (buffer_.Covers(pos, static_cast<std::uint64_t>(need), static_cast<std::uint64_t>(recordCount_)))
+        return;
+    // Centre the window on the page so that scrolling either way reuses it.
+    const std::int64_t spare = std::max<std::int64_t>(0, kFetchSlots - need);
+    const std::int64_t first = std::max<std::int64_t>(0, position_ - spare / 2);
+    if (const auto base = buffer_.Fetch(reader_, static_cast<std::uint64_t>(first)))
+        relativeBase_ = *base;
+}
+
+void RecordGrid::ScrollBar1Change()
+{
+    MeasureFile();
+    position_ = std::clamp<std::int64_t>(position_, 0, EndPosition(recordCount_, largeChange()));
+    const bool liveFollowing = live_ != nullptr && followEnd_ && !hold_;
+    if (!liveFollowing)
+        EnsureFetched();
+    UpdateScrollBar();
+    viewport()->update();
+    RefreshStatusLine();
+}
+
+void RecordGrid::SetPosition(std::int64_t pos)
+{
+    position_ = pos;
+    cleared_ = false;
+    ScrollBar1Change();
+}
+
+void RecordGrid::scrollContentsBy(int dx, int dy)
+{
+    if (dx != 0)
+        viewport()->update();
+    if (dy == 0 || settingBar_)
+        return;
+    const std::int64_t pos = mapping_.FromBar(verticalScrollBar()->value());
+    if (live_ != nullptr) {
+        // Scrolling away from the newest MPs stops following them; coming back
+        // to the end takes it up again.
+        const bool atEnd = pos >= mapping_.maxPosition;
+        if (atEnd != followEnd_)
+            SetFollowEnd(atEnd);
+    }
+    SetPosition(pos);
+}
+
+void RecordGrid::resizeEvent(QResizeEvent *event)
+{
+    QAbstractScrollArea::resizeEvent(event);
+    ApplyLayout();
+}
+
+// --- keys, wheel, mouse ------------------------------------------------
+
+KeyContext RecordGrid::KeyState() const
+{
+    KeyContext c;
+    c.position = position_;
+    c.maximum = recordCount_;
+    c.smallChange = StepMps(shape_);
+    c.largeChange = largeChange();
+    c.col = col_;
+    c.row = row_;
+    c.colCount = shape_.columns;
+    c.rowCount = dataRows_ + kHeaderRows;
+    c.view = modes_.view();
+    c.followEnd = followEnd_;
+    c.fileOpen = reader_.isOpen() || live_ != nullptr;
+    return c;
+}
+
+bool RecordGrid::ApplyKey(GridKey key)
+{
+    const KeyContext before = KeyState();
+    const KeyOutcome out = ApplyGridKey(key, before);
+    if (!out.consumed && !out.invalidate)
+        return false;
+    const bool cellMoved = out.col != col_ || out.row != row_;
+    col_ = out.col;
+    row_ = out.row;
+    if (out.moved(before))
+        SetPosition(out.position);
+    else if (cellMoved || out.invalidate)
+        viewport()->update();
+    if (cellMoved)
+        RefreshStatusLine();
+    return out.consumed;
+}
+
+void RecordGrid::keyPressEvent(QKeyEvent *event)
+{
+    GridKey key;
+    switch (event->key()) {
+    case Qt::Key_PageUp: key = GridKey::PageUp; break;
+    case Qt::Key_PageDown: key = GridKey::PageDown; break;
+    case Qt::Key_Home: key = GridKey::Home; break;
+    case Qt::Key_End: key = GridKey::End; break;
+    case Qt::Key_Up: key = GridKey::Up; break;
+    case Qt::Key_Down: key = GridKey::Down; break;
+    case Qt::Key_Left: key = GridKey::Left; break;
+    case Qt::Key_Right: key = GridKey::Right; break;
+    default:
+        QAbstractScrollArea::keyPressEvent(event);
+        return;
+    }
+    if (key == GridKey::End && live_ != nullptr)
+        SetFollowEnd(true);
+    ApplyKey(key);
+    event->accept();
+}
+
+void RecordGrid::wheelEvent(QWheelEvent *event)
+{
+    const int dy = event->angleDelta().y();
+    if (dy == 0 || followEnd_) {
+        event->accept();
+        return;
+    }
+    const bool down = dy < 0;
+    const KeyOutcome out = ApplyWheel(down, KeyState());
+    const bool cellMoved = out.row != row_ || out.col != col_;
+    col_ = out.col;
+    row_ = out.row;
+    if (out.position != position_)
+        SetPosition(out.position);
+    else if (cellMoved)
+        viewport()->update();
+    if (cellMoved)
+        RefreshStatusLine();
+    event->accept();
+}
+
+int RecordGrid::ColumnAt(int x) const
+{
+    const int vx = x + horizontalScrollBar()->value();
+    for (int c = 0; c < shape_.columns; ++c) {
+        const int left = ColumnLeft(shape_, c, viewport()->width(), modes_.secondaryMode());
+        const int w = std::max(0, ColumnWidth(shape_, c, viewport()->width(), modes_.secondaryMode()));
+        if (vx >= left && vx < left + w)
+            return c;
+    }
+    return -1;
+}
+
+void RecordGrid::mousePressEvent(QMouseEvent *event)
+{
+    setFocus(Qt::MouseFocusReason);
+    const QPoint pt = event->position().toPoint();
+    const int row = pt.y() / kRowHeight;
+    const int col = ColumnAt(pt.x());
+    if (row >= 1 && row <= dataRows_ && col >= 0) {
+        col_ = col;
+        row_ = row;
+        viewport()->update();
+        RefreshStatusLine();
+    }
+    QAbstractScrollArea::mousePressEvent(event);
+}
+
+// --- slots the window calls -------------------------------------------
+
+void RecordGrid::SelectView(int view)
+{
+    if (!modes_.SelectView(view))
+        return;
+    ApplyLayout();
+    if (followEnd_)
+        btnGotoBottomClick();
+    AfterModeChange();
+    emit viewChanged(view);
+}
+
+void RecordGrid::btnViewVerticalClick() { SelectView(kViewVertical); }
+void RecordGrid::btnViewDataOnlyClick() { SelectView(kViewDataOnly); }
+void RecordGrid::btnViewDataDumpClick() { SelectView(kViewDataDump); }
+
+void RecordGrid::btnViewHorizontalClick()
+{
+    const std::string title = Str(txt::kHorizontalTitle);
+    const std::string text = Str(txt::kHorizontalText);
+    if (prompter_ != nullptr)
+        prompter_->ShowMessage(title, text, Buttons::Ok, Icon::Information);
+    else
+        QMessageBox::information(this, Q(title), Q(text));
+}
+
+void RecordGrid::btnCharModeClick(int mode)
+{
+    modes_.panel.ChooseMode(mode);
+    AfterModeChange();
+}
+
+void RecordGrid::btnCharCtlClick(bool down)
+{
+    if (down != (modes_.overlay() == Overlay::Caret))
+        modes_.panel.ClickCaretButton();
+    AfterModeChange();
+}
+
+void RecordGrid::btnCharCmdClick(bool down)
+{
+    if (down != (modes_.overlay() == Overlay::Mnemonic))
+        modes_.panel.ClickMnemonicButton();
+    AfterModeChange();
+}
+
+void RecordGrid::btnChar01FResetClick()
+{
+    modes_.panel.ClickResetButton();
+    AfterModeChange();
+}
+
+void RecordGrid::btnTimeAbsoluteClick()
+{
+    modes_.ClickTimeAbsolute();
+    AfterModeChange();
+}
+
+void RecordGrid::btnTimeRelativeClick(bool down)
+{
+    modes_.ClickTimeRelative(down);
+    AfterModeChange();
+}
+
+void RecordGrid::btnTimeDeltaClick(bool down)
+{
+    modes_.ClickTimeDelta(down);
+    AfterModeChange();
+}
+
+void RecordGrid::TogglePinLabels()
+{
+    modes_.ToggleNaming();
+    AfterModeChange();
+}
+
+void RecordGrid::actShowAllGridLinesExecute()
+{
+    modes_.SetGridLines(GridLines::All);
+    viewport()->update();
+}
+
+void RecordGrid::actShowHorizontalGridLinesExecute()
+{
+    modes_.SetGridLines(GridLines::Horizontal);
+    viewport()->update();
+}
+
+void RecordGrid::actShowVerticalGridLinesExecute()
+{
+    modes_.SetGridLines(GridLines::Vertical);
+    viewport()->update();
+}
+
+void RecordGrid::actShowNoGridLinesExecute()
+{
+    modes_.SetGridLines(GridLines::None);
+    viewport()->update();
+}
+
+void RecordGrid::SetWaveformFill(bool on)
+{
+    modes_.SetFillWaveform(on);
+    viewport()->update();
+}
+
+void RecordGrid::ApplyModes()
+{
+    if (!IsGridView(modes_.view()))
+        modes_.SelectView(kViewVertical);
+    ApplyLayout();
+    AfterModeChange();
+}
+
+void RecordGrid::AfterModeChange()
+{
+    emit overlayButtonsChanged(modes_.panel.caretButtonEnabled, modes_.panel.mnemonicButtonEnabled);
+    // The dump's number columns change width with the secondary mode.
+    const int total = TotalWidth(shape_, viewport()->width(), modes_.secondaryMode());
+    horizontalScrollBar()->setRange(0, std::max(0, total - viewport()->width()));
+    viewport()->update();
+    RefreshStatusLine();
+}
+
+void RecordGrid::btnScrollTop()
+{
+    // Home with Control held: the top of the recording and its first cell.
+    if (ApplyKey(GridKey::Home)) {
+        row_ = 1;
+        col_ = 0;
+        viewport()->update();
+        RefreshStatusLine();
+    }
+}
+
+void RecordGrid::btnScrollEnd()
+{
+    if (live_ != nullptr)
+        SetFollowEnd(true);
+    ApplyKey(GridKey::End);
+}
+
+void RecordGrid::GotoMp(std::int64_t mp)
+{
+    MeasureFile();
+    SetPosition(std::clamp<std::int64_t>(mp - 1, 0, EndPosition(recordCount_, largeChange())));
+}
+
+void RecordGrid::SetHold(bool on)
+{
+    hold_ = on;
+    if (redraw_)
+        redraw_->SetHold(on);
+    if (!on)
+        ScrollBar1Change();
+}
+
+void RecordGrid::SetFollowEnd(bool on)
+{
+    if (followEnd_ == on)
+        return;
+    followEnd_ = on;
+    emit followEndChanged(on);
+}
+
+void RecordGrid::ClearGrid()
+{
+    cleared_ = true;
+    viewport()->update();
+}
+
+void RecordGrid::RedrawGrid()
+{
+    cleared_ = false;
+    RefreshStatusLine();
+    viewport()->update();
+}
+
+void RecordGrid::btnResetGrid()
+{
+    col_ = 0;
+    row_ = 1;
+    horizontalScrollBar()->setValue(0);
+    ApplyLayout();
+}
+
+void RecordGrid::RefreshStatusLine()
+{
+    const std::vector<std::string> panels = StatusLine(Frame(), col_, row_, *times_);
+    QStringList list;
+    for (const std::string &s : panels)
+        list << Q(s);
+    if (list != status_) {
+        status_ = list;
+        emit statusLineChanged(status_);
+    }
+}
+
+void RecordGrid::actCopyExecute() { text_ = Q(Str(txt::kCopyExecuted)); }
+
+void RecordGrid::InitialLoads()
+{
+    actCopy_->setText(Q(Str(txt::kCopyItem)));
+    status_.clear(); // force the status line out in the new language
+    RefreshStatusLine();
+    viewport()->update();
+}
+
+// --- steps of the redraw thread (GUI thread) ---------------------------
+
+void RecordGrid::LivePassBegin(int &rows, int &cols)
+{
+    if (live_ != nullptr && followEnd_ && !hold_) {
+        const std::vector<MpRecord> newest = live_->NewestMps();
+        if (!newest.empty()) {
+            if (const auto base = buffer_.FillFromRecords(newest))
+                relativeBase_ = *base;
+            const auto count = static_cast<std::int64_t>(newest.back().number) + 1;
+            if (count != recordCount_) {
+                recordCount_ = count;
+                emit recordCountChanged(recordCount_);
+            }
+        } else {
+            MeasureFile();
+            buffer_.Clear(); // read the file afresh below
+        }
+        position_ = EndPosition(recordCount_, largeChange());
+        cleared_ = false;
+        if (newest.empty())
+            EnsureFetched();
+        UpdateScrollBar();
+        // Every row moved with the new MPs. Qt paints only inside paint
+        // events, so the whole page is marked for one repaint from this
+        // snapshot; the cell steps that follow then only pace the pass, and a
+        // skipped cell never leaves a row half old, half new.
+        viewport()->update();
+    } else {
+        // Scrolled away or held: the file grows underneath; keep the range current.
+        MeasureFile();
+        UpdateScrollBar();
+    }
+    rows = dataRows_ + kHeaderRows;
+    cols = shape_.columns;
+}
+
+void RecordGrid::LiveGauge(int phase)
+{
+    if (live_ == nullptr)
+        return;
+    const std::vector<MpRecord> newest = live_->NewestMps();
+    if (newest.empty())
+        return;
+    const MpRecord &mp = newest.back();
+    const int value = phase == 0 ? mp.loadActual : phase == 1 ? mp.loadPeak : mp.quality;
+    emit gaugeChanged(phase, value);
+}
+
+void RecordGrid::LiveFetchCellRect(int col, int row) { liveCellRect_ = CellRect(col, row); }
+
+void RecordGrid::LiveDrawCurrentCell()
+{
+    if (!liveCellRect_.isEmpty())
+        viewport()->update(liveCellRect_);
+}
+
+// --- painting ------------------------------------------------------------
+
+GridFrame RecordGrid::Frame() const
+{
+    GridFrame f;
+    f.shape = shape_;
+    f.modes = &modes_;
+    f.buffer = &buffer_;
+    f.position = static_cast<std::uint64_t>(position_);
+    f.lang = Lang();
+    f.relativeBase = relativeBase_;
+    return f;
+}
+
+QRect RecordGrid::CellRect(int col, int row) const
+{
+    if (col < 0 || col >= shape_.columns || row < 0 || row > dataRows_)
+        return {};
+    const int w = ColumnWidth(shape_, col, viewport()->width(), modes_.secondaryMode());
+    if (w <= 0)
+        return {};
+    const int x = ColumnLeft(shape_, col, viewport()->width(), modes_.secondaryMode()) - horizontalScrollBar()->value();
+    const QRect r(x, row * kRowHeight, w, kRowHeight);
+    return r.intersects(viewport()->rect()) ? r : QRect();
+}
+
+void RecordGrid::paintEvent(QPaintEvent *event)
+{
+    QPainter p(viewport());
+    const QRect dirty = event->rect();
+    p.fillRect(dirty, palette().window());
+    p.setFont(textFont_);
+    for (int row = 0; row <= dataRows_; ++row) {
+        if (row * kRowHeight > dirty.bottom() || (row + 1) * kRowHeight <= dirty.top())
+            continue;
+        for (int col = 0; col < shape_.columns; ++col) {
+            const QRect r = CellRect(col, row);
+            if (r.isEmpty() || !r.intersects(dirty))
+                continue;
+            if (row == 0)
+                PaintHeaderCell(p, col, r);
+            else
+                DrawGrid1DrawCell(p, col, row, r);
+        }
+    }
+}
+
+void RecordGrid::PaintHeaderCell(QPainter &p, int col, const QRect &r)
+{
+    p.fillRect(r, palette().button());
+    p.setPen(palette().buttonText().color());
+    const bool ruler = shape_.view != kViewVertical && col >= 2;
+    const QRect text = ruler ? r.adjusted(kRulerTextDx, kRulerTextDy, 0, 0) : r.adjusted(kHeaderTextDx, kHeaderTextDy, 0, 0);
+    p.save();
+    p.setClipRect(r);
+    p.drawText(text, Qt::AlignLeft | Qt::AlignTop,
+               Q(HeaderText(shape_, col, modes_.namingSet(), modes_.timeMode(), Lang())));
+    p.restore();
+    // Lines of the fixed row are always drawn.
+    p.setPen(palette().mid().color());
+    p.drawLine(r.topRight(), r.bottomRight());
+    p.drawLine(r.bottomLeft(), r.bottomRight());
+}
+
+void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r)
+{
+    const CellInfo info = RoleOf(shape_, col, row);
+    QColor back = palette().base().color();
+    if (info.d2)
+        back = kD2RowTint;
+    const bool current = col == col_ && row == row_;
+    if (current)
+        back = palette().highlight().color().lighter(170);
+    p.fillRect(r, back);
+
+    if (!cleared_) {
+        const GridCell cell = DescribeCell(Frame(), col, row, *times_);
+        const QColor fore = palette().text().color();
+        switch (cell.kind) {
+        case ContentKind::Empty:
+            break;
+        case ContentKind::Text: {
+            p.save();
+            p.setClipRect(r);
+            QColor c = fore;
+            if (cell.tone == TextTone::Description)
+                c = kDescription;
+            else if (cell.tone == TextTone::Dim)
+                c = palette().mid().color();
+            if (cell.tone == TextTone::LineName) {
+                QFont bold = textFont_;
+                bold.setBold(true);
+                p.setFont(bold);
+            }
+            p.setPen(c);
+            p.drawText(r.adjusted(kCellTextDx, kCellTextDy, 0, 0), Qt::AlignLeft | Qt::AlignTop, Q(cell.text));
+            p.restore();
+            break;
+        }
+        case ContentKind::Byte:
+            p.setPen(cell.tone == TextTone::Dim ? palette().mid().color() : fore);
+            DrawByteCell(p, r, cell.byte, textFont_);
+            break;
+        case ContentKind::Waveform:
+            DrawWaveform(p, r, cell.waveCase, modes_.fillWaveform());
+            break;
+        case ContentKind::Mark: {
+            const MarkColours mc = ColoursOf(cell.mark);
+            const QRect badge = r.adjusted(2, 2, -2, -1);
+            p.save();
+            p.setRenderHint(QPainter::Antialiasing, true);
+            p.setPen(mc.fore);
+            p.setBrush(mc.back);
+            p.drawRoundedRect(badge, 3, 3);
+            QFont f = textFont_;
+            f.setBold(true);
+            f.setPixelSize(10);
+            p.setFont(f);
+            p.setClipRect(badge);
+            p.drawText(badge, Qt::AlignCenter, Q(cell.text));
+            p.restore();
+            break;
+        }
+        case ContentKind::Errors: {
+            // One small red tile per error, in the order P, F, L.
+            p.save();
+            QFont f = textFont_;
+            f.setBold(true);
+            f.setPixelSize(9);
+            p.setFont(f);
+            p.setClipRect(r);
+            int x = r.left() + 2;
+            const std::string letters = ErrorLetters(cell.errors);
+            for (char letter : letters) {
+                const QRect tile(x, r.top() + 3, 9, r.height() - 6);
+                p.fillRect(tile, kErrorBack);
+                p.setPen(Qt::white);
+                p.drawText(tile, Qt::AlignCenter, QString(QChar::fromLatin1(letter)));
+                x += 11;
+            }
+            p.restore();
+            break;
+        }
+        }
+    }
+
+    const GridLineOptions lines = modes_.gridLines();
+    p.setPen(kGridLine);
+    if (lines.vertical)
+        p.drawLine(r.topRight(), r.bottomRight());
+    if (lines.horizontal)
+        p.drawLine(r.bottomLeft(), r.bottomRight());
+    if (current && hasFocus()) {
+        p.setPen(QPen(palette().highlight().color(), 1, Qt::DotLine));
+        p.setBrush(Qt::NoBrush);
+        p.drawRect(r.adjusted(0, 0, -1, -1));
+    }
+}
+
+} // namespace kestrel::grid

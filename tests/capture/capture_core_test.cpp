@@ -1,0 +1,469 @@
+// Capture over two ports: port choice, settings from the combo texts, the
+// error and signal mappings, pairing bytes into MPs, the recording gate,
+// status triggers, open/close order and the messages of a failing port.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+
+#include "capture/capture.h"
+#include "capture/clock.h"
+#include "capture/sim_port.h"
+#include "resources/string_table.h"
+#include "support/event_loop.h"
+#include "support/scripted_prompter.h"
+
+namespace kestrel {
+namespace {
+
+using test::ScriptedPrompter;
+using test::SpinPending;
+
+// A port that holds what the test puts in and writes down what Capture does with it.
+class FakePort final : public ComPort {
+public:
+    FakePort(std::string name, std::vector<std::string> &log) : name_(std::move(name)), log_(log) {}
+    void setDevice(const std::string &d) override { device_ = d; }
+    std::string device() const override { return device_; }
+    void setSettings(const PortSettings &s) override { settings_ = s; }
+    PortSettings settings() const override { return settings_; }
+    bool open() override
+    {
+        log_.push_back("open " + name_);
+        if (failOpen) {
+            error_ = "refused";
+            return false;
+        }
+        open_ = true;
+        return true;
+    }
+    void close() override
+    {
+        log_.push_back("close " + name_);
+        open_ = false;
+    }
+    bool isOpen() const override { return open_; }
+    std::string errorText() const override { return error_; }
+    bool charReady() override { return !rx.empty(); }
+    std::uint8_t getChar() override
+    {
+        const auto b = rx.front();
+        rx.pop_front();
+        return b;
+    }
+    std::uint8_t modemStatus() override { return msr; }
+    void flushInput() override
+    {
+        log_.push_back("flush " + name_);
+        rx.clear();
+    }
+    int addDataTrigger(const std::vector<std::uint8_t> &) override { return ++handles; }
+    int addStatusTrigger(int kind) override
+    {
+        log_.push_back("add " + name_ + " " + std::to_string(kind));
+        return ++handles;
+    }
+    bool setStatusTrigger(int handle, unsigned mask, bool active) override
+    {
+        log_.push_back("set " + name_ + " " + std::to_string(handle) + " " + std::to_string(mask) + (active ? " on" : " off"));
+        return true;
+    }
+    void removeTrigger(int) override {}
+    void setDispatcherPriority(bool timeCritical, int boost) override
+    {
+        log_.push_back("priority " + name_ + " " + (timeCritical ? "1 " : "0 ") + std::to_string(boost));
+    }
+    ComPortListener *listener() { return listener_; }
+
+    std::deque<std::uint8_t> rx;
+    std::uint8_t msr = 0;
+    bool failOpen = false;
+    int handles = 0;
+
+private:
+    std::string name_, device_, error_;
+    PortSettings settings_;
+    bool open_ = false;
+    std::vector<std::string> &log_;
+};
+
+struct CaptureFixture : ::testing::Test {
+    std::vector<std::string> log;
+    FakePort a{"A", log}, b{"B", log};
+    ComEvent ev;
+    ScriptedPrompter prompter;
+    std::vector<ComEvent> mps;
+    std::vector<std::uint16_t> bursts;
+    bool gate = true;
+    Capture cap{a, b, ev, prompter, {}};
+
+    void SetUp() override
+    {
+        SetGlobalLang(kLangEnglish);
+        cap.hooks().record = [this](std::uint16_t burst) {
+            mps.push_back(ev);
+            bursts.push_back(burst);
+            return 0;
+        };
+        cap.hooks().gate = [this] { return gate; };
+        (void)a.open();
+        (void)b.open();
+        log.clear();
+    }
+    ComPortListener &listener() { return *a.listener(); }
+};
+
+TEST(PortChoice, RulesForZeroOneTwoAndMorePorts)
+{
+    struct Case {
+        int count, a, b, wantA, wantB;
+    };
+    const Case cases[] = {
+        {0, 3, 4, -1, -1}, {1, 0, 0, 0, 0},  {1, 5, 2, 0, 0},  {2, 0, 0, 1, 0}, {2, 1, 1, 0, 1},
+        {2, 1, 0, 1, 0},   {3, 1, 1, 2, 1},  {3, 2, 2, 0, 2},  {3, 0, 3, 1, 0}, {3, 2, 3, 2, 0},
+        {4, -7, 99, 1, 0}, {5, 4, 1, 4, 1},
+    };
+    for (const auto &c : cases) {
+        const PortChoice p = ChoosePorts(c.count, c.a, c.b);
+        EXPECT_EQ(p.a, c.wantA) << c.count << " " << c.a << " " << c.b;
+        EXPECT_EQ(p.b, c.wantB) << c.count << " " << c.a << " " << c.b;
+    }
+}
+
+TEST(LineErrorMapping, EveryErrorWord)
+{
+    for (unsigned word = 0; word < 64; ++word) {
+        const ErrorFlags f = MapLineError(word);
+        EXPECT_EQ(f.pe, (word & 1) || (word & 2) ? 1 : 0) << word;
+        EXPECT_EQ(f.fe, (word & 4) ? 1 : 0) << word;
+        EXPECT_EQ(f.le, 0) << word;
+    }
+}
+
+TEST(ComboTexts, ParityStopBitsAndGarbage)
+{
+    EXPECT_EQ(ParityFromText("N"), Parity::None);
+    EXPECT_EQ(ParityFromText("E"), Parity::Even);
+    EXPECT_EQ(ParityFromText("O"), Parity::Odd);
+    EXPECT_EQ(ParityFromText("M"), Parity::Mark);
+    EXPECT_EQ(ParityFromText("S"), Parity::Space);
+    EXPECT_EQ(ParityFromText("Mark"), Parity::None);
+    EXPECT_EQ(ParityFromText(""), Parity::None);
+
+    EXPECT_EQ(StopBitsFromText("1", 8), StopBits::One);
+    EXPECT_EQ(StopBitsFromText("1", 5), StopBits::Two); // taken as 1.5 by the port
+    EXPECT_EQ(StopBitsFromText("1.5", 7), StopBits::Two);
+    EXPECT_EQ(StopBitsFromText("2", 8), StopBits::Two);
+    EXPECT_EQ(StopBitsFromText("3", 8), StopBits::One);
+
+    PortComboTexts t{"115200", "7", "E", "2"};
+    PortSettings s = SettingsFromTexts(t);
+    EXPECT_EQ(s.baud, 115200);
+    EXPECT_EQ(s.dataBits, 7);
+    EXPECT_EQ(s.parity, Parity::Even);
+    EXPECT_EQ(s.stopBits, StopBits::Two);
+
+    s = SettingsFromTexts({"96OO", "9", "?", "x"});
+    EXPECT_EQ(s, PortSettings{});
+    s = SettingsFromTexts({"-300", "4", "S", "1"});
+    EXPECT_EQ(s.baud, 9600);
+    EXPECT_EQ(s.dataBits, 8);
+    EXPECT_EQ(s.parity, Parity::Space);
+    s = SettingsFromTexts({" 1200 ", "5", "N", "1"});
+    EXPECT_EQ(s.baud, 1200);
+    EXPECT_EQ(s.stopBits, StopBits::Two);
+}
+
+TEST_F(CaptureFixture, OnePortWarnsOnceAndBothPortsShareIt)
+{
+    cap.setPortList({"/dev/ttyUSB0"});
+    PortSettings applied;
+    cap.hooks().settingsApplied = [&](const PortSettings &s) { applied = s; };
+    cap.InitInterface({"19200", "8", "O", "1"});
+    cap.InitInterface({"19200", "8", "O", "1"});
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_EQ(prompter.asked[0].title, "WARNING");
+    EXPECT_NE(prompter.asked[0].text.find("at least 2 COM ports"), std::string::npos);
+    EXPECT_EQ(prompter.asked[0].icon, Icon::Warning);
+    EXPECT_EQ(a.device(), "/dev/ttyUSB0");
+    EXPECT_EQ(b.device(), "/dev/ttyUSB0");
+    EXPECT_EQ(applied.baud, 19200);
+    EXPECT_EQ(b.settings(), a.settings());
+}
+
+TEST_F(CaptureFixture, NoPortFallsBackToTheFirstSerialDevice)
+{
+    cap.setPortList({});
+    cap.InitInterface({});
+    EXPECT_EQ(prompter.asked.size(), 1u);
+    EXPECT_EQ(a.device(), kFallbackDevice);
+    EXPECT_EQ(b.device(), kFallbackDevice);
+}
+
+TEST_F(CaptureFixture, ThreePortsWithEqualIndexesMoveA)
+{
+    cap.setPortList({"/dev/ttyS0", "/dev/ttyS1", "/dev/ttyUSB0"});
+    cap.setStoredIndexes(1, 1);
+    cap.InitInterface({});
+    EXPECT_TRUE(prompter.asked.empty());
+    EXPECT_EQ(a.device(), "/dev/ttyUSB0");
+    EXPECT_EQ(b.device(), "/dev/ttyS1");
+    EXPECT_EQ(cap.storedIndexA(), 2);
+}
+
+TEST_F(CaptureFixture, TwoBytesTogetherMakeOneMpWithBothValid)
+{
+    a.rx = {0x41, 0x42};
+    b.rx = {0x31};
+    listener().onDataAvailable(a, 2);
+    ASSERT_EQ(mps.size(), 2u);
+    EXPECT_EQ(mps[0].d1, 0x31);
+    EXPECT_EQ(mps[0].d2, 0x41);
+    EXPECT_EQ(mps[0].d1Valid, 1);
+    EXPECT_EQ(mps[0].d2Valid, 1);
+    EXPECT_EQ(mps[1].d2, 0x42);
+    EXPECT_EQ(mps[1].d1Valid, 0); // cleared after the first MP
+    EXPECT_EQ(bursts, (std::vector<std::uint16_t>{0, 1}));
+    EXPECT_EQ(ev.d1Count, 1u);
+    EXPECT_EQ(ev.d2Count, 2u);
+}
+
+TEST_F(CaptureFixture, ReceiveEventIsResetAroundTheBurst)
+{
+    std::vector<std::string> order;
+    cap.hooks().burstBegin = [&] { order.push_back("reset"); };
+    cap.hooks().burstEnd = [&] { order.push_back("set"); };
+    cap.hooks().record = [&](std::uint16_t) {
+        order.push_back("mp");
+        return 0;
+    };
+    b.rx = {1, 2, 3};
+    listener().onDataAvailable(b, 3);
+    EXPECT_EQ(order, (std::vector<std::string>{"reset", "mp", "mp", "mp", "set"}));
+}
+
+TEST_F(CaptureFixture, ClosedGateChangesLevelsButWritesNoMp)
+{
+    gate = false;
+    a.msr = Msr::Dsr | Msr::Cts | Msr::Dcd | Msr::Ri;
+    listener().onModemStatusChanged(a);
+    b.msr = Msr::Dsr;
+    listener().onModemStatusChanged(b);
+    a.rx = {7};
+    listener().onDataAvailable(a, 1);
+    listener().onLineError(b, LineError::Parity);
+    EXPECT_TRUE(mps.empty());
+    EXPECT_EQ(ev.m1 + ev.m2 + ev.m5 + ev.m3, 4);
+    EXPECT_EQ(ev.s1, 1);
+    EXPECT_EQ(ev.s2, 0);
+    EXPECT_EQ(ev.peCount, 1u); // the event is counted even though no MP is written
+    // Draining at the end of a recording does not ask the gate.
+    a.rx = {8, 9};
+    cap.ComReadAllPendingData();
+    ASSERT_EQ(mps.size(), 2u);
+    EXPECT_EQ(mps[1].d2, 9);
+}
+
+TEST_F(CaptureFixture, SignalMappingPerPort)
+{
+    struct Case {
+        bool portA;
+        std::uint8_t msr;
+        std::array<int, 6> levels; // s1 m1 s2 m2 m5 m3
+    };
+    const Case cases[] = {
+        {true, Msr::Dsr, {0, 1, 0, 0, 0, 0}}, {true, Msr::Cts, {0, 0, 0, 1, 0, 0}},
+        {true, Msr::Dcd, {0, 0, 0, 0, 1, 0}}, {true, Msr::Ri, {0, 0, 0, 0, 0, 1}},
+        {false, Msr::Dsr, {1, 0, 0, 0, 0, 0}}, {false, Msr::Cts, {0, 0, 1, 0, 0, 0}},
+        {false, Msr::Dcd | Msr::Ri | 0x0F, {0, 0, 0, 0, 0, 0}},
+    };
+    for (const auto &c : cases) {
+        ev = ComEvent{};
+        mps.clear();
+        FakePort &p = c.portA ? a : b;
+        p.msr = c.msr;
+        listener().onModemStatusChanged(p);
+        p.msr = 0;
+        ASSERT_EQ(mps.size(), 1u);
+        const ComEvent &m = mps[0];
+        EXPECT_EQ((std::array<int, 6>{m.s1, m.m1, m.s2, m.m2, m.m5, m.m3}), c.levels) << int(c.msr);
+    }
+}
+
+TEST_F(CaptureFixture, LineErrorsFillTheReportingPortsTripleOnly)
+{
+    listener().onLineError(a, 1);
+    listener().onLineError(b, LineError::Framing);
+    listener().onLineError(a, LineError::Break);
+    ASSERT_EQ(mps.size(), 3u);
+    EXPECT_EQ((std::array<int, 6>{mps[0].peD1, mps[0].feD1, mps[0].leD1, mps[0].peD2, mps[0].feD2, mps[0].leD2}),
+              (std::array<int, 6>{0, 0, 0, 1, 0, 0}));
+    EXPECT_EQ((std::array<int, 6>{mps[1].peD1, mps[1].feD1, mps[1].leD1, mps[1].peD2, mps[1].feD2, mps[1].leD2}),
+              (std::array<int, 6>{0, 1, 0, 0, 0, 0}));
+    EXPECT_EQ((std::array<int, 6>{mps[2].peD1, mps[2].feD1, mps[2].leD1, mps[2].peD2, mps[2].feD2, mps[2].leD2}),
+              (std::array<int, 6>{0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(ev.peCount, 1u);
+    EXPECT_EQ(ev.feCount, 1u);
+    // The next MP does not carry an error again.
+    listener().onLineError(b, LineError::Parity);
+    a.msr = Msr::Cts;
+    listener().onModemStatusChanged(a);
+    EXPECT_EQ(mps.back().m2, 1);
+    EXPECT_EQ(mps.back().peD1, 0);
+}
+
+TEST_F(CaptureFixture, StatusTriggersArmWithTheirMasksAndHandOthersToEvaluation)
+{
+    cap.ArmStatusTriggers();
+    const int lineA = cap.lineTriggerHandle(true), modemA = cap.modemTriggerHandle(true);
+    EXPECT_NE(lineA, 0);
+    EXPECT_NE(modemA, 0);
+    EXPECT_NE(std::find(log.begin(), log.end(), "set A " + std::to_string(lineA) + " 15 on"), log.end());
+    EXPECT_NE(std::find(log.begin(), log.end(), "set A " + std::to_string(modemA) + " 180 on"), log.end());
+    EXPECT_EQ(std::count_if(log.begin(), log.end(), [](auto &s) { return s.rfind("add ", 0) == 0; }), 4);
+
+    // Our own trigger only gets armed again: its event has its own MP.
+    log.clear();
+    listener().onTriggerStatus(a, modemA);
+    EXPECT_TRUE(mps.empty());
+    EXPECT_EQ(log, (std::vector<std::string>{"set A " + std::to_string(modemA) + " 180 on"}));
+
+    // A trigger of the evaluation: both modem words are read, then evaluation decides.
+    int seen = 0;
+    bool accept = false;
+    cap.hooks().statusTrigger = [&](ComPort &p, int h) {
+        EXPECT_EQ(&p, &b);
+        seen = h;
+        return accept;
+    };
+    a.msr = Msr::Dcd;
+    b.msr = Msr::Cts;
+    log.clear();
+    listener().onTriggerStatus(b, 77);
+    EXPECT_EQ(seen, 77);
+    EXPECT_EQ(ev.m5, 1);
+    EXPECT_EQ(ev.s2, 1);
+    EXPECT_TRUE(log.empty()); // declined: nothing armed again
+    accept = true;
+    listener().onTriggerStatus(b, 77);
+    EXPECT_EQ(std::count_if(log.begin(), log.end(), [](auto &s) { return s.rfind("set ", 0) == 0; }), 4);
+    EXPECT_EQ(std::count_if(log.begin(), log.end(), [](auto &s) { return s.rfind("add ", 0) == 0; }), 0);
+
+    cap.ForgetStatusTriggers();
+    EXPECT_EQ(cap.lineTriggerHandle(true), 0);
+}
+
+TEST_F(CaptureFixture, RecordingOpensBThenAAndClosesAThenB)
+{
+    a.close();
+    b.close();
+    log.clear();
+    ASSERT_TRUE(cap.OpenPortsForRecording());
+    EXPECT_EQ(log, (std::vector<std::string>{"open B", "priority B 1 0", "flush B", "open A", "priority A 1 2", "flush A"}));
+    log.clear();
+    cap.ClosePorts();
+    EXPECT_EQ(log, (std::vector<std::string>{"flush A", "close A", "flush B", "close B"}));
+}
+
+TEST_F(CaptureFixture, FailingPortIsReportedAndNothingStaysOpen)
+{
+    a.close();
+    b.close();
+    a.setDevice("/dev/ttyUSB7");
+    a.failOpen = true;
+    EXPECT_FALSE(cap.OpenPortsForRecording());
+    EXPECT_FALSE(a.isOpen());
+    EXPECT_FALSE(b.isOpen());
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_EQ(prompter.asked[0].title, "An error occurred in the serial communication unit");
+    EXPECT_NE(prompter.asked[0].text.find("COM port A cannot be initialised"), std::string::npos);
+    EXPECT_NE(prompter.asked[0].text.find("\n\n/dev/ttyUSB7\nrefused"), std::string::npos);
+    EXPECT_EQ(prompter.asked[0].icon, Icon::Error);
+}
+
+TEST_F(CaptureFixture, TryToOpenPortsTestsBothAndReportsEachFailure)
+{
+    bool changed = false;
+    cap.hooks().environmentChanged = [&] { changed = true; };
+    cap.setPortList({"/dev/ttyS0", "/dev/ttyS1"});
+    b.failOpen = true;
+    log.clear();
+    EXPECT_FALSE(cap.TryToOpenPorts({}));
+    EXPECT_TRUE(changed);
+    EXPECT_EQ(log, (std::vector<std::string>{"close A", "open A", "close A", "close B", "open B"}));
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_NE(prompter.asked[0].text.find("COM port B"), std::string::npos);
+    b.failOpen = false;
+    EXPECT_TRUE(cap.TryToOpenPorts({}));
+    EXPECT_FALSE(a.isOpen());
+}
+
+TEST_F(CaptureFixture, PortLossIsForwardedOncePerRecording)
+{
+    int lost = 0;
+    cap.hooks().portLost = [&](ComPort &p, const std::string &why) {
+        EXPECT_EQ(&p, &a);
+        EXPECT_EQ(why, "gone");
+        ++lost;
+    };
+    listener().onPortLost(a, "gone");
+    listener().onPortLost(a, "gone");
+    EXPECT_EQ(lost, 1);
+    a.close();
+    b.close();
+    ASSERT_TRUE(cap.OpenPortsForRecording());
+    listener().onPortLost(a, "gone");
+    EXPECT_EQ(lost, 2);
+}
+
+// The whole road over the simulated line: a scenario byte pair in one instant
+// becomes one MP, a modem change one MP, a parity error one MP.
+TEST(CaptureOverSimLine, ScenarioEventsBecomeMps)
+{
+    test::TestApp();
+    ScenarioError err;
+    auto sc = ParseScenario("modem A DSR\na \"x\"\n& b \"y\"\nwait 2ms\nerror B parity\n", err);
+    ASSERT_TRUE(sc) << err.text();
+    ManualClock clock;
+    SimLine line(*sc, clock);
+    ComEvent ev;
+    ScriptedPrompter prompter;
+    std::vector<ComEvent> mps;
+    Capture cap(line.portA(), line.portB(), ev, prompter, {});
+    cap.hooks().record = [&](std::uint16_t) {
+        mps.push_back(ev);
+        return 0;
+    };
+    cap.setPortList({"sim:A", "sim:B"});
+    cap.setStoredIndexes(0, 1);
+    cap.InitInterface({"10000", "8", "N", "1"});
+    ASSERT_TRUE(cap.OpenPortsForRecording());
+    cap.ArmStatusTriggers();
+    line.restart();
+    clock.advance(10'000'000);
+    line.poll();
+    ASSERT_TRUE(test::SpinUntil([&] { return mps.size() >= 3; }));
+    SpinPending();
+    ASSERT_EQ(mps.size(), 3u);
+    EXPECT_EQ(mps[0].m1, 1);
+    EXPECT_EQ(mps[1].d2, 'x');
+    EXPECT_EQ(mps[1].d1, 'y');
+    EXPECT_EQ(mps[1].d1Valid + mps[1].d2Valid, 2);
+    EXPECT_EQ(mps[1].m1, 1);
+    EXPECT_EQ(mps[2].peD1, 1);
+    cap.ClosePorts();
+    EXPECT_FALSE(line.portA().isOpen());
+
+    // Paused and resumed: the reopened ports get their status triggers again.
+    ASSERT_TRUE(cap.OpenPortsForRecording());
+    cap.ArmStatusTriggers();
+    EXPECT_TRUE(line.portA().channel().hasTrigger(cap.modemTriggerHandle(true)));
+    EXPECT_TRUE(line.portB().channel().hasTrigger(cap.lineTriggerHandle(false)));
+    line.injectLineError(kSimPortB, LineError::Framing);
+    ASSERT_TRUE(test::SpinUntil([&] { return mps.size() == 4; }));
+    EXPECT_EQ(mps[3].feD1, 1);
+}
+
+} // namespace
+} // namespace kestrel

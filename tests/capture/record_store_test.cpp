@@ -1,0 +1,324 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "capture/record_store.h"
+
+using namespace kestrel;
+
+namespace {
+
+// Keeps what reached the "file"; refuses everything past a byte budget.
+class MemorySink final : public MpSink {
+public:
+    std::size_t appendRecords(const std::uint8_t *data, std::size_t bytes) override
+    {
+        ++writes;
+        std::size_t n = std::min(bytes, budget);
+        n -= n % kMpSize; // a disk that fills up mid-record still keeps whole records only
+        budget -= n;
+        bytes_.insert(bytes_.end(), data, data + n);
+        return n;
+    }
+    [[nodiscard]] std::vector<MpRecord> records() const
+    {
+        std::vector<MpRecord> out;
+        for (std::size_t at = 0; at + kMpSize <= bytes_.size(); at += kMpSize)
+            out.push_back(DecodeMp(bytes_.data() + at));
+        return out;
+    }
+    std::size_t budget = SIZE_MAX;
+    int writes = 0;
+
+private:
+    std::vector<std::uint8_t> bytes_;
+};
+
+constexpr std::int64_t kF = 1'000'000'000;
+
+struct StoreFixture : ::testing::Test {
+    ManualClock clock{46000.25, kF};
+    RecordStore store{clock};
+    MemorySink sink;
+    void SetUp() override
+    {
+        store.setSink(&sink);
+        store.SetLineTiming({9600, 8, Parity::None, StopBits::One}); // 10 bits: Tchar = 1041667 + 1
+    }
+    void startNewFile()
+    {
+        store.ResetCounters();
+        ASSERT_EQ(store.WriteSystemMark(SystemMark::NewFile, true), 0);
+        ASSERT_EQ(store.WriteSystemMark(SystemMark::Started), 0);
+        store.RebaseCounter();
+    }
+    int byteOnD1(std::uint8_t b, std::uint16_t burst = 0)
+    {
+        store.pending().d1 = b;
+        store.pending().d1Valid = 1;
+        const int r = store.RecordComEvent(burst);
+        store.pending().clearData();
+        return r;
+    }
+};
+
+} // namespace
+
+TEST(LineTiming, BitsAndCharacterTimeFromPortSettings)
+{
+    struct Case {
+        PortSettings s;
+        int bits;
+        std::int64_t tchar;
+    };
+    const Case cases[] = {
+        {{9600, 8, Parity::None, StopBits::One}, 10, 10 * kF / 9600 + 1},
+        {{9600, 7, Parity::Even, StopBits::Two}, 11, 11 * kF / 9600 + 1},
+        {{921600, 8, Parity::Mark, StopBits::One}, 11, 11 * kF / 921600 + 1},
+        {{300, 5, Parity::None, StopBits::OnePointFive}, 8, 8 * kF / 300 + 1},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(BitsPerCharacter(c.s), c.bits);
+        const LineTiming t = ComputeLineTiming(c.s, kF);
+        EXPECT_EQ(t.tchar, c.tchar);
+        EXPECT_DOUBLE_EQ(t.cps, static_cast<double>(c.s.baud) / c.bits);
+    }
+}
+
+TEST_F(StoreFixture, FreshFileStartsWithMarksZeroAndSixAndZeroCounters)
+{
+    startNewFile();
+    const auto recs = sink.records();
+    ASSERT_EQ(recs.size(), 2u);
+    EXPECT_EQ(recs[0].number, 0u);
+    EXPECT_EQ(recs[0].markCode, SystemMark::NewFile);
+    EXPECT_EQ(recs[0].markKind, kSystemMarkKind);
+    EXPECT_EQ(recs[1].number, 1u);
+    EXPECT_EQ(recs[1].markCode, SystemMark::Started);
+    EXPECT_TRUE(recs[1].isSystemMark());
+    EXPECT_EQ(recs[1].count(Counter::D1), 0u);
+    EXPECT_EQ(recs[0].time, clock.nowDateTime());
+    EXPECT_GE(recs[1].time, recs[0].time);
+    EXPECT_EQ(store.writtenCounter().load(), 2u);
+}
+
+TEST_F(StoreFixture, BurstBytesAreSpreadOneCharacterTimeApart)
+{
+    startNewFile();
+    const std::int64_t tchar = store.lineTiming().tchar;
+    clock.advance(100 * tchar); // the burst arrives well after the start marks
+    for (std::uint16_t i = 0; i < 10; ++i)
+        ASSERT_EQ(byteOnD1(static_cast<std::uint8_t>('0' + i), i), 0);
+    const auto recs = sink.records();
+    ASSERT_EQ(recs.size(), 12u);
+    const double tcharDays = static_cast<double>(tchar) / kF / 86400.0;
+    // Index 0 takes the counter (far from the last MP); index 1 is at most one Tchar
+    // behind, so it is pushed to exactly one Tchar; from the third on, always one Tchar.
+    for (std::size_t i = 3; i < recs.size(); ++i)
+        EXPECT_NEAR(recs[i].time - recs[i - 1].time, tcharDays, 2e-11) << "MP " << i;
+    EXPECT_GT(recs[2].time - recs[1].time, 50 * tcharDays);
+}
+
+TEST_F(StoreFixture, NoTwoMpsCloserThanOneCharacterTimeAndTimeFollowsOrder)
+{
+    startNewFile();
+    const std::int64_t tchar = store.lineTiming().tchar;
+    // Arrivals closer than a character time, then a long quiet gap.
+    const std::int64_t gaps[] = {0, 1, tchar / 2, tchar - 1, tchar, 3 * tchar, 0, 10'000'000'000};
+    for (std::int64_t g : gaps) {
+        clock.advance(g);
+        ASSERT_EQ(byteOnD1(0x41), 0);
+    }
+    const auto recs = sink.records();
+    const double tcharDays = static_cast<double>(tchar) / kF / 86400.0;
+    for (std::size_t i = 2; i < recs.size(); ++i) {
+        EXPECT_EQ(recs[i].number, i);
+        EXPECT_GE(recs[i].time - recs[i - 1].time, tcharDays - 1e-11) << "MP " << i; // date-time ulp ~1e-11
+    }
+}
+
+TEST_F(StoreFixture, CountersLoadAndQuality)
+{
+    startNewFile();
+    EXPECT_EQ(sink.records()[1].quality, 0); // no data at all
+    const std::int64_t tchar = store.lineTiming().tchar;
+    for (int i = 0; i < 100; ++i) {
+        clock.advance(tchar);
+        store.pending().d2 = static_cast<std::uint8_t>(i);
+        store.pending().d2Valid = 1;
+        store.pending().peD2 = (i % 40 == 5) ? 1 : 0; // 3 parity errors
+        ASSERT_EQ(store.RecordComEvent(0), 0);
+        store.pending().clearData();
+        store.pending().clearErrors();
+    }
+    const MpRecord last = sink.records().back();
+    EXPECT_EQ(last.count(Counter::D2), 100u);
+    EXPECT_EQ(last.count(Counter::D1), 0u);
+    EXPECT_EQ(last.count(Counter::PE), 3u);
+    EXPECT_EQ(last.quality, 97);
+    // Within the first second any data means 100 %.
+    EXPECT_EQ(last.loadActual, 100);
+    EXPECT_EQ(last.loadPeak, 100);
+
+    // Two seconds later: 100 characters (the busier line) in 2 s at 960 cps = 5 %; the peak stays.
+    clock.advance(2 * kF);
+    ASSERT_EQ(byteOnD1(1), 0);
+    const MpRecord later = sink.records().back();
+    EXPECT_EQ(later.loadActual, 100 * 100 / (2 * 960));
+    EXPECT_EQ(later.loadPeak, 100);
+}
+
+TEST_F(StoreFixture, ErrorsOnlyGiveQualityZeroAndCountPerKind)
+{
+    startNewFile();
+    store.pending().feD1 = 1;
+    store.pending().feD2 = 1; // both ports in one MP: one FE event
+    ASSERT_EQ(store.RecordComEvent(0), 0);
+    store.pending().clearErrors();
+    store.pending().leD2 = 1;
+    ASSERT_EQ(store.RecordComEvent(0), 0);
+    const MpRecord last = sink.records().back();
+    EXPECT_EQ(last.count(Counter::FE), 1u);
+    EXPECT_EQ(last.count(Counter::LE), 1u);
+    EXPECT_EQ(last.quality, 0);
+    EXPECT_EQ(store.lastChange()[static_cast<int>(Channel::FeD1)].value, 1); // the LE event leaves FE alone
+    EXPECT_EQ(store.lastChange()[static_cast<int>(Channel::LeD2)].value, 1);
+}
+
+TEST_F(StoreFixture, LiveBufferHoldsTheNNewestInOrder)
+{
+    store.liveBuffer().setSize(3);
+    store.ResetCounters();
+    ASSERT_EQ(store.WriteSystemMark(SystemMark::NewFile, true), 0);
+    for (int i = 0; i < 5; ++i)
+        ASSERT_EQ(byteOnD1(static_cast<std::uint8_t>(i)), 0);
+    const auto live = store.liveBuffer().snapshot();
+    ASSERT_EQ(live.size(), 3u);
+    EXPECT_EQ(live[0].number, 3u);
+    EXPECT_EQ(live[1].number, 4u);
+    EXPECT_EQ(live[2].number, 5u);
+
+    // Past the ring's own size the order still holds.
+    store.liveBuffer().setSize(kLiveBufferSlots);
+    for (int i = 0; i < 12'345; ++i)
+        ASSERT_EQ(byteOnD1(static_cast<std::uint8_t>(i)), 0);
+    const auto full = store.liveBuffer().snapshot();
+    ASSERT_EQ(full.size(), kLiveBufferSlots);
+    EXPECT_EQ(full.back().number, 5u + 12'345u);
+    EXPECT_EQ(full.front().number, full.back().number - (kLiveBufferSlots - 1));
+    store.ClearLiveBuffer();
+    EXPECT_TRUE(store.liveBuffer().snapshot().empty());
+}
+
+TEST_F(StoreFixture, AppendContinuesNumbersCountersAndTime)
+{
+    MpRecord first;
+    first.time = 45000.0;
+    first.counts[0] = 0;
+    MpRecord last;
+    last.number = 41;
+    last.time = clock.nowDateTime() + 1.0; // ran ahead of the wall clock
+    last.counts[0] = 30;
+    last.counts[2] = 2;
+    last.loadPeak = 77;
+    store.RestoreFromFirstMp(&first);
+    store.RestoreFromLastMp(&last);
+    ASSERT_EQ(store.WriteSystemMark(SystemMark::Appended), 0);
+    ASSERT_EQ(byteOnD1(9), 0);
+    const auto recs = sink.records();
+    ASSERT_EQ(recs.size(), 2u);
+    EXPECT_EQ(recs[0].number, 42u);
+    EXPECT_EQ(recs[0].markCode, SystemMark::Appended);
+    EXPECT_GE(recs[0].time, last.time);
+    EXPECT_EQ(recs[1].number, 43u);
+    EXPECT_EQ(recs[1].count(Counter::D1), 31u);
+    EXPECT_EQ(recs[1].count(Counter::PE), 2u);
+    EXPECT_EQ(recs[1].loadPeak, 77);
+}
+
+TEST_F(StoreFixture, ShortWriteReturnsTwoAndKeepsThePreviousRecord)
+{
+    startNewFile();
+    ASSERT_EQ(byteOnD1(1), 0);
+    sink.budget = 0; // disk full
+    EXPECT_EQ(byteOnD1(2), WriteResult::WriteFailed);
+    EXPECT_EQ(store.previous().number, 2u);
+    EXPECT_EQ(store.previous().count(Counter::D1), 1u);
+    EXPECT_EQ(store.lostCount(), 1u);
+    sink.budget = SIZE_MAX; // space again: the next MP takes the lost one's number
+    ASSERT_EQ(byteOnD1(3), 0);
+    const auto recs = sink.records();
+    ASSERT_EQ(recs.size(), 4u);
+    EXPECT_EQ(recs[3].number, 3u);
+    EXPECT_EQ(recs[3].d1, 3);
+    EXPECT_EQ(recs[3].count(Counter::D1), 2u);
+    EXPECT_EQ(store.writtenCounter().load(), 4u);
+}
+
+TEST_F(StoreFixture, BurstIsOneWriteAndAShortOneRollsBackToTheLastWholeRecord)
+{
+    startNewFile();
+    const int writesBefore = sink.writes;
+    store.beginBurst();
+    for (std::uint16_t i = 0; i < 50; ++i)
+        ASSERT_EQ(byteOnD1(static_cast<std::uint8_t>(i), i), 0);
+    EXPECT_EQ(store.writtenCounter().load(), 2u); // nothing counted before it is in the file
+    EXPECT_EQ(store.endBurst(), 0);
+    EXPECT_EQ(sink.writes, writesBefore + 1);
+    EXPECT_EQ(store.writtenCounter().load(), 52u);
+
+    sink.budget = 20 * kMpSize + 33; // room for 20 whole records of the next burst
+    store.beginBurst();
+    for (std::uint16_t i = 0; i < 50; ++i)
+        ASSERT_EQ(byteOnD1(0xAA, i), 0);
+    EXPECT_EQ(store.endBurst(), WriteResult::WriteFailed);
+    EXPECT_EQ(store.previous().number, 71u);
+    EXPECT_EQ(store.previous().count(Counter::D1), 70u);
+    EXPECT_EQ(store.lostCount(), 30u);
+    EXPECT_EQ(store.liveBuffer().snapshot().back().number, 71u);
+    sink.budget = SIZE_MAX;
+    ASSERT_EQ(byteOnD1(0xBB), 0);
+    const auto recs = sink.records();
+    for (std::size_t i = 0; i < recs.size(); ++i)
+        ASSERT_EQ(recs[i].number, i);
+}
+
+TEST_F(StoreFixture, TriggerMarkCarriesPendingLevelsAndClearsMarkBytes)
+{
+    startNewFile();
+    store.pending().m2 = 1;
+    store.pending().s1 = 1;
+    ASSERT_EQ(store.WriteTriggerMark(1, 0, 17), 0);
+    const MpRecord mark = sink.records().back();
+    EXPECT_EQ(mark.markCode, 2);
+    EXPECT_EQ(mark.markKind, 0);
+    EXPECT_EQ(mark.markExtra, 17);
+    EXPECT_TRUE(mark.isTriggerMark());
+    EXPECT_EQ(mark.m2, 1);
+    EXPECT_EQ(mark.s1, 1);
+    EXPECT_EQ(store.pending().markCode, 0);
+    EXPECT_EQ(store.pending().markExtra, 0);
+}
+
+TEST_F(StoreFixture, LastChangeTableFollowsDataAndLevels)
+{
+    startNewFile();
+    store.pending().m1 = 1;
+    store.ResetLastChange();
+    const double base = store.lastChange()[static_cast<int>(Channel::M1)].time;
+    EXPECT_EQ(store.lastChange()[static_cast<int>(Channel::M1)].value, 1);
+
+    clock.advance(kF);
+    ASSERT_EQ(byteOnD1('x'), 0); // M1 still high: a non-zero level counts as a change
+    const auto &t = store.lastChange();
+    EXPECT_EQ(t[static_cast<int>(Channel::D1)].value, 'x');
+    EXPECT_EQ(t[static_cast<int>(Channel::D1)].valid, 1);
+    EXPECT_GT(t[static_cast<int>(Channel::M1)].time, base);
+    EXPECT_EQ(t[static_cast<int>(Channel::S2)].time, base); // low and unchanged
+
+    const double d1Time = t[static_cast<int>(Channel::D1)].time;
+    clock.advance(kF);
+    ASSERT_EQ(byteOnD1('x'), 0); // same byte again: no change of D1
+    EXPECT_EQ(store.lastChange()[static_cast<int>(Channel::D1)].time, d1Time);
+}

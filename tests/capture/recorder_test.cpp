@@ -1,0 +1,499 @@
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <fstream>
+#include <csignal>
+#include <functional>
+#include <sys/resource.h>
+#include <vector>
+
+#include "capture/record_reader.h"
+#include "capture/recorder.h"
+#include "resources/string_table.h"
+#include "support/scripted_prompter.h"
+#include "support/temp_dir.h"
+
+using namespace kestrel;
+
+namespace {
+
+// Ports that record what was asked of them; openForRecording can be made to fail.
+class FakePorts final : public RecorderPorts {
+public:
+    explicit FakePorts(RecordStore &store) : store_(store) {}
+    bool openForRecording() override
+    {
+        calls.push_back("open");
+        open = openSucceeds;
+        return open;
+    }
+    void closeAfterRecording() override
+    {
+        calls.push_back("close");
+        open = false;
+    }
+    void armStatusTriggers() override { calls.push_back("arm"); }
+    void forgetStatusTriggers() override { calls.push_back("forget"); }
+    void readModemStatus() override
+    {
+        store_.pending().m1 = dsr;
+        store_.pending().m5 = dcd;
+    }
+    void readAllPending() override
+    {
+        calls.push_back("drain");
+        for (std::uint8_t b : queued) {
+            store_.pending().d2 = b;
+            store_.pending().d2Valid = 1;
+            (void)store_.RecordComEvent(0);
+            store_.pending().clearData();
+        }
+        queued.clear();
+    }
+    [[nodiscard]] int count(const std::string &what) const
+    {
+        return static_cast<int>(std::count(calls.begin(), calls.end(), what));
+    }
+
+    bool openSucceeds = true;
+    bool open = false;
+    std::uint8_t dsr = 1, dcd = 0;
+    std::vector<std::uint8_t> queued;
+    std::vector<std::string> calls;
+
+private:
+    RecordStore &store_;
+};
+
+class CountingView final : public RecorderView {
+public:
+    void SetRecordOnControls() override { ++on; }
+    void SetRecordOffControls() override { ++off; }
+    void setModeText(const std::string &t) override { mode = t; }
+    void startRedrawThread() override { ++redrawStarted; }
+    void stopRedrawThread() override { ++redrawStopped; }
+    void setRecordButtons(bool down) override { recDown = down; }
+    void refreshSizeLabel(const std::string &l) override { label = l; }
+    void setStatusLights(bool hold, bool recording) override { lights.push_back({hold, recording}); }
+    std::vector<std::pair<bool, bool>> lights;
+    int on = 0, off = 0, redrawStarted = 0, redrawStopped = 0;
+    bool recDown = false;
+    std::string mode, label;
+};
+
+struct RecorderFixture : ::testing::Test {
+    test::TempDir dir;
+    ManualClock clock{46000.5};
+    RecordStore store{clock};
+    RecordFile file;
+    FakePorts ports{store};
+    test::ScriptedPrompter prompter;
+    CountingView view;
+    Recorder rec{store, file, ports, prompter};
+    std::deque<std::function<void()>> posted;
+
+    void SetUp() override
+    {
+        SetGlobalLang(kLangEnglish);
+        rec.setView(&view);
+        rec.setDataDir(dir.path().string());
+        rec.setDelay([](std::chrono::milliseconds) {});
+        file.setPath(dir.file("rec.ksr"));
+    }
+    void TearDown() override { SetGlobalLang(kLangGerman); }
+
+    void dataByte(std::uint8_t b)
+    {
+        clock.advance(2'000'000);
+        if (!rec.RecordingGate())
+            return;
+        store.pending().d1 = b;
+        store.pending().d1Valid = 1;
+        (void)rec.record(0);
+        store.pending().clearData();
+    }
+    std::vector<MpRecord> fileRecords()
+    {
+        RecordReader r;
+        EXPECT_TRUE(r.open(file.path()));
+        std::vector<MpRecord> out;
+        r.readBlock(0, r.recordCount(), out);
+        return out;
+    }
+    std::vector<int> marks()
+    {
+        std::vector<int> out;
+        for (const auto &mp : fileRecords())
+            if (mp.isSystemMark())
+                out.push_back(mp.markCode);
+        return out;
+    }
+};
+
+void expectGapFree(const std::vector<MpRecord> &recs)
+{
+    for (std::size_t i = 0; i < recs.size(); ++i) {
+        ASSERT_EQ(recs[i].number, i);
+        if (i > 0) {
+            ASSERT_GE(recs[i].time, recs[i - 1].time) << "MP " << i;
+        }
+    }
+}
+
+} // namespace
+
+TEST_F(RecorderFixture, NewFileRecordsMarksLevelsAndDataThenStops)
+{
+    rec.btnRecordClick();
+    EXPECT_TRUE(rec.recording());
+    EXPECT_EQ(rec.recordMode(), RecordMode::New);
+    EXPECT_EQ(view.mode, "MONITOR - MODE");
+    EXPECT_EQ(view.redrawStarted, 1);
+    EXPECT_EQ(ports.count("arm"), 1);
+    dataByte('A');
+    dataByte('B');
+    rec.btnStopClick();
+    EXPECT_FALSE(rec.recording());
+    EXPECT_FALSE(rec.loaded());
+    EXPECT_EQ(view.mode, "EXAMINE - MODE");
+    EXPECT_EQ(view.redrawStopped, 1);
+    EXPECT_EQ(view.label, file.path() + "   [  0 KB ]");
+
+    const auto recs = fileRecords();
+    ASSERT_EQ(recs.size(), 6u); // 0, 6, initial levels, A, B, 5
+    EXPECT_EQ(marks(), (std::vector<int>{SystemMark::NewFile, SystemMark::Started, SystemMark::Stopped}));
+    EXPECT_EQ(recs[2].m1, 1); // the levels read at start
+    EXPECT_EQ(recs[2].d1Valid, 0);
+    EXPECT_EQ(recs[4].d1, 'B');
+    EXPECT_EQ(recs[4].count(Counter::D1), 2u);
+    expectGapFree(recs);
+    EXPECT_EQ(store.writtenCounter().load(), 0u);
+    EXPECT_TRUE(prompter.asked.empty());
+}
+
+TEST_F(RecorderFixture, NameWithoutFolderGoesToRecordingsOfTheDataFolder)
+{
+    file.setPath("plain.ksr");
+    rec.btnRecordClick();
+    EXPECT_EQ(file.path(), (dir.path() / "recordings" / "plain.ksr").string());
+    EXPECT_TRUE(rec.recording());
+    rec.btnStopClick();
+}
+
+TEST_F(RecorderFixture, ExistingFileWithoutChoiceRecordsNothing)
+{
+    rec.btnRecordClick();
+    rec.btnStopClick();
+    const auto before = fileRecords();
+    view = CountingView{};
+    rec.setAppendReplace(RecordMode::None);
+    rec.btnRecordClick();
+    EXPECT_FALSE(rec.recording());
+    EXPECT_FALSE(rec.loaded());
+    EXPECT_FALSE(view.recDown); // buttons back to Stop
+    EXPECT_EQ(fileRecords(), before);
+    EXPECT_EQ(ports.count("open"), 1);
+}
+
+TEST_F(RecorderFixture, AppendContinuesWithoutGapAndReplaceStartsAfresh)
+{
+    rec.btnRecordClick();
+    dataByte('1');
+    rec.btnStopClick();
+    const std::size_t firstLen = fileRecords().size();
+
+    rec.setAppendReplace(RecordMode::Append);
+    rec.btnRecordClick();
+    dataByte('2');
+    rec.btnStopClick();
+    auto recs = fileRecords();
+    expectGapFree(recs);
+    EXPECT_EQ(recs[firstLen].markCode, SystemMark::Appended);
+    EXPECT_EQ(recs[firstLen].number, firstLen);
+    EXPECT_EQ(recs.back().count(Counter::D1), 2u); // counters go on across the append
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5, 4, 5}));
+
+    rec.setAppendReplace(RecordMode::Replace);
+    rec.btnRecordClick();
+    rec.btnStopClick();
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+    EXPECT_EQ(fileRecords()[2].count(Counter::D1), 0u);
+}
+
+TEST_F(RecorderFixture, EmptyOrTornOnlyFileIsReplacedWithoutAsking)
+{
+    std::ofstream(file.path()) << std::string(33, 'z'); // less than one record
+    rec.setAppendReplace(RecordMode::None);
+    rec.btnRecordClick();
+    EXPECT_EQ(rec.recordMode(), RecordMode::Replace);
+    rec.btnStopClick();
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+    EXPECT_TRUE(prompter.asked.empty());
+}
+
+TEST_F(RecorderFixture, AppendAfterACrashCutsTheTornTailOnceAndSaysSo)
+{
+    rec.btnRecordClick();
+    dataByte('x');
+    // Simulate a kill in the middle of a record: no stop mark, half a record at the end.
+    rec.StopRecorder();
+    file.close(RecordHandle::Record);
+    { std::ofstream(file.path(), std::ios::app) << std::string(40, '\x01'); }
+    const std::size_t whole = fileRecords().size();
+
+    rec.setAppendReplace(RecordMode::Append);
+    Recorder again{store, file, ports, prompter};
+    again.setDelay([](std::chrono::milliseconds) {});
+    again.setAppendReplace(RecordMode::Append);
+    again.btnRecordClick();
+    again.btnStopClick();
+    const auto recs = fileRecords();
+    expectGapFree(recs);
+    EXPECT_EQ(recs[whole].markCode, SystemMark::Appended);
+    EXPECT_EQ(RecordReader().open(file.path()), true);
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_NE(prompter.asked[0].text.find("incomplete record"), std::string::npos);
+    EXPECT_EQ(prompter.asked[0].buttons, Buttons::Ok);
+}
+
+TEST_F(RecorderFixture, PauseThenStopStopsOnceAndWritesOneStopMark)
+{
+    rec.btnRecordClick();
+    rec.btnPauseClick();
+    EXPECT_TRUE(rec.paused());
+    EXPECT_FALSE(rec.recording());
+    EXPECT_FALSE(ports.open);
+    dataByte('p'); // lines move while paused: no MP
+    const auto whilePaused = fileRecords().size();
+    EXPECT_EQ(whilePaused, 3u);
+    rec.btnStopClick();
+    EXPECT_FALSE(rec.paused());
+    EXPECT_EQ(ports.count("close"), 1);
+    EXPECT_EQ(rec.stopMarks(), 1);
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+}
+
+TEST_F(RecorderFixture, PauseAndResumeKeepTheFileWithoutANewMark)
+{
+    rec.btnRecordClick();
+    rec.btnPauseClick();
+    clock.advance(5'000'000'000); // five seconds of pause
+    rec.btnPauseClick();
+    EXPECT_TRUE(rec.recording());
+    EXPECT_EQ(ports.count("open"), 2);
+    dataByte('r');
+    rec.btnStopClick();
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+    const auto recs = fileRecords();
+    expectGapFree(recs);
+    EXPECT_GT((recs[3].time - recs[2].time) * 86400.0, 4.9); // the gap shows in the times
+}
+
+TEST_F(RecorderFixture, RecordWhileRecordingDoesNothing)
+{
+    rec.btnRecordClick();
+    const auto n = fileRecords().size();
+    rec.btnRecordClick();
+    EXPECT_EQ(fileRecords().size(), n);
+    EXPECT_EQ(ports.count("open"), 1);
+    EXPECT_EQ(file.openCount(RecordHandle::Record), 1);
+    rec.btnStopClick();
+}
+
+TEST_F(RecorderFixture, PortThatDoesNotOpenLeavesTheRecorderIdle)
+{
+    ports.openSucceeds = false;
+    rec.btnRecordClick();
+    EXPECT_FALSE(rec.recording());
+    EXPECT_FALSE(rec.loaded());
+    EXPECT_FALSE(view.recDown);
+    EXPECT_EQ(view.mode, "EXAMINE - MODE");
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+}
+
+TEST_F(RecorderFixture, FileErrorsAreReportedAndNothingStaysOpen)
+{
+    struct Case {
+        std::string path;
+        const char *message;
+    };
+    // A folder in place of the file cannot be opened; a path under a plain file cannot be created.
+    std::filesystem::create_directories(dir.path() / "isdir.ksr");
+    std::ofstream(dir.file("plainfile")) << "x";
+    const Case cases[] = {
+        {dir.file("isdir.ksr"), "Error opening record file!"},
+        {dir.file("plainfile") + "/x.ksr", "Error creating record file!"},
+        {dir.file("no-such-folder") + "/x.ksr", "Error creating record file!"},
+    };
+    for (const auto &c : cases) {
+        prompter.asked.clear();
+        file.setPath(c.path);
+        rec.setAppendReplace(RecordMode::Append);
+        rec.btnRecordClick();
+        EXPECT_FALSE(rec.recording()) << c.path;
+        EXPECT_FALSE(file.isOpen(RecordHandle::Record)) << c.path;
+        ASSERT_EQ(prompter.asked.size(), 1u) << c.path;
+        EXPECT_EQ(prompter.asked[0].title, "File operation");
+        EXPECT_NE(prompter.asked[0].text.find(c.message), std::string::npos) << prompter.asked[0].text;
+        EXPECT_NE(prompter.asked[0].text.find(c.path), std::string::npos);
+    }
+}
+
+TEST_F(RecorderFixture, GateFollowsCaptureAndTriggerStates)
+{
+    struct Case {
+        bool enabled, controlled, stop, inactivity, time, open;
+    };
+    const Case cases[] = {
+        {false, false, false, false, false, false}, {true, false, false, false, false, true},
+        {true, true, false, false, false, false},   {true, true, true, false, false, true},
+        {true, true, false, true, false, true},     {true, true, false, false, true, true},
+        {false, true, true, true, true, false},
+    };
+    rec.btnRecordClick();
+    for (const auto &c : cases) {
+        rec.captureEnabled = c.enabled;
+        rec.triggerControlled = c.controlled;
+        rec.triggerStates = {c.stop, c.inactivity, c.time};
+        EXPECT_EQ(rec.RecordingGate(), c.open);
+    }
+    rec.btnPauseClick();
+    rec.captureEnabled = true;
+    rec.triggerControlled = false;
+    EXPECT_FALSE(rec.RecordingGate()); // paused: the ports are closed
+    rec.btnStopClick();
+}
+
+TEST_F(RecorderFixture, TriggerControlledStartWritesNothingUntilTriggersOpenTheGate)
+{
+    rec.setTriggerPreparation([this] {
+        rec.triggerControlled = true;
+        return true;
+    });
+    rec.btnRecordClick();
+    EXPECT_EQ(ports.count("arm"), 0); // trigger evaluation arms its own
+    dataByte('n');
+    EXPECT_EQ(fileRecords().size(), 2u);
+    EXPECT_EQ(rec.WriteTriggerMark(0, 1, 12), 0); // the start trigger fires
+    rec.captureEnabled = true;
+    rec.triggerStates.stopGroupArmed = true;
+    dataByte('y');
+    rec.btnStopClick();
+    EXPECT_FALSE(rec.triggerControlled);
+    EXPECT_FALSE(rec.captureEnabled);
+    EXPECT_EQ(rec.WriteTriggerMark(1, 1, 12), WriteResult::WriteFailed); // no recording any more
+    const auto recs = fileRecords();
+    ASSERT_EQ(recs.size(), 5u);
+    EXPECT_EQ(recs[2].markCode, 1);
+    EXPECT_EQ(recs[2].markExtra, 12);
+    EXPECT_EQ(recs[3].d1, 'y');
+    EXPECT_EQ(recs[3].markCode, 0);
+}
+
+TEST_F(RecorderFixture, LostPortStopsOnceKeepsEverythingAndReportsOnce)
+{
+    rec.setPoster([this](std::function<void()> f) { posted.push_back(std::move(f)); });
+    rec.btnRecordClick();
+    dataByte('a');
+    ports.queued = {'b', 'c'}; // still in the other port's buffer
+    rec.onPortLost("/dev/ttyUSB0", "device removed");
+    rec.onPortLost("/dev/ttyUSB1", "device removed");
+    EXPECT_TRUE(rec.recording()); // nothing happens inside the port's handler
+    ASSERT_EQ(posted.size(), 1u);
+    posted.front()();
+    EXPECT_FALSE(rec.recording());
+    EXPECT_TRUE(rec.portLost());
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_NE(prompter.asked[0].text.find("/dev/ttyUSB0"), std::string::npos);
+    EXPECT_EQ(prompter.asked[0].title, StrIn(2000, kLangEnglish));
+    const auto recs = fileRecords();
+    expectGapFree(recs);
+    EXPECT_EQ(recs[recs.size() - 2].d2, 'c');
+    EXPECT_EQ(recs.back().markCode, SystemMark::Stopped);
+    rec.onPortLost("/dev/ttyUSB0", "again"); // idle now: ignored
+    EXPECT_EQ(posted.size(), 1u);
+}
+
+TEST_F(RecorderFixture, DrainAndStopRecordsWhatThePortsStillHold)
+{
+    rec.btnRecordClick();
+    ports.queued = {'x', 'y', 'z'};
+    rec.drainAndStop();
+    rec.drainAndStop();
+    const auto recs = fileRecords();
+    ASSERT_EQ(recs.size(), 7u);
+    EXPECT_EQ(recs[5].d2, 'z');
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+}
+
+TEST_F(RecorderFixture, FullDiskIsReportedOnceAndStopsTheRecording)
+{
+    rec.setPoster([this](std::function<void()> f) { posted.push_back(std::move(f)); });
+    rec.btnRecordClick();
+    dataByte('a');
+    const std::size_t before = fileRecords().size();
+
+    // A file size limit stands in for a full disk.
+    rlimit old{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &old), 0);
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit lim = old;
+    lim.rlim_cur = before * kMpSize;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &lim), 0);
+    store.beginBurst();
+    for (int i = 0; i < 5; ++i)
+        dataByte('b');
+    rec.endBurst();
+    dataByte('c');
+    while (!posted.empty()) {
+        auto f = std::move(posted.front());
+        posted.pop_front();
+        f();
+    }
+    ::setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+
+    EXPECT_TRUE(rec.writeFailed());
+    EXPECT_FALSE(rec.recording());
+    EXPECT_FALSE(rec.loaded());
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_NE(prompter.asked[0].text.find("Error writing the record file!"), std::string::npos);
+    const auto recs = fileRecords();
+    EXPECT_EQ(recs.size(), before); // whole records only, the stop mark found no room either
+    expectGapFree(recs);
+    EXPECT_EQ(recs.back().d1, 'a');
+}
+
+TEST_F(RecorderFixture, LightsBlinkWhileTheirStateLastsAndStayOffWhilePaused)
+{
+    using Lights = std::vector<std::pair<bool, bool>>;
+    rec.btnRecordClick();
+    rec.LEDToggleTimerTimer();
+    rec.LEDToggleTimerTimer();
+    rec.btnViewHoldClick(); // hold on: capture goes on
+    EXPECT_TRUE(rec.viewHold());
+    rec.LEDToggleTimerTimer();
+    rec.btnPauseClick();
+    rec.LEDToggleTimerTimer();
+    rec.btnViewHoldClick();
+    rec.LEDToggleTimerTimer();
+    EXPECT_EQ(view.lights, (Lights{{false, true}, {false, false}, {false, false}, {true, true},
+                                   {false, false}, {false, false}, {false, false}}));
+    dataByte('x');
+    rec.btnStopClick();
+    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+}
+
+TEST(RecordModeQuestion, YesReplacesNoAppendsAnythingElseCancels)
+{
+    const std::pair<int, int> cases[] = {{MsgResult::Yes, RecordMode::Replace}, {MsgResult::No, RecordMode::Append},
+                                         {MsgResult::Cancel, RecordMode::None}, {MsgResult::UnlistedOk, RecordMode::None}};
+    for (const auto &[answer, mode] : cases) {
+        test::ScriptedPrompter prompter;
+        prompter.answerNext(answer);
+        EXPECT_EQ(AskRecordMode(prompter), mode) << answer;
+        ASSERT_EQ(prompter.asked.size(), 1u);
+        EXPECT_EQ(prompter.asked[0].buttons, Buttons::YesNoCancel);
+        EXPECT_EQ(prompter.asked[0].text.rfind(StrIn(3010, GlobalLang()), 0), 0u);
+    }
+}

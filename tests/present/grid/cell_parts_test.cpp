@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include "present/grid/grid_layout.h"
+#include "present/grid/mark_cell.h"
+#include "present/grid/view_modes.h"
+#include "present/grid/waveform.h"
+#include "resources/string_table.h"
+
+using namespace kestrel;
+using namespace kestrel::grid;
+
+namespace {
+
+// Points as text: L/H for x0/x1, t/b for top/bottom.
+std::string Trace(const WaveShape &s)
+{
+    std::string out;
+    for (int i = 0; i < s.count; ++i) {
+        out += s.points[static_cast<std::size_t>(i)].high ? 'H' : 'L';
+        out += s.points[static_cast<std::size_t>(i)].bottom ? 'b' : 't';
+    }
+    return out + (s.fillable ? "+fill" : "");
+}
+
+} // namespace
+
+TEST(Waveform, EightCasesFromPreviousCurrentNext)
+{
+    struct {
+        std::uint8_t p, c, n;
+        const char *trace;
+    } const cases[] = {
+        {0, 0, 0, "LtLb"},           {0, 0, 1, "LtLbHb"},         {0, 1, 0, "LtHtHbLb+fill"},
+        {0, 1, 1, "LtHtHb+fill"},    {1, 0, 0, "HtLtLb"},         {1, 0, 1, "HtLtLbHb"},
+        {1, 1, 0, "HtHbLb+fill"},    {1, 1, 1, "HtHb+fill"},
+    };
+    for (const auto &c : cases) {
+        const int k = WaveformCase(c.p, c.c, c.n);
+        EXPECT_EQ(k, 4 * c.p + 2 * c.c + c.n);
+        EXPECT_EQ(Trace(WaveformShape(k)), c.trace) << k;
+    }
+    // Any non-zero level byte counts as high.
+    EXPECT_EQ(WaveformCase(0, 7, 0), 2);
+    EXPECT_EQ(WaveStepWidth(30), 18);
+    EXPECT_EQ(WaveStepWidth(35), 18);
+    EXPECT_EQ(WaveStepWidth(9), 0);
+}
+
+TEST(MarkCell, SystemAndTriggerMarks)
+{
+    MpRecord mp;
+    EXPECT_EQ(DescribeMark(mp, kLangEnglish).style, MarkStyle::None);
+    EXPECT_TRUE(DescribeMark(mp, kLangEnglish).text.empty());
+
+    mp.markKind = kSystemMarkKind;
+    mp.markCode = SystemMark::NewFile; // code 0 still is a mark when the kind says so
+    EXPECT_EQ(DescribeMark(mp, kLangEnglish).style, MarkStyle::SystemOther);
+    mp.markCode = SystemMark::Started;
+    EXPECT_EQ(DescribeMark(mp, kLangGerman).style, MarkStyle::SystemStart);
+    mp.markCode = SystemMark::Appended;
+    EXPECT_EQ(DescribeMark(mp, kLangEnglish).text, "APPENDED");
+    mp.markCode = SystemMark::Stopped;
+    EXPECT_EQ(DescribeMark(mp, kLangGerman).text, "STOPP");
+    EXPECT_EQ(DescribeMark(mp, kLangGerman).style, MarkStyle::SystemStop);
+
+    MpRecord trig;
+    trig.markCode = 2; // trigger type 1 (stop) + 1
+    trig.markKind = 3;
+    trig.markExtra = 12;
+    EXPECT_EQ(DescribeMark(trig, kLangEnglish).text, "T_12.stop");
+    EXPECT_EQ(DescribeMark(trig, kLangEnglish).style, MarkStyle::TriggerStop);
+    trig.markCode = 3;
+    EXPECT_EQ(DescribeMark(trig, kLangGerman).text, "T_12.erkannt");
+}
+
+TEST(MarkCell, ErrorLettersPerCircuit)
+{
+    MpRecord mp;
+    mp.peD1 = 1;
+    mp.leD1 = 1;
+    mp.feD2 = 1;
+    EXPECT_EQ(ErrorLetters(ErrorsOf(mp, false)), "PL");
+    EXPECT_EQ(ErrorLetters(ErrorsOf(mp, true)), "F");
+    EXPECT_FALSE(ErrorsOf(MpRecord{}, true).any());
+}
+
+TEST(GridModes, TimeButtonsGridLinesAndViews)
+{
+    GridModes m;
+    EXPECT_EQ(m.timeMode(), kTimeAbsolute);
+    m.ClickTimeRelative(true);
+    m.ClickTimeRelative(true); // pressing twice changes nothing
+    EXPECT_EQ(m.timeMode(), kTimeRelative);
+    m.ClickTimeDelta(false);
+    EXPECT_EQ(m.timeMode(), kTimeAbsolute);
+    m.ClickTimeDelta(true);
+    EXPECT_EQ(m.timeMode(), kTimeDelta);
+    m.SetTimeMode(7);
+    EXPECT_EQ(m.timeMode(), kTimeAbsolute);
+
+    m.SetGridLines(GridLines::Horizontal);
+    EXPECT_EQ(m.gridLines(), (GridLineOptions{false, true}));
+    m.SetGridLines(GridLines::Vertical);
+    EXPECT_EQ(m.gridLines(), (GridLineOptions{true, false}));
+    m.SetGridLines(GridLines::None);
+    EXPECT_EQ(m.gridLines(), (GridLineOptions{false, false}));
+
+    // Only the three views exist.
+    EXPECT_FALSE(m.SelectView(2));
+    EXPECT_EQ(m.view(), kViewVertical);
+    m.ToggleNaming();
+    EXPECT_EQ(m.namingSet(), 1);
+    m.ToggleNaming();
+    EXPECT_EQ(m.namingSet(), 0);
+}

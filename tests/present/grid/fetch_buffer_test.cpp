@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+
+#include "capture/record_reader.h"
+#include "present/grid/fetch_buffer.h"
+#include "support/temp_dir.h"
+
+using namespace kestrel;
+using namespace kestrel::grid;
+
+namespace {
+
+MpRecord Mp(std::uint32_t n)
+{
+    MpRecord mp;
+    mp.number = n;
+    mp.time = 46000.0 + n / 86400.0;
+    mp.d1 = static_cast<std::uint8_t>(n);
+    mp.d1Valid = 1;
+    return mp;
+}
+
+// Writes MPs 0..count-1 and, when tornBytes > 0, a cut-off record after them.
+std::string WriteRecording(const test::TempDir &dir, std::uint32_t count, int tornBytes = 0)
+{
+    const std::string path = dir.file("rec.ksr");
+    std::ofstream out(path, std::ios::binary);
+    for (std::uint32_t n = 0; n < count; ++n) {
+        const MpBytes b = EncodeMp(Mp(n));
+        out.write(reinterpret_cast<const char *>(b.data()), static_cast<std::streamsize>(b.size()));
+    }
+    const MpBytes torn = EncodeMp(Mp(count));
+    out.write(reinterpret_cast<const char *>(torn.data()), tornBytes);
+    return path;
+}
+
+} // namespace
+
+TEST(FetchBuffer, FullWindowIsValidAndMapsSlotsToMps)
+{
+    test::TempDir dir;
+    RecordReader r;
+    ASSERT_TRUE(r.open(WriteRecording(dir, 12000)));
+    FetchBuffer buf;
+    const auto base = buf.Fetch(r, 1500);
+    EXPECT_TRUE(buf.valid());
+    EXPECT_FALSE(base.has_value()); // MP 1 is not in this block
+    EXPECT_EQ(buf.filled(), 10000u);
+    EXPECT_EQ(buf.Slot(0).number, 1500u);
+    EXPECT_EQ(buf.Slot(9999).number, 11499u);
+    EXPECT_EQ(buf.Slot(10000).number, 0u); // outside: a zero record
+    EXPECT_EQ(buf.Slot(-1).number, 0u);
+    ASSERT_NE(buf.Mp(1600), nullptr);
+    EXPECT_EQ(buf.Mp(1600)->d1, static_cast<std::uint8_t>(1600));
+    EXPECT_EQ(buf.Mp(1499), nullptr);
+    EXPECT_EQ(buf.lastReadBytes(), 10000u * kMpSize);
+}
+
+TEST(FetchBuffer, ShortReadZeroesTheRestAndClearsValid)
+{
+    test::TempDir dir;
+    RecordReader r;
+    ASSERT_TRUE(r.open(WriteRecording(dir, 50, 30)));
+    FetchBuffer buf;
+    buf.Fetch(r, 0); // fill some slots first so zeroing is observable below
+    const auto base = buf.Fetch(r, 40);
+    EXPECT_FALSE(buf.valid());
+    EXPECT_EQ(buf.filled(), 10u); // the torn 51st record does not count
+    EXPECT_EQ(buf.Slot(9).number, 49u);
+    const MpRecord zero{};
+    EXPECT_EQ(buf.Slot(10), zero);
+    EXPECT_EQ(buf.Slot(45), zero);
+    EXPECT_FALSE(base.has_value());
+    EXPECT_EQ(buf.lastReadBytes(), 10u * kMpSize);
+
+    // MP 1 in the block gives the relative time base.
+    const auto base1 = buf.Fetch(r, 0);
+    ASSERT_TRUE(base1.has_value());
+    EXPECT_DOUBLE_EQ(*base1, Mp(1).time);
+
+    buf.Clear();
+    EXPECT_FALSE(buf.valid());
+    EXPECT_EQ(buf.Slot(3), zero);
+    EXPECT_EQ(buf.Mp(3), nullptr);
+}
+
+TEST(FetchBuffer, CoversDecidesWhetherScrollingMustRead)
+{
+    test::TempDir dir;
+    RecordReader r;
+    ASSERT_TRUE(r.open(WriteRecording(dir, 20000)));
+    FetchBuffer buf;
+    buf.Fetch(r, 1000);
+    EXPECT_TRUE(buf.Covers(1000, 41, 20000));
+    EXPECT_TRUE(buf.Covers(10959, 41, 20000));
+    EXPECT_FALSE(buf.Covers(10960, 41, 20000));
+    EXPECT_FALSE(buf.Covers(999, 41, 20000));
+    // Near the end of a file the block is short; it still covers the last page
+    // unless the file has grown since.
+    buf.Fetch(r, 19900);
+    EXPECT_TRUE(buf.Covers(19950, 60, 20000));
+    EXPECT_FALSE(buf.Covers(19950, 60, 20010));
+}
+
+TEST(FetchBuffer, FillFromLiveRecordsReadsNothing)
+{
+    std::vector<MpRecord> live = {Mp(7), Mp(8), Mp(9)};
+    FetchBuffer buf;
+    buf.FillFromRecords(live);
+    EXPECT_EQ(buf.first(), 7u);
+    EXPECT_EQ(buf.filled(), 3u);
+    EXPECT_EQ(buf.lastReadBytes(), 0u);
+    ASSERT_NE(buf.Mp(9), nullptr);
+    EXPECT_EQ(buf.Mp(9)->number, 9u);
+    buf.FillFromRecords({});
+    EXPECT_EQ(buf.filled(), 0u);
+}

@@ -1,0 +1,164 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+#include "present/grid/live_source.h"
+#include "present/grid/redraw_loop.h"
+
+using namespace kestrel;
+using namespace kestrel::grid;
+
+namespace {
+
+// A recorder whose counter moves when the test says so, optionally while a
+// given number of cells has been drawn (a burst in the middle of a pass).
+struct FakeSource : LiveSource {
+    std::uint32_t count = 0;
+    int waits = 0;
+    std::uint32_t WrittenMpCount() const override { return count; }
+    bool WaitReceive(std::chrono::milliseconds t) override
+    {
+        EXPECT_EQ(t, kReceiveWait);
+        ++waits;
+        return true;
+    }
+    std::vector<MpRecord> NewestMps() const override { return {}; }
+};
+
+struct FakeTarget : RedrawTarget {
+    FakeSource *source = nullptr;
+    int rows = 3, cols = 2; // two data rows of two cells
+    std::vector<int> gauges;
+    std::vector<std::string> progress;
+    std::vector<std::pair<int, int>> drawn;
+    std::pair<int, int> current{-1, -1};
+    int statusRefreshes = 0;
+    int burstAfterCells = -1; // bump the counter after this many drawn cells
+    void BeginPass(int &r, int &c) override
+    {
+        r = rows;
+        c = cols;
+    }
+    void RepaintGauge(int phase) override { gauges.push_back(phase); }
+    void FetchCellRect(int col, int row) override { current = {col, row}; }
+    void DrawCurrentCell() override
+    {
+        drawn.push_back(current);
+        if (static_cast<int>(drawn.size()) == burstAfterCells)
+            source->count += 5;
+    }
+    void RefreshStatusLine() override { ++statusRefreshes; }
+    void SetProgressText(const std::string &t) override { progress.push_back(t); }
+};
+
+struct Harness {
+    FakeSource source;
+    FakeTarget target;
+    int syncCalls = 0;
+    bool refuseSync = false;
+    std::vector<std::chrono::milliseconds> sleeps;
+    RedrawLoop loop{source, target,
+                    [this](const std::function<void()> &fn) {
+                        ++syncCalls;
+                        if (refuseSync)
+                            return false;
+                        fn();
+                        return true;
+                    },
+                    [this](std::chrono::milliseconds ms) { sleeps.push_back(ms); }};
+    Harness() { target.source = &source; }
+};
+
+} // namespace
+
+TEST(RedrawLoop, IdleLoopOnlySleeps)
+{
+    Harness h;
+    for (int i = 0; i < 5; ++i)
+        EXPECT_TRUE(h.loop.Step());
+    EXPECT_EQ(h.sleeps, std::vector<std::chrono::milliseconds>(5, kIdleSleep));
+    EXPECT_EQ(h.syncCalls, 0);
+    EXPECT_EQ(h.source.waits, 0);
+}
+
+TEST(RedrawLoop, NewMpsRepaintEveryCellAndRotateTheGauges)
+{
+    Harness h;
+    for (int pass = 0; pass < 4; ++pass) {
+        h.source.count += 1;
+        ASSERT_TRUE(h.loop.Step());
+        EXPECT_EQ(h.loop.lastSeen(), h.source.count);
+    }
+    EXPECT_EQ(h.target.gauges, (std::vector<int>{0, 1, 2, 0}));
+    // Rows 1..2, columns 0..1, row by row; header row 0 never.
+    ASSERT_EQ(h.target.drawn.size(), 16u);
+    EXPECT_EQ(h.target.drawn[0], std::make_pair(0, 1));
+    EXPECT_EQ(h.target.drawn[1], std::make_pair(1, 1));
+    EXPECT_EQ(h.target.drawn[2], std::make_pair(0, 2));
+    EXPECT_EQ(h.target.statusRefreshes, 16);
+    EXPECT_TRUE(h.sleeps.empty());
+    // A quiet loop afterwards costs one idle sleep.
+    EXPECT_TRUE(h.loop.Step());
+    EXPECT_EQ(h.sleeps.size(), 1u);
+}
+
+TEST(RedrawLoop, BurstDuringAPassSkipsTheRestUntilAQuietPass)
+{
+    Harness h;
+    h.target.burstAfterCells = 1;
+    h.source.count = 10;
+    ASSERT_TRUE(h.loop.Step());
+    // The first cell was drawn; the burst made the next one stale and it was
+    // skipped; the cells after it were drawn from the newer counter.
+    EXPECT_EQ(h.target.drawn.size(), 3u);
+    EXPECT_EQ(h.loop.cellsSkipped(), 1);
+    EXPECT_EQ(h.target.drawn[1], std::make_pair(0, 2));
+    // The skipped cell gets a pass of its own even without further MPs.
+    ASSERT_TRUE(h.loop.Step());
+    EXPECT_TRUE(h.sleeps.empty());
+    EXPECT_EQ(h.target.drawn.size(), 7u);
+    ASSERT_TRUE(h.loop.Step());
+    EXPECT_EQ(h.sleeps.size(), 1u);
+}
+
+TEST(RedrawLoop, HeldDisplayAnimatesTheProgressText)
+{
+    Harness h;
+    h.loop.hold = true;
+    for (int pass = 0; pass < 31; ++pass) {
+        h.source.count += 1;
+        ASSERT_TRUE(h.loop.Step());
+    }
+    EXPECT_TRUE(h.target.drawn.empty());
+    ASSERT_EQ(h.target.progress.size(), 31u);
+    EXPECT_EQ(h.target.progress[0], " ");
+    EXPECT_EQ(h.target.progress[1], " |");
+    EXPECT_EQ(h.target.progress[29], " " + std::string(29, '|'));
+    EXPECT_EQ(h.target.progress[30], " "); // back to one after 30
+    EXPECT_EQ(h.target.statusRefreshes, 31);
+}
+
+TEST(RedrawLoop, RefusedStepEndsTheRunAndUnloadStillPasses)
+{
+    Harness h;
+    h.source.count = 3;
+    ASSERT_TRUE(h.loop.Step());
+    ASSERT_EQ(h.target.drawn.size(), 4u);
+
+    // A refused synchronised step (the thread is stopping) ends the pass and the run.
+    h.refuseSync = true;
+    h.source.count += 1;
+    const int before = h.syncCalls;
+    std::atomic<bool> stop{false};
+    h.loop.Run(stop);
+    EXPECT_EQ(h.syncCalls, before + 1);
+    EXPECT_EQ(h.target.drawn.size(), 4u);
+
+    // Unloading sets the counter to 0: the difference is non-zero, one more pass runs.
+    h.refuseSync = false;
+    h.source.count = 0;
+    ASSERT_TRUE(h.loop.Step());
+    EXPECT_EQ(h.loop.lastSeen(), 0u);
+}

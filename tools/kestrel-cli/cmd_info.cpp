@@ -1,0 +1,144 @@
+// kestrel-cli info FILE.ksr [--json]: what a recording holds.
+
+#include <cstdio>
+#include <string>
+
+#include "capture/record_reader.h"
+#include "capture/record_summary.h"
+#include "command.h"
+
+namespace kestrel::cli {
+namespace {
+
+const char *kInfoUsage =
+    "usage: kestrel-cli info FILE.ksr [--json]\n"
+    "  MP count, first and last time, the counters, load peak and quality of the\n"
+    "  last MP, every system and trigger mark with its MP number, and the checks\n"
+    "  (gap-free numbers, non-decreasing times, counters agreeing with the flags).\n";
+
+std::string jsonString(const std::string &s)
+{
+    std::string out = "\"";
+    for (unsigned char c : s) {
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += static_cast<char>(c);
+        } else if (c < 0x20) {
+            char buf[8];
+            std::snprintf(buf, sizeof buf, "\\u%04x", c);
+            out += buf;
+        } else {
+            out += static_cast<char>(c);
+        }
+    }
+    return out + "\"";
+}
+
+std::string markText(const MarkEntry &m)
+{
+    if (m.system())
+        return "system " + std::to_string(m.code) + " (" + SystemMarkName(m.code) + ")";
+    return "trigger " + std::to_string(m.code) + " kind " + std::to_string(m.kind) + " trigger no. " +
+           std::to_string(m.extra);
+}
+
+void printText(const std::string &path, const RecordingSummary &s)
+{
+    std::printf("file:          %s\n", path.c_str());
+    std::printf("size:          %llu bytes (%llu KB)\n", static_cast<unsigned long long>(s.fileSize),
+                static_cast<unsigned long long>(s.fileSize >> 10));
+    std::printf("MPs:           %llu\n", static_cast<unsigned long long>(s.mpCount));
+    if (s.tornBytes)
+        std::printf("torn tail:     %llu bytes after the last whole MP (cut when appending)\n",
+                    static_cast<unsigned long long>(s.tornBytes));
+    if (s.mpCount == 0) {
+        std::printf("(no MPs)\n");
+        return;
+    }
+    std::printf("first time:    %s\n", FormatDateTimeIso(s.first.time).c_str());
+    std::printf("last time:     %s\n", FormatDateTimeIso(s.last.time).c_str());
+    const char *names[5] = {"D1", "D2", "PE", "FE", "LE"};
+    for (int i = 0; i < 5; ++i)
+        std::printf("%s count:      %llu\n", names[i], static_cast<unsigned long long>(s.last.counts[i]));
+    std::printf("load peak:     %u %%\n", s.last.loadPeak);
+    std::printf("quality:       %u %%\n", s.last.quality);
+    std::printf("marks:         %zu\n", s.marks.size());
+    for (const auto &m : s.marks)
+        std::printf("  MP %-10llu %s  %s\n", static_cast<unsigned long long>(m.mp),
+                    FormatDateTimeIso(m.time).c_str(), markText(m).c_str());
+    std::printf("checks:        %s (number gaps %llu, times going back %llu, counter mismatches %llu)\n",
+                s.sound() ? "ok" : "FAULTS", static_cast<unsigned long long>(s.numberGaps),
+                static_cast<unsigned long long>(s.timeBackwards),
+                static_cast<unsigned long long>(s.counterMismatches));
+}
+
+void printJson(const std::string &path, const RecordingSummary &s)
+{
+    auto u = [](std::uint64_t v) { return static_cast<unsigned long long>(v); };
+    std::printf("{\n  \"file\": %s,\n  \"size\": %llu,\n  \"mps\": %llu,\n  \"tornBytes\": %llu",
+                jsonString(path).c_str(), u(s.fileSize), u(s.mpCount), u(s.tornBytes));
+    if (s.mpCount > 0) {
+        std::printf(",\n  \"firstTime\": %.10f,\n  \"firstTimeText\": \"%s\",\n  \"lastTime\": %.10f,\n"
+                    "  \"lastTimeText\": \"%s\",\n",
+                    s.first.time, FormatDateTimeIso(s.first.time).c_str(), s.last.time,
+                    FormatDateTimeIso(s.last.time).c_str());
+        std::printf("  \"counters\": {\"d1\": %llu, \"d2\": %llu, \"pe\": %llu, \"fe\": %llu, \"le\": %llu},\n",
+                    u(s.last.counts[0]), u(s.last.counts[1]), u(s.last.counts[2]), u(s.last.counts[3]),
+                    u(s.last.counts[4]));
+        std::printf("  \"loadPeak\": %u,\n  \"quality\": %u", s.last.loadPeak, s.last.quality);
+    }
+    std::printf(",\n  \"marks\": [");
+    for (std::size_t i = 0; i < s.marks.size(); ++i) {
+        const auto &m = s.marks[i];
+        std::printf("%s\n    {\"mp\": %llu, \"type\": \"%s\", \"code\": %u, \"kind\": %u, \"extra\": %u, "
+                    "\"time\": %.10f}",
+                    i ? "," : "", u(m.mp), m.system() ? "system" : "trigger", m.code, m.kind, m.extra, m.time);
+    }
+    std::printf("%s],\n", s.marks.empty() ? "" : "\n  ");
+    std::printf("  \"checks\": {\"sound\": %s, \"numberGaps\": %llu, \"timeBackwards\": %llu, "
+                "\"counterMismatches\": %llu}\n}\n",
+                s.sound() ? "true" : "false", u(s.numberGaps), u(s.timeBackwards), u(s.counterMismatches));
+}
+
+int runInfo(const std::vector<std::string> &args)
+{
+    std::string path;
+    bool json = false;
+    for (const auto &a : args) {
+        if (a == "--help" || a == "-h") {
+            std::fputs(kInfoUsage, stdout);
+            return kExitOk;
+        }
+        if (a == "--json")
+            json = true;
+        else if (!a.empty() && a[0] == '-') {
+            std::fprintf(stderr, "kestrel-cli info: unknown option '%s'\n%s", a.c_str(), kInfoUsage);
+            return kExitUsage;
+        } else if (path.empty())
+            path = a;
+        else {
+            std::fprintf(stderr, "kestrel-cli info: only one file, please ('%s')\n%s", a.c_str(), kInfoUsage);
+            return kExitUsage;
+        }
+    }
+    if (path.empty()) {
+        std::fputs(kInfoUsage, stderr);
+        return kExitUsage;
+    }
+    RecordReader reader;
+    if (!reader.open(path)) {
+        std::fprintf(stderr, "kestrel-cli info: cannot open %s: %s\n", path.c_str(), reader.errorText().c_str());
+        return kExitFailure;
+    }
+    const RecordingSummary s = SummarizeRecording(reader);
+    if (json)
+        printJson(path, s);
+    else
+        printText(path, s);
+    return kExitOk;
+}
+
+const Registration kInfo({"info", "show what a recording holds (counts, times, marks, checks)", &runInfo});
+
+} // namespace
+} // namespace kestrel::cli
