@@ -222,11 +222,7 @@ void StoreEnvironment(const Environment &env, IniFile &ini)
 
 FileResult SaveEnvironment(const Environment &env, const std::filesystem::path &file)
 {
-    IniReadResult current = ReadIniFile(file);
-    if (!current.status.ok)
-        return current.status; // writing over a file that could not be read would lose what it holds
-    StoreEnvironment(env, current.ini);
-    return WriteIniFile(file, current.ini);
+    return UpdateIniFile(file, [&](IniFile &ini) { StoreEnvironment(env, ini); });
 }
 
 } // namespace kestrel

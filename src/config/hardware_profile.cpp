@@ -45,11 +45,7 @@ void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini)
 
 FileResult WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file)
 {
-    IniReadResult current = ReadIniFile(file);
-    if (!current.status.ok)
-        return current.status; // writing over a file that could not be read would lose what it holds
-    StoreHardwareProfile(profile, current.ini);
-    return WriteIniFile(file, current.ini);
+    return UpdateIniFile(file, [&](IniFile &ini) { StoreHardwareProfile(profile, ini); });
 }
 
 std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataFolder)

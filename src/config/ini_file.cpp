@@ -431,19 +431,30 @@ IniReadResult ReadIniFile(const std::filesystem::path &path)
         result.status = {false, "'" + path.string() + "' is a folder, not a file"};
         return result;
     }
+    // A pipe would wait for a writer and a device never ends; neither is a settings file.
+    if (!std::filesystem::is_regular_file(status)) {
+        result.status = {false, "'" + path.string() + "' is not a regular file"};
+        return result;
+    }
     std::ifstream in(path, std::ios::binary);
     if (!in) {
         result.status = {false, "cannot open '" + path.string() + "': " + std::strerror(errno)};
         return result;
     }
     std::string text;
-    text.resize(kMaxIniFileBytes);
+    text.resize(kMaxIniFileBytes + 1);
     in.read(text.data(), static_cast<std::streamsize>(text.size()));
     text.resize(static_cast<std::size_t>(in.gcount()));
     if (in.bad()) {
         result.status = {false, "cannot read '" + path.string() + "'"};
         return result;
     }
+    if (text.size() > kMaxIniFileBytes) {
+        text.resize(kMaxIniFileBytes);
+        result.notSettingsFile = true;
+    }
+    if (text.find('\0') != std::string::npos)
+        result.notSettingsFile = true;
     result.ini = IniFile::Parse(text);
     return result;
 }
@@ -499,6 +510,17 @@ FileResult WriteFileAtomic(const std::filesystem::path &path, std::string_view t
 FileResult WriteIniFile(const std::filesystem::path &path, const IniFile &ini)
 {
     return WriteFileAtomic(path, ini.ToText());
+}
+
+FileResult UpdateIniFile(const std::filesystem::path &path, const std::function<void(IniFile &)> &change)
+{
+    IniReadResult current = ReadIniFile(path);
+    if (!current.status.ok)
+        return current.status; // writing over a file that could not be read would lose what it holds
+    if (current.notSettingsFile)
+        return {false, "'" + path.string() + "' is not a settings file (it is binary or too large); it was left as it is"};
+    change(current.ini);
+    return WriteIniFile(path, current.ini);
 }
 
 } // namespace kestrel

@@ -253,11 +253,7 @@ void StoreConfiguration(const ProgramConfig &cfg, IniFile &ini)
 
 FileResult SaveConfiguration(const ProgramConfig &cfg, const std::filesystem::path &configFile)
 {
-    IniReadResult current = ReadIniFile(configFile);
-    if (!current.status.ok)
-        return current.status; // writing over a file that could not be read would lose what it holds
-    StoreConfiguration(cfg, current.ini);
-    return WriteIniFile(configFile, current.ini);
+    return UpdateIniFile(configFile, [&](IniFile &ini) { StoreConfiguration(cfg, ini); });
 }
 
 } // namespace kestrel

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <fstream>
 #include <random>
 
 #include "config/date_time_text.h"
 #include "config/environment.h"
 #include "config/environment_save.h"
+#include "config/hardware_profile.h"
+#include "config/program_config.h"
 #include "resources/string_table.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
@@ -243,4 +247,39 @@ TEST(Environment, AFailedSaveIsReportedOnceAndKeepsTheChangeMark)
     EXPECT_TRUE(SaveEnvironmentReported(prompter, FullEnvironment(), dir.path() / "x.kef", flag));
     EXPECT_EQ(prompter.asked.size(), 1u);
     EXPECT_FALSE(flag.IsEnvironmentChanged());
+}
+
+// Saving must never rewrite what is not a settings file: a recording picked by
+// mistake (NUL bytes), a file larger than a settings file is read, a pipe.
+TEST(Environment, SavingLeavesWhatIsNotASettingsFileAlone)
+{
+    test::TempDir dir;
+    const auto recording = dir.path() / "line.ksr";
+    std::string mps(800, '\0');
+    mps[5] = '\r';
+    mps[100] = '=';
+    WriteText(recording, mps);
+    const FileResult overRecording = SaveEnvironment(FullEnvironment(), recording);
+    EXPECT_FALSE(overRecording.ok);
+    EXPECT_NE(overRecording.error.find("not a settings file"), std::string::npos) << overRecording.error;
+    std::ifstream in(recording, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), mps);
+
+    const auto huge = dir.path() / "huge.kef";
+    WriteText(huge, "[ComA]\nDevice=3\n");
+    std::filesystem::resize_file(huge, kMaxIniFileBytes + 80);
+    EXPECT_FALSE(SaveEnvironment(FullEnvironment(), huge).ok);
+    EXPECT_EQ(std::filesystem::file_size(huge), kMaxIniFileBytes + 80);
+    EXPECT_FALSE(SaveConfiguration(ProgramConfig{}, huge).ok);
+    EXPECT_FALSE(WriteHardwareProfile(HardwareProfile{}, huge).ok);
+    EXPECT_EQ(std::filesystem::file_size(huge), kMaxIniFileBytes + 80);
+
+    // A pipe is refused at once instead of waiting for a writer, on loading and on saving.
+    const auto pipe = dir.path() / "pipe.kef";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const EnvLoadResult loaded = LoadEnvironment(pipe, Context());
+    EXPECT_FALSE(loaded.status.ok);
+    EXPECT_EQ(loaded.env.comB.Device, 2);
+    EXPECT_FALSE(SaveEnvironment(FullEnvironment(), pipe).ok);
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
