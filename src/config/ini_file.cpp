@@ -459,9 +459,17 @@ IniReadResult ReadIniFile(const std::filesystem::path &path)
     return result;
 }
 
-FileResult WriteFileAtomic(const std::filesystem::path &path, std::string_view text)
+FileResult WriteFileAtomic(const std::filesystem::path &linkOrFile, std::string_view text)
 {
     static std::atomic<unsigned> counter{0};
+    // Renaming over a symbolic link would replace the link; write the file it points to instead.
+    std::filesystem::path path = linkOrFile;
+    std::error_code linkEc;
+    if (std::filesystem::is_symlink(linkOrFile, linkEc)) {
+        const auto resolved = std::filesystem::canonical(linkOrFile, linkEc);
+        if (!linkEc)
+            path = resolved;
+    }
     const std::string target = path.string();
     const std::string temp = target + ".tmp" + std::to_string(::getpid()) + "_" + std::to_string(counter++);
     auto fail = [&](const char *what, int err) {

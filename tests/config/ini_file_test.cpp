@@ -180,3 +180,21 @@ TEST(IniFiles, AWriteThatRunsOutOfSpaceLeavesTheOldFile)
         ++files;
     EXPECT_EQ(files, 1);
 }
+
+// Environments kept elsewhere and linked into place: a save updates the file the
+// link points to and the link stays a link.
+TEST(IniFiles, AnAtomicWriteThroughASymbolicLinkUpdatesItsTarget)
+{
+    test::TempDir dir;
+    std::filesystem::create_directory(dir.path() / "shared");
+    const auto real = dir.path() / "shared" / "line.kef";
+    const auto link = dir.path() / "line.kef";
+    ASSERT_TRUE(WriteFileAtomic(real, "[A]\nk=old\n").ok);
+    std::filesystem::create_symlink(std::filesystem::path("shared") / "line.kef", link);
+
+    ASSERT_TRUE(WriteFileAtomic(link, "[A]\nk=new\n").ok);
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(ReadIniFile(real).ini.ReadString("A", "k", ""), "new");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path() / "shared"), {}), 1);
+}
