@@ -74,6 +74,14 @@ bool IsValidProfileFileName(const std::string &name)
     return name.find('/') == std::string::npos && name.find('\0') == std::string::npos;
 }
 
+std::string WithProfileExtension(const std::string &name)
+{
+    const std::string_view ext = kProfileExtension;
+    if (name.size() >= ext.size() && EqualsNoCase(std::string_view(name).substr(name.size() - ext.size()), ext))
+        return name;
+    return name + kProfileExtension;
+}
+
 std::filesystem::path ProfilePath(const std::filesystem::path &dataFolder, const std::string &name)
 {
     return dataFolder / kProfilesFolder / name;

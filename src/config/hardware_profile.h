@@ -38,6 +38,9 @@ void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini);
 // The file name must stay inside profiles/: no folder part, not empty, not "." or "..".
 [[nodiscard]] bool IsValidProfileFileName(const std::string &name);
 
+// "cable" -> "cable.ksh"; a name that ends with ".ksh" (any case) stays as it is.
+[[nodiscard]] std::string WithProfileExtension(const std::string &name);
+
 // dataFolder/profiles/name
 [[nodiscard]] std::filesystem::path ProfilePath(const std::filesystem::path &dataFolder, const std::string &name);
 
