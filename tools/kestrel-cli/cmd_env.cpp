@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli_common.h"
 #include "command.h"
 #include "config/data_folder.h"
 #include "config/date_time_text.h"
@@ -19,20 +20,28 @@ using namespace kestrel;
 
 void PrintUsage(std::FILE *to)
 {
-    std::fprintf(to, "usage: kestrel-cli env show FILE.kef [--data-dir DIR] [--lang en|de]\n\n"
+    std::fprintf(to, "usage: kestrel-cli env show FILE.kef [--data-dir DIR] [--language de|en]\n\n"
                      "Prints the ports, record file, header, description and triggers of an environment.\n"
                      "Nothing in it is run: triggers that would play a sound or start a program are listed.\n"
                      "--data-dir  the data folder used for the default record file\n"
-                     "--lang      language of the trigger texts (default en)\n");
+                     "--language  language of the trigger texts (default from LANG; --lang works too)\n");
 }
 
-// A file may hold anything: control bytes must not reach the terminal.
+// A file may hold anything: control characters (C0, DEL and the C1 set as UTF-8,
+// whose U+009B starts an escape sequence too) must not reach the terminal.
 std::string Printable(const std::string &text)
 {
-    std::string out = text;
-    for (char &c : out) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
-            c = '?';
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (c == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) >= 0x80 &&
+            static_cast<unsigned char>(text[i + 1]) <= 0x9F) {
+            out += '?';
+            ++i;
+        } else {
+            out += c < 0x20 || c == 0x7F ? '?' : text[i];
+        }
     }
     return out;
 }
@@ -68,7 +77,7 @@ void PrintTrigger(const TriggerDef &t)
         std::printf("     description: %s\n", Printable(t.Description).c_str());
     switch (t.Event) {
     case TriggerEvent::Data:
-        std::printf("     data on %s%s: %s\n", t.D1 ? "D1" : "", t.D2 ? (t.D1 ? "+D2" : "D2") : "",
+        std::printf("     data on %s: %s\n", t.D1 ? (t.D2 ? "D1+D2" : "D1") : (t.D2 ? "D2" : "-"),
                     t.Data.empty() ? "(none)" : Printable(t.Data).c_str());
         break;
     case TriggerEvent::Signal: {
@@ -178,17 +187,17 @@ int RunEnv(const std::vector<std::string> &args)
         return cli::kExitUsage;
     }
     std::optional<std::string> file, dataDir;
-    SetGlobalLang(kLangEnglish);
+    SetGlobalLang(cli::LanguageFromEnvironment());
     for (std::size_t i = 1; i < args.size(); ++i) {
         const std::string &a = args[i];
-        if ((a == "--data-dir" || a == "--lang") && i + 1 < args.size()) {
+        if ((a == "--data-dir" || a == "--language" || a == "--lang") && i + 1 < args.size()) {
             const std::string &value = args[++i];
             if (a == "--data-dir") {
                 dataDir = value;
             } else if (value == "de" || value == "en") {
                 SetGlobalLang(value == "de" ? kLangGerman : kLangEnglish);
             } else {
-                std::fprintf(stderr, "kestrel-cli env: --lang takes en or de, not '%s'\n", value.c_str());
+                std::fprintf(stderr, "kestrel-cli env: %s takes de or en, not '%s'\n", a.c_str(), value.c_str());
                 return cli::kExitUsage;
             }
         } else if (a == "--help" || a == "-h") {
