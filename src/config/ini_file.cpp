@@ -10,6 +10,8 @@
 #include <cstring>
 #include <fstream>
 
+#include "config/settings_encoding.h"
+
 namespace kestrel {
 
 namespace {
@@ -453,6 +455,7 @@ IniReadResult ReadIniFile(const std::filesystem::path &path)
         text.resize(kMaxIniFileBytes);
         result.notSettingsFile = true;
     }
+    text = SettingsTextToUtf8(std::move(text));
     if (text.find('\0') != std::string::npos)
         result.notSettingsFile = true;
     result.ini = IniFile::Parse(text);

@@ -101,7 +101,8 @@ struct FileResult {
     std::string error;
 };
 
-// Reads a whole settings file. A missing file gives an empty document with
+// Reads a whole settings file, as UTF-8 whatever encoding it came in
+// (SettingsTextToUtf8); a save writes UTF-8. A missing file gives an empty document with
 // existed = false; an unreadable one (a folder, a pipe or device, no permission)
 // gives an empty document and the reason.
 struct IniReadResult {
