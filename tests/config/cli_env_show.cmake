@@ -41,3 +41,8 @@ string(ASCII 194 155 csi)
 file(WRITE ${WORK}/esc.kef "[General]\nTitle=a${esc}[2Jb${csi}2Jc ä\n")
 show(out ${WORK}/esc.kef)
 expect_in("${out}" "a?[2Jb?2Jc ä")
+
+# Values the port cannot take are shown as they stand, not as a setting they are not.
+file(WRITE ${WORK}/odd.kef "[ComA]\nParity=7\nStopBits=3\nDataBits=9\n")
+show(out ${WORK}/odd.kef)
+expect_in("${out}" "9 data bits, parity ordinal 7 (unknown), StopBits=3 (unknown)")

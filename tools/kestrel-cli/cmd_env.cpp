@@ -52,12 +52,18 @@ void Field(const char *label, const std::string &value)
         std::printf("  %-9s %s\n", label, Printable(value).c_str());
 }
 
-void PrintPort(const char *label, const EnvPort &port, const EnvPort &lineSettings)
+// A value no port takes is shown as it stands rather than as the setting a port would fall back to.
+void PrintPort(const char *label, const EnvPort &port, const EnvPort &line)
 {
-    std::printf("%s %s (Device %d%s)  %d baud, %d data bits, parity %s, %s stop bits\n", label,
-                Printable(DevicePathOf(port)).c_str(), port.Device, port.DevicePath.empty() ? "" : ", path given",
-                lineSettings.CustomBaudRate, lineSettings.DataBits, ParityLetter(lineSettings.Parity).c_str(),
-                StopBitsText(lineSettings.StopBits, lineSettings.DataBits).c_str());
+    const bool parityKnown = line.Parity >= ParityOrdinal::None && line.Parity <= ParityOrdinal::Space;
+    const std::string parity = parityKnown ? "parity " + ParityLetter(line.Parity)
+                                           : "parity ordinal " + std::to_string(line.Parity) + " (unknown)";
+    const std::string stop = line.StopBits == 1 || line.StopBits == 2
+                                 ? StopBitsText(line.StopBits, line.DataBits) + " stop bits"
+                                 : "StopBits=" + std::to_string(line.StopBits) + " (unknown)";
+    std::printf("%s %s (Device %d%s)  %d baud, %d data bits, %s, %s\n", label, Printable(DevicePathOf(port)).c_str(),
+                port.Device, port.DevicePath.empty() ? "" : ", path given", line.CustomBaudRate, line.DataBits,
+                parity.c_str(), stop.c_str());
 }
 
 std::string Join(const std::vector<std::string> &items, const char *separator = " ")
