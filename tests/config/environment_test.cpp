@@ -283,3 +283,33 @@ TEST(Environment, SavingLeavesWhatIsNotASettingsFileAlone)
     EXPECT_FALSE(SaveEnvironment(FullEnvironment(), pipe).ok);
     EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
+
+// The whole file of a small set-up, byte for byte: every key in the order of writing.
+TEST(Environment, AFreshFileHoldsEveryKeyInTheOrderOfWriting)
+{
+    Environment env;
+    env.recordFile = "/data/recordings/Default.ksr";
+    env.general.Title = "T";
+    env.customer.Contact = "C";
+    env.description = {"one", "two"};
+    TriggerDef t;
+    t.Name = "N";
+    t.TimeReached = 46347.5;
+    env.triggers.Append(t);
+    IniFile ini;
+    StoreEnvironment(env, ini);
+    EXPECT_EQ(ini.ToText(),
+              "[ComA]\nDevice=1\nCustomBaudRate=9600\nDataBits=8\nParity=0\nStopBits=1\n\n"
+              "[ComB]\nDevice=2\nCustomBaudRate=9600\nDataBits=8\nParity=0\nStopBits=1\n\n"
+              "[Files]\nRecord data=/data/recordings/Default.ksr\n\n"
+              "[General]\nTitle=T\nAuthor=\nCompany=\nAddress1=\nAddress2=\nCity=\nZIP=\nState=\nCountry=\n"
+              "Phone=\nFax=\nInternet=\nEmail=\n\n"
+              "[Customer]\nCompany=\nContact=C\nAddress1=\nAddress2=\nCity=\nZIP=\nState=\nCountry=\nPhone=\n"
+              "Fax=\nInternet=\nEmail=\n\n"
+              "[Description]\nLine0=one\nLine1=two\n\n"
+              "[Trigger0]\nName=N\nDescription=\nActive=0\nType=0\nEvent=0\nD1=0\nD2=0\nData=\nS1=0\nM1=0\nS2=0\n"
+              "M2=0\nM5=0\nM3=0\nPE=0\nFE=0\nLE=0\nTimeReached=2026-11-21 12:00:00\nInActivityTime=1\n"
+              "EventD1=0\nEventD2=0\nEventS1=0\nEventM1=0\nEventS2=0\nEventM2=0\nEventM5=0\nEventM3=0\n"
+              "EventPE=0\nEventFE=0\nEventLE=0\nPlaySound=0\nSoundFilePath=\nPlaySoundRepeat=0\nExecCommand=0\n"
+              "CommandFilePath=\nCommandParams=\n");
+}

@@ -193,3 +193,50 @@ TEST(ProgramConfig, AFailedSaveIsOnlyAResult)
     EXPECT_FALSE(r.ok);
     EXPECT_FALSE(r.error.empty());
 }
+
+// The table of the file, section by section: keys in the order of writing with
+// the values a fresh start writes (column widths aside).
+TEST(ProgramConfig, AFreshStartWritesTheTableInOrderWithItsDefaults)
+{
+    ProgramConfig cfg;
+    LoadConfiguration(IniFile{}, "TFormMain", cfg);
+    cfg.monitors = {{"FormMain", 0}};
+    IniFile ini;
+    StoreConfiguration(cfg, ini);
+    auto section = [&](const char *name) {
+        std::string text;
+        for (const auto &key : ini.KeyNames(name))
+            text += key + "=" + ini.ReadString(name, key, "") + ";";
+        return text;
+    };
+    const std::pair<const char *, const char *> expected[] = {
+        {"Hardware", "Profile=default.ksh;"},
+        {"Port Standards",
+         "Baudrates=50,75,150,300,600,1200,1800,2000,2400,3600,4800,7200,9600,10400,14400,19200,28800,38400,56000,"
+         "57600,115200,230400,460800,921600;Databits=5,6,7,8;Parities=N,S,M,E,O;Stopbits=1,1.5,2;"},
+        {"Modes", "InstallLang=xx;GlobalLang=10000;DefLang=0;DisplayMode=1;RecordMode=1;CharacterControl=0;"
+                  "SignalMode=1;TimeControl=0;"},
+        {"Window", "Left=0;Top=0;Width=800;Height=600;WindowState=0;"},
+        {"Monitor", "0=0;FormMain=0;"},
+        {"AllBottomPanels", "Left=0;Top=325;Width=1016;Height=300;"},
+        {"CCenterPanel", "Left=0;Top=487;Width=1032;"},
+        {"GOWindow", "Left=100;Top=100;WindowState=0;Visible=0;SearchPageIndex=0;ControlSearchPageIndex=0;"},
+        {"EXWindow", "Left=100;Top=100;WindowState=0;Visible=0;"},
+        {"REWindow", "Left=100;Top=100;WindowState=0;Visible=0;"},
+        {"Environment", "Filename=Default.kef;"},
+        {"DataGrid", "GridOptions=0;"},
+        {"Display", "ViewHold=0;"},
+        {"Recorder", "Append=1;Replace=0;"},
+        {"WebUpdate", "CheckForUpdatesAtProgStart=0;"},
+        {"ProgramStart", "DisplayHoldOnProgStart=0;BeginRecordOnProgStart=0;"},
+    };
+    for (const auto &[name, keys] : expected)
+        EXPECT_EQ(section(name), keys) << name;
+    for (const auto &[name, columns] : {std::pair{"DispMode4", 35u}, {"DispMode3", 326u}, {"DispMode1", 14u}}) {
+        const auto keys = ini.KeyNames(name);
+        ASSERT_EQ(keys.size(), columns + 2) << name;
+        EXPECT_EQ(keys[columns - 1], "Column" + std::to_string(columns - 1)) << name;
+        EXPECT_EQ(section(name).substr(section(name).size() - 35), ";CharacterMode1=1;CharacterMode2=3;") << name;
+    }
+    EXPECT_EQ(ini.KeyNames("TriggerList").size(), 6u);
+}
