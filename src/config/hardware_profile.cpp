@@ -63,7 +63,11 @@ std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataF
         if (EqualsNoCase(path.extension().string(), kProfileExtension))
             names.push_back(path.filename().string());
     }
-    std::sort(names.begin(), names.end());
+    // Alphabetical without regard to case, as the profile box shows them; ties in byte order.
+    std::sort(names.begin(), names.end(), [](const std::string &a, const std::string &b) {
+        const std::string la = AsciiLower(a), lb = AsciiLower(b);
+        return la != lb ? la < lb : a < b;
+    });
     return names;
 }
 

@@ -32,7 +32,7 @@ struct HardwareProfile {
 void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini);
 [[nodiscard]] FileResult WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file);
 
-// File names (not paths) of the profiles in dataFolder/profiles/, sorted; only ".ksh" files.
+// File names (not paths) of the profiles in dataFolder/profiles/, sorted without regard to case; only ".ksh" files.
 [[nodiscard]] std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataFolder);
 
 // The file name must stay inside profiles/: no folder part, not empty, not "." or "..".

@@ -66,10 +66,11 @@ TEST(HardwareProfile, ListingFindsOnlyProfileFiles)
 {
     test::TempDir dir;
     ASSERT_TRUE(EnsureDataFolder(dir.path()).ok);
-    for (const char *name : {"b.ksh", "a.KSH", "notes.txt", "c.ksh.bak"})
+    for (const char *name : {"b.ksh", "a.KSH", "notes.txt", "c.ksh.bak", "Zeta.ksh", "alpha.ksh"})
         std::ofstream(ProfilePath(dir.path(), name)) << "[Hardware]\n";
     std::filesystem::create_directory(ProfilePath(dir.path(), "folder.ksh"));
-    EXPECT_EQ(ListHardwareProfiles(dir.path()), (std::vector<std::string>{"a.KSH", "b.ksh"}));
+    // Alphabetical as a reader expects it, capitals or not.
+    EXPECT_EQ(ListHardwareProfiles(dir.path()), (std::vector<std::string>{"a.KSH", "alpha.ksh", "b.ksh", "Zeta.ksh"}));
     EXPECT_TRUE(ListHardwareProfiles(dir.path() / "nowhere").empty());
 }
 
