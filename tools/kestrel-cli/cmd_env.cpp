@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli_common.h"
@@ -87,24 +88,20 @@ void PrintTrigger(const TriggerDef &t)
                     t.Data.empty() ? "(none)" : Printable(t.Data).c_str());
         break;
     case TriggerEvent::Signal: {
-        const std::pair<const char *, std::int32_t> lines[] = {{"S1", t.S1}, {"M1", t.M1}, {"S2", t.S2},
-                                                               {"M2", t.M2}, {"M5", t.M5}, {"M3", t.M3}};
         std::vector<std::string> edges;
-        for (auto [name, edge] : lines) {
-            if (edge != SignalEdge::Ignore)
-                edges.push_back(std::string(name) + " " + SignalEdgeText(edge));
+        for (const auto &k : kSignalEdgeKeys) {
+            if (t.*k.field != SignalEdge::Ignore)
+                edges.push_back(std::string(k.key) + " " + SignalEdgeText(t.*k.field));
         }
         std::printf("     signals: %s\n", Join(edges, ", ").c_str());
         break;
     }
     case TriggerEvent::Error: {
         std::vector<std::string> errors;
-        if (t.PE)
-            errors.emplace_back("PE");
-        if (t.FE)
-            errors.emplace_back("FE");
-        if (t.LE)
-            errors.emplace_back("LE");
+        for (const auto &k : kErrorKeys) {
+            if (t.*k.field)
+                errors.emplace_back(k.key);
+        }
         std::printf("     errors: %s\n", Join(errors).c_str());
         break;
     }
@@ -112,14 +109,10 @@ void PrintTrigger(const TriggerDef &t)
         std::printf("     time reached: %s\n", FormatSettingsDateTime(t.TimeReached).c_str());
         break;
     default: {
-        const std::pair<const char *, bool> events[] = {
-            {"D1", t.EventD1}, {"D2", t.EventD2}, {"S1", t.EventS1}, {"M1", t.EventM1},
-            {"S2", t.EventS2}, {"M2", t.EventM2}, {"M5", t.EventM5}, {"M3", t.EventM3},
-            {"PE", t.EventPE}, {"FE", t.EventFE}, {"LE", t.EventLE}};
         std::vector<std::string> watched;
-        for (auto [name, on] : events) {
-            if (on)
-                watched.emplace_back(name);
+        for (const auto &k : kInactivityEventKeys) {
+            if (t.*k.field)
+                watched.emplace_back(std::string_view(k.key).substr(5)); // "EventD1" -> "D1"
         }
         std::printf("     inactivity: %d s without %s\n", t.InActivityTime, Join(watched).c_str());
         break;
@@ -152,22 +145,11 @@ int Show(const std::string &file, const std::optional<std::string> &dataDir)
     std::printf("Record file: %s\n", Printable(env.recordFile).c_str());
 
     std::printf("General:\n");
-    const auto &g = env.general;
-    for (const auto &[label, value] :
-         std::vector<std::pair<const char *, const std::string *>>{
-             {"Title", &g.Title},       {"Author", &g.Author}, {"Company", &g.Company}, {"Address1", &g.Address1},
-             {"Address2", &g.Address2}, {"City", &g.City},     {"ZIP", &g.ZIP},         {"State", &g.State},
-             {"Country", &g.Country},   {"Phone", &g.Phone},   {"Fax", &g.Fax},         {"Internet", &g.Internet},
-             {"Email", &g.Email}})
-        Field(label, *value);
+    for (const auto &k : kGeneralKeys)
+        Field(k.key, env.general.*k.field);
     std::printf("Customer:\n");
-    const auto &c = env.customer;
-    for (const auto &[label, value] :
-         std::vector<std::pair<const char *, const std::string *>>{
-             {"Company", &c.Company}, {"Contact", &c.Contact}, {"Address1", &c.Address1}, {"Address2", &c.Address2},
-             {"City", &c.City},       {"ZIP", &c.ZIP},         {"State", &c.State},       {"Country", &c.Country},
-             {"Phone", &c.Phone},     {"Fax", &c.Fax},         {"Internet", &c.Internet}, {"Email", &c.Email}})
-        Field(label, *value);
+    for (const auto &k : kCustomerKeys)
+        Field(k.key, env.customer.*k.field);
     std::printf("Description (%zu lines):\n", env.description.size());
     for (const auto &line : env.description)
         std::printf("  | %s\n", Printable(line).c_str());
