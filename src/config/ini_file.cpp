@@ -351,12 +351,9 @@ void IniFile::WriteString(std::string_view section, std::string_view key, std::s
         while (at > 0 && Trim(s.lines[at - 1].value).empty())
             --at;
     }
-    const bool append = at == s.lines.size();
+    // Only blank or comment lines follow the insertion point, so no indexed key moves.
     s.lines.insert(s.lines.begin() + static_cast<std::ptrdiff_t>(at), Line{OneLine(key), OneLine(value), true});
-    if (append)
-        s.keyIndex.emplace(AsciiLower(s.lines[at].key), at);
-    else
-        rebuildKeyIndex(s);
+    s.keyIndex.emplace(AsciiLower(s.lines[at].key), at);
 }
 
 void IniFile::WriteInteger(std::string_view section, std::string_view key, long long value)
