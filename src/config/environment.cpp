@@ -1,5 +1,7 @@
 #include "config/environment.h"
 
+#include <cctype>
+
 #include "config/date_time_text.h"
 
 namespace kestrel {
@@ -34,6 +36,20 @@ void StorePort(IniFile &ini, const char *section, const EnvPort &port)
     ini.WriteInteger(section, "DataBits", port.DataBits);
     ini.WriteInteger(section, "Parity", port.Parity);
     ini.WriteInteger(section, "StopBits", port.StopBits);
+}
+
+// A record path written on Windows ("C:\...\x.ksr", "\\server\share\x.ksr") names no file
+// here (it would become a file with backslashes in its name in the working folder):
+// the file keeps its name and goes to recordings/ of the data folder.
+std::string LocalRecordPath(const std::string &stored, const std::filesystem::path &dataFolder)
+{
+    const bool drive = stored.size() >= 3 && std::isalpha(static_cast<unsigned char>(stored[0])) && stored[1] == ':' &&
+                       (stored[2] == '\\' || stored[2] == '/');
+    const bool share = stored.rfind("\\\\", 0) == 0;
+    if (!drive && !share)
+        return stored;
+    const std::string name = stored.substr(stored.find_last_of("\\/") + 1);
+    return (dataFolder / kRecordingsFolder / (name.empty() ? kDefaultRecordName : name)).string();
 }
 
 } // namespace
@@ -112,8 +128,9 @@ EnvLoadResult LoadEnvironment(const IniFile &ini, const EnvLoadContext &ctx)
     LoadPort(ini, "ComA", 1, env.comA);
     LoadPort(ini, "ComB", 2, env.comB);
 
-    env.recordFile = EffectiveRecordFile(ini.ReadString(kFiles, kRecordData, DefaultRecordFile(ctx.dataFolder)),
-                                         ctx.commandLineRecord);
+    env.recordFile = EffectiveRecordFile(
+        LocalRecordPath(ini.ReadString(kFiles, kRecordData, DefaultRecordFile(ctx.dataFolder)), ctx.dataFolder),
+        ctx.commandLineRecord);
 
     for (const auto &k : kGeneralKeys)
         env.general.*k.field = ini.ReadString(kGeneral, k.key, "");

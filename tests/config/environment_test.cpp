@@ -131,7 +131,8 @@ TEST(Environment, AHandWrittenWindowsFileLoads)
     EXPECT_EQ(r.env.comA.Device, 5);
     EXPECT_EQ(r.env.comA.CustomBaudRate, 19200);
     EXPECT_EQ(r.env.comB, (EnvPort{2, "", 9600, 8, 0, 1}));
-    EXPECT_EQ(r.env.recordFile, "C:\\Daten\\x.ksr");
+    // A Windows path means nothing here: the file keeps its name in recordings/ of the data folder.
+    EXPECT_EQ(r.env.recordFile, "/data/recordings/x.ksr");
     EXPECT_EQ(r.env.description, (std::vector<std::string>{"hello", "world"}));
     ASSERT_EQ(r.env.triggers.size(), 1u);
     EXPECT_EQ(r.env.triggers[0].Name, "Start on ETX");
@@ -190,6 +191,24 @@ TEST(Environment, DefaultsForAMissingFileAndMissingKeys)
     EXPECT_EQ(t.env.triggers[0].TimeReached, kNow);
     EXPECT_EQ(t.env.triggers[1].TimeReached, kNow);
     EXPECT_EQ(t.env.triggers[1].InActivityTime, 1);
+}
+
+TEST(Environment, WindowsRecordPathsLandInTheRecordingsFolder)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {"C:\\Users\\jo\\Kestrel\\recordings\\Line 7.ksr", "/data/recordings/Line 7.ksr"},
+        {"d:/mess/a.ksr", "/data/recordings/a.ksr"},
+        {"\\\\server\\share\\b.ksr", "/data/recordings/b.ksr"},
+        {"C:\\", "/data/recordings/Default.ksr"},
+        {"/home/jo/c.ksr", "/home/jo/c.ksr"},
+        {"rel/d.ksr", "rel/d.ksr"},
+        {"C:x.ksr", "C:x.ksr"}, // no folder separator: a plain name on this system
+    };
+    for (const auto &[stored, loaded] : cases) {
+        IniFile ini;
+        ini.WriteString("Files", "Record data", stored);
+        EXPECT_EQ(LoadEnvironment(ini, Context()).env.recordFile, loaded) << stored;
+    }
 }
 
 TEST(Environment, ARecordFileOnTheCommandLineWins)
