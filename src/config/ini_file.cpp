@@ -479,8 +479,12 @@ FileResult WriteFileAtomic(const std::filesystem::path &linkOrFile, std::string_
 
     mode_t mode = 0644;
     struct stat st {};
-    if (::stat(target.c_str(), &st) == 0)
+    if (::stat(target.c_str(), &st) == 0) {
+        // The rename would get past a write protection the user set on purpose.
+        if ((st.st_mode & 0222) == 0)
+            return FileResult{false, "'" + target + "' is read-only"};
         mode = st.st_mode & 07777; // keep the permissions the user gave the file
+    }
     const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (fd < 0)
         return FileResult{false, "cannot create '" + temp + "': " + std::strerror(errno)};

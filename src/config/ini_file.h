@@ -119,6 +119,7 @@ inline constexpr std::uintmax_t kMaxIniFileBytes = 16u * 1024u * 1024u;
 
 // Writes text to a temporary file beside path, flushes it to disk and renames it
 // over path, so a crash or a full disk leaves either the old file or the new one.
+// A file without any write permission is left alone; a symbolic link is followed.
 [[nodiscard]] FileResult WriteFileAtomic(const std::filesystem::path &path, std::string_view text);
 [[nodiscard]] FileResult WriteIniFile(const std::filesystem::path &path, const IniFile &ini);
 

@@ -255,3 +255,18 @@ TEST(IniFile, RandomEditsAgreeWithAPlainMapAndSurviveTheirText)
     }
     EXPECT_EQ(ini.ToText().rfind("; kept\n", 0), 0u);
 }
+
+// A file the user made read-only (a reference set-up, a frozen Kestrel.ini) is
+// not replaced behind their back, even though its folder would allow the rename.
+TEST(IniFiles, AReadOnlyFileIsNotReplaced)
+{
+    test::TempDir dir;
+    const auto path = dir.path() / "golden.kef";
+    ASSERT_TRUE(WriteFileAtomic(path, "[A]\nk=kept\n").ok);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read | std::filesystem::perms::group_read);
+    const FileResult r = WriteFileAtomic(path, "[A]\nk=new\n");
+    EXPECT_FALSE(r.ok);
+    EXPECT_NE(r.error.find("read-only"), std::string::npos) << r.error;
+    EXPECT_EQ(ReadIniFile(path).ini.ReadString("A", "k", ""), "kept");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
+}
