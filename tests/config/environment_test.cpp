@@ -188,7 +188,15 @@ TEST(Environment, DefaultsForAMissingFileAndMissingKeys)
     const IniFile ini = IniFile::Parse("[Trigger0]\nName=a\n[Trigger1]\nTimeReached=31.02.2026 10:00:00\n"
                                        "InActivityTime=99999999999\n");
     const EnvLoadResult t = LoadEnvironment(ini, Context());
-    EXPECT_EQ(t.env.triggers[0].TimeReached, kNow);
+    TriggerDef onlyNamed; // every other key at its load default: off, zero, empty, one second
+    onlyNamed.Name = "a";
+    onlyNamed.number = 1;
+    onlyNamed.TimeReached = kNow;
+    EXPECT_EQ(t.env.triggers[0], onlyNamed);
+    EXPECT_EQ(onlyNamed.InActivityTime, 1);
+    EXPECT_FALSE(onlyNamed.Active || onlyNamed.D1 || onlyNamed.D2 || onlyNamed.PE || onlyNamed.EventLE ||
+                 onlyNamed.PlaySound || onlyNamed.ExecCommand);
+    EXPECT_EQ(onlyNamed.Type + onlyNamed.Event + onlyNamed.S1 + onlyNamed.M3, 0);
     EXPECT_EQ(t.env.triggers[1].TimeReached, kNow);
     EXPECT_EQ(t.env.triggers[1].InActivityTime, 1);
 }
