@@ -9,7 +9,6 @@
 #include "config/environment.h"
 #include "config/environment_save.h"
 #include "config/hardware_profile.h"
-#include "config/program_config.h"
 #include "resources/string_table.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
@@ -297,7 +296,6 @@ TEST(Environment, SavingLeavesWhatIsNotASettingsFileAlone)
     std::filesystem::resize_file(huge, kMaxIniFileBytes + 80);
     EXPECT_FALSE(SaveEnvironment(FullEnvironment(), huge).ok);
     EXPECT_EQ(std::filesystem::file_size(huge), kMaxIniFileBytes + 80);
-    EXPECT_FALSE(SaveConfiguration(ProgramConfig{}, huge).ok);
     EXPECT_FALSE(WriteHardwareProfile(HardwareProfile{}, huge).ok);
     EXPECT_EQ(std::filesystem::file_size(huge), kMaxIniFileBytes + 80);
 

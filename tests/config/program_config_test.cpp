@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "config/program_config.h"
 #include "support/temp_dir.h"
 
@@ -239,4 +241,23 @@ TEST(ProgramConfig, AFreshStartWritesTheTableInOrderWithItsDefaults)
         EXPECT_EQ(section(name).substr(section(name).size() - 35), ";CharacterMode1=1;CharacterMode2=3;") << name;
     }
     EXPECT_EQ(ini.KeyNames("TriggerList").size(), 6u);
+}
+
+// A Kestrel.ini left full of NUL bytes (a crash on some file systems) is replaced
+// by a whole new file; refusing it would silently keep every later save from landing.
+TEST(ProgramConfig, ADamagedFileIsReplacedOnTheNextSave)
+{
+    test::TempDir dir;
+    const auto path = dir.path() / kConfigFileName;
+    std::ofstream(path, std::ios::binary) << std::string(4096, '\0');
+    ProgramConfig cfg = Unusual();
+    ASSERT_TRUE(SaveConfiguration(cfg, path).ok);
+    ProgramConfig loaded;
+    loaded.monitors = cfg.monitors;
+    for (const char *form : {"TFormMain", "TFormGoto", "TFormExport", "TFormReport", "TFormMonitors"})
+        LoadConfiguration(path, form, loaded);
+    loaded.skins = cfg.skins;
+    EXPECT_EQ(loaded, cfg);
+    std::ifstream in(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}).find('\0'), std::string::npos);
 }
