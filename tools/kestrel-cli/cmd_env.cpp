@@ -75,7 +75,6 @@ std::string Join(const std::vector<std::string> &items, const char *separator = 
     return out.empty() ? "-" : out;
 }
 
-
 void PrintTrigger(const TriggerDef &t)
 {
     std::printf("  #%d [%s] \"%s\": %s / %s\n", t.number, t.Active ? "active" : "inactive", Printable(t.Name).c_str(),
