@@ -27,7 +27,8 @@ std::filesystem::path ResolveDataFolder(const std::optional<std::string> &comman
     };
     if (auto dir = nonEmpty("KESTREL_DATA_DIR"))
         return *dir;
-    if (auto xdg = nonEmpty("XDG_DATA_HOME"))
+    // The base-directory rules call a relative XDG_DATA_HOME invalid: it is ignored.
+    if (auto xdg = nonEmpty("XDG_DATA_HOME"); xdg && std::filesystem::path(*xdg).is_absolute())
         return std::filesystem::path(*xdg) / "kestrel";
     if (auto home = nonEmpty("HOME"))
         return std::filesystem::path(*home) / ".local" / "share" / "kestrel";

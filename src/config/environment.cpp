@@ -1,5 +1,7 @@
 #include "config/environment.h"
 
+#include <cctype>
+
 #include "config/date_time_text.h"
 
 namespace kestrel {
@@ -12,52 +14,6 @@ constexpr const char *kGeneral = "General";
 constexpr const char *kCustomer = "Customer";
 constexpr const char *kDescription = "Description";
 constexpr const char *kTrigger = "Trigger";
-
-// Header keys in the order of writing, bound to their members.
-struct GeneralKey {
-    const char *key;
-    std::string EnvGeneral::*field;
-};
-constexpr GeneralKey kGeneralKeys[] = {
-    {"Title", &EnvGeneral::Title},       {"Author", &EnvGeneral::Author},     {"Company", &EnvGeneral::Company},
-    {"Address1", &EnvGeneral::Address1}, {"Address2", &EnvGeneral::Address2}, {"City", &EnvGeneral::City},
-    {"ZIP", &EnvGeneral::ZIP},           {"State", &EnvGeneral::State},       {"Country", &EnvGeneral::Country},
-    {"Phone", &EnvGeneral::Phone},       {"Fax", &EnvGeneral::Fax},           {"Internet", &EnvGeneral::Internet},
-    {"Email", &EnvGeneral::Email},
-};
-
-struct CustomerKey {
-    const char *key;
-    std::string EnvCustomer::*field;
-};
-constexpr CustomerKey kCustomerKeys[] = {
-    {"Company", &EnvCustomer::Company},   {"Contact", &EnvCustomer::Contact}, {"Address1", &EnvCustomer::Address1},
-    {"Address2", &EnvCustomer::Address2}, {"City", &EnvCustomer::City},       {"ZIP", &EnvCustomer::ZIP},
-    {"State", &EnvCustomer::State},       {"Country", &EnvCustomer::Country}, {"Phone", &EnvCustomer::Phone},
-    {"Fax", &EnvCustomer::Fax},           {"Internet", &EnvCustomer::Internet}, {"Email", &EnvCustomer::Email},
-};
-
-// Trigger keys of one type in the order of writing, bound to their members.
-struct IntKey {
-    const char *key;
-    std::int32_t TriggerDef::*field;
-};
-constexpr IntKey kSignalKeys[] = {
-    {"S1", &TriggerDef::S1}, {"M1", &TriggerDef::M1}, {"S2", &TriggerDef::S2},
-    {"M2", &TriggerDef::M2}, {"M5", &TriggerDef::M5}, {"M3", &TriggerDef::M3},
-};
-
-struct BoolKey {
-    const char *key;
-    bool TriggerDef::*field;
-};
-constexpr BoolKey kErrorKeys[] = {{"PE", &TriggerDef::PE}, {"FE", &TriggerDef::FE}, {"LE", &TriggerDef::LE}};
-constexpr BoolKey kInactivityKeys[] = {
-    {"EventD1", &TriggerDef::EventD1}, {"EventD2", &TriggerDef::EventD2}, {"EventS1", &TriggerDef::EventS1},
-    {"EventM1", &TriggerDef::EventM1}, {"EventS2", &TriggerDef::EventS2}, {"EventM2", &TriggerDef::EventM2},
-    {"EventM5", &TriggerDef::EventM5}, {"EventM3", &TriggerDef::EventM3}, {"EventPE", &TriggerDef::EventPE},
-    {"EventFE", &TriggerDef::EventFE}, {"EventLE", &TriggerDef::EventLE},
-};
 
 void LoadPort(const IniFile &ini, const char *section, int defaultDevice, EnvPort &port)
 {
@@ -80,6 +36,20 @@ void StorePort(IniFile &ini, const char *section, const EnvPort &port)
     ini.WriteInteger(section, "DataBits", port.DataBits);
     ini.WriteInteger(section, "Parity", port.Parity);
     ini.WriteInteger(section, "StopBits", port.StopBits);
+}
+
+// A record path written on Windows ("C:\...\x.ksr", "\\server\share\x.ksr") names no file
+// here (it would become a file with backslashes in its name in the working folder):
+// the file keeps its name and goes to recordings/ of the data folder.
+std::string LocalRecordPath(const std::string &stored, const std::filesystem::path &dataFolder)
+{
+    const bool drive = stored.size() >= 3 && std::isalpha(static_cast<unsigned char>(stored[0])) && stored[1] == ':' &&
+                       (stored[2] == '\\' || stored[2] == '/');
+    const bool share = stored.rfind("\\\\", 0) == 0;
+    if (!drive && !share)
+        return stored;
+    const std::string name = stored.substr(stored.find_last_of("\\/") + 1);
+    return (dataFolder / kRecordingsFolder / (name.empty() ? kDefaultRecordName : name)).string();
 }
 
 } // namespace
@@ -106,13 +76,13 @@ void StoreTrigger(const TriggerDef &t, const std::string &section, IniFile &ini)
     ini.WriteBool(section, "D1", t.D1);
     ini.WriteBool(section, "D2", t.D2);
     ini.WriteString(section, "Data", t.Data);
-    for (const auto &k : kSignalKeys)
+    for (const auto &k : kSignalEdgeKeys)
         ini.WriteInteger(section, k.key, t.*k.field);
     for (const auto &k : kErrorKeys)
         ini.WriteBool(section, k.key, t.*k.field);
     ini.WriteString(section, "TimeReached", FormatSettingsDateTime(t.TimeReached));
     ini.WriteInteger(section, "InActivityTime", t.InActivityTime);
-    for (const auto &k : kInactivityKeys)
+    for (const auto &k : kInactivityEventKeys)
         ini.WriteBool(section, k.key, t.*k.field);
     ini.WriteBool(section, "PlaySound", t.PlaySound);
     ini.WriteString(section, "SoundFilePath", t.SoundFilePath);
@@ -133,14 +103,14 @@ TriggerDef LoadTrigger(const IniFile &ini, const std::string &section, double no
     t.D1 = ini.ReadBool(section, "D1", false);
     t.D2 = ini.ReadBool(section, "D2", false);
     t.Data = ini.ReadString(section, "Data", "");
-    for (const auto &k : kSignalKeys)
+    for (const auto &k : kSignalEdgeKeys)
         t.*k.field = ini.ReadInteger(section, k.key, 0);
     for (const auto &k : kErrorKeys)
         t.*k.field = ini.ReadBool(section, k.key, false);
     const auto time = ParseSettingsDateTime(ini.ReadString(section, "TimeReached", ""));
     t.TimeReached = time ? *time : now;
     t.InActivityTime = ini.ReadInteger(section, "InActivityTime", 1);
-    for (const auto &k : kInactivityKeys)
+    for (const auto &k : kInactivityEventKeys)
         t.*k.field = ini.ReadBool(section, k.key, false);
     t.PlaySound = ini.ReadBool(section, "PlaySound", false);
     t.SoundFilePath = ini.ReadString(section, "SoundFilePath", "");
@@ -158,8 +128,9 @@ EnvLoadResult LoadEnvironment(const IniFile &ini, const EnvLoadContext &ctx)
     LoadPort(ini, "ComA", 1, env.comA);
     LoadPort(ini, "ComB", 2, env.comB);
 
-    env.recordFile = EffectiveRecordFile(ini.ReadString(kFiles, kRecordData, DefaultRecordFile(ctx.dataFolder)),
-                                         ctx.commandLineRecord);
+    env.recordFile = EffectiveRecordFile(
+        LocalRecordPath(ini.ReadString(kFiles, kRecordData, DefaultRecordFile(ctx.dataFolder)), ctx.dataFolder),
+        ctx.commandLineRecord);
 
     for (const auto &k : kGeneralKeys)
         env.general.*k.field = ini.ReadString(kGeneral, k.key, "");
@@ -222,11 +193,7 @@ void StoreEnvironment(const Environment &env, IniFile &ini)
 
 FileResult SaveEnvironment(const Environment &env, const std::filesystem::path &file)
 {
-    IniReadResult current = ReadIniFile(file);
-    if (!current.status.ok)
-        return current.status; // writing over a file that could not be read would lose what it holds
-    StoreEnvironment(env, current.ini);
-    return WriteIniFile(file, current.ini);
+    return UpdateIniFile(file, [&](IniFile &ini) { StoreEnvironment(env, ini); });
 }
 
 } // namespace kestrel

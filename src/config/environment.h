@@ -47,6 +47,21 @@ struct EnvCustomer {
     friend bool operator==(const EnvCustomer &, const EnvCustomer &) = default;
 };
 
+// Header keys in the order of writing.
+inline constexpr MemberKey<EnvGeneral, std::string> kGeneralKeys[] = {
+    {"Title", &EnvGeneral::Title},       {"Author", &EnvGeneral::Author},     {"Company", &EnvGeneral::Company},
+    {"Address1", &EnvGeneral::Address1}, {"Address2", &EnvGeneral::Address2}, {"City", &EnvGeneral::City},
+    {"ZIP", &EnvGeneral::ZIP},           {"State", &EnvGeneral::State},       {"Country", &EnvGeneral::Country},
+    {"Phone", &EnvGeneral::Phone},       {"Fax", &EnvGeneral::Fax},           {"Internet", &EnvGeneral::Internet},
+    {"Email", &EnvGeneral::Email},
+};
+inline constexpr MemberKey<EnvCustomer, std::string> kCustomerKeys[] = {
+    {"Company", &EnvCustomer::Company},   {"Contact", &EnvCustomer::Contact}, {"Address1", &EnvCustomer::Address1},
+    {"Address2", &EnvCustomer::Address2}, {"City", &EnvCustomer::City},       {"ZIP", &EnvCustomer::ZIP},
+    {"State", &EnvCustomer::State},       {"Country", &EnvCustomer::Country}, {"Phone", &EnvCustomer::Phone},
+    {"Fax", &EnvCustomer::Fax},           {"Internet", &EnvCustomer::Internet}, {"Email", &EnvCustomer::Email},
+};
+
 struct Environment {
     EnvPort comA{1};
     EnvPort comB{2};

@@ -45,11 +45,7 @@ void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini)
 
 FileResult WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file)
 {
-    IniReadResult current = ReadIniFile(file);
-    if (!current.status.ok)
-        return current.status; // writing over a file that could not be read would lose what it holds
-    StoreHardwareProfile(profile, current.ini);
-    return WriteIniFile(file, current.ini);
+    return UpdateIniFile(file, [&](IniFile &ini) { StoreHardwareProfile(profile, ini); });
 }
 
 std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataFolder)
@@ -67,7 +63,11 @@ std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataF
         if (EqualsNoCase(path.extension().string(), kProfileExtension))
             names.push_back(path.filename().string());
     }
-    std::sort(names.begin(), names.end());
+    // Alphabetical without regard to case, as the profile box shows them; ties in byte order.
+    std::sort(names.begin(), names.end(), [](const std::string &a, const std::string &b) {
+        const std::string la = AsciiLower(a), lb = AsciiLower(b);
+        return la != lb ? la < lb : a < b;
+    });
     return names;
 }
 
@@ -76,6 +76,14 @@ bool IsValidProfileFileName(const std::string &name)
     if (name.empty() || name == "." || name == "..")
         return false;
     return name.find('/') == std::string::npos && name.find('\0') == std::string::npos;
+}
+
+std::string WithProfileExtension(const std::string &name)
+{
+    const std::string_view ext = kProfileExtension;
+    if (name.size() >= ext.size() && EqualsNoCase(std::string_view(name).substr(name.size() - ext.size()), ext))
+        return name;
+    return name + kProfileExtension;
 }
 
 std::filesystem::path ProfilePath(const std::filesystem::path &dataFolder, const std::string &name)

@@ -32,11 +32,14 @@ struct HardwareProfile {
 void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini);
 [[nodiscard]] FileResult WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file);
 
-// File names (not paths) of the profiles in dataFolder/profiles/, sorted; only ".ksh" files.
+// File names (not paths) of the profiles in dataFolder/profiles/, sorted without regard to case; only ".ksh" files.
 [[nodiscard]] std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataFolder);
 
 // The file name must stay inside profiles/: no folder part, not empty, not "." or "..".
 [[nodiscard]] bool IsValidProfileFileName(const std::string &name);
+
+// "cable" -> "cable.ksh"; a name that ends with ".ksh" (any case) stays as it is.
+[[nodiscard]] std::string WithProfileExtension(const std::string &name);
 
 // dataFolder/profiles/name
 [[nodiscard]] std::filesystem::path ProfilePath(const std::filesystem::path &dataFolder, const std::string &name);

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <fstream>
 
+#include "config/settings_encoding.h"
+
 namespace kestrel {
 
 namespace {
@@ -349,12 +351,9 @@ void IniFile::WriteString(std::string_view section, std::string_view key, std::s
         while (at > 0 && Trim(s.lines[at - 1].value).empty())
             --at;
     }
-    const bool append = at == s.lines.size();
+    // Only blank or comment lines follow the insertion point, so no indexed key moves.
     s.lines.insert(s.lines.begin() + static_cast<std::ptrdiff_t>(at), Line{OneLine(key), OneLine(value), true});
-    if (append)
-        s.keyIndex.emplace(AsciiLower(s.lines[at].key), at);
-    else
-        rebuildKeyIndex(s);
+    s.keyIndex.emplace(AsciiLower(s.lines[at].key), at);
 }
 
 void IniFile::WriteInteger(std::string_view section, std::string_view key, long long value)
@@ -431,26 +430,46 @@ IniReadResult ReadIniFile(const std::filesystem::path &path)
         result.status = {false, "'" + path.string() + "' is a folder, not a file"};
         return result;
     }
+    // A pipe would wait for a writer and a device never ends; neither is a settings file.
+    if (!std::filesystem::is_regular_file(status)) {
+        result.status = {false, "'" + path.string() + "' is not a regular file"};
+        return result;
+    }
     std::ifstream in(path, std::ios::binary);
     if (!in) {
         result.status = {false, "cannot open '" + path.string() + "': " + std::strerror(errno)};
         return result;
     }
     std::string text;
-    text.resize(kMaxIniFileBytes);
+    text.resize(kMaxIniFileBytes + 1);
     in.read(text.data(), static_cast<std::streamsize>(text.size()));
     text.resize(static_cast<std::size_t>(in.gcount()));
     if (in.bad()) {
         result.status = {false, "cannot read '" + path.string() + "'"};
         return result;
     }
+    if (text.size() > kMaxIniFileBytes) {
+        text.resize(kMaxIniFileBytes);
+        result.notSettingsFile = true;
+    }
+    text = SettingsTextToUtf8(std::move(text));
+    if (text.find('\0') != std::string::npos)
+        result.notSettingsFile = true;
     result.ini = IniFile::Parse(text);
     return result;
 }
 
-FileResult WriteFileAtomic(const std::filesystem::path &path, std::string_view text)
+FileResult WriteFileAtomic(const std::filesystem::path &linkOrFile, std::string_view text)
 {
     static std::atomic<unsigned> counter{0};
+    // Renaming over a symbolic link would replace the link; write the file it points to instead.
+    std::filesystem::path path = linkOrFile;
+    std::error_code linkEc;
+    if (std::filesystem::is_symlink(linkOrFile, linkEc)) {
+        const auto resolved = std::filesystem::canonical(linkOrFile, linkEc);
+        if (!linkEc)
+            path = resolved;
+    }
     const std::string target = path.string();
     const std::string temp = target + ".tmp" + std::to_string(::getpid()) + "_" + std::to_string(counter++);
     auto fail = [&](const char *what, int err) {
@@ -460,8 +479,12 @@ FileResult WriteFileAtomic(const std::filesystem::path &path, std::string_view t
 
     mode_t mode = 0644;
     struct stat st {};
-    if (::stat(target.c_str(), &st) == 0)
+    if (::stat(target.c_str(), &st) == 0) {
+        // The rename would get past a write protection the user set on purpose.
+        if ((st.st_mode & 0222) == 0)
+            return FileResult{false, "'" + target + "' is read-only"};
         mode = st.st_mode & 07777; // keep the permissions the user gave the file
+    }
     const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (fd < 0)
         return FileResult{false, "cannot create '" + temp + "': " + std::strerror(errno)};
@@ -499,6 +522,17 @@ FileResult WriteFileAtomic(const std::filesystem::path &path, std::string_view t
 FileResult WriteIniFile(const std::filesystem::path &path, const IniFile &ini)
 {
     return WriteFileAtomic(path, ini.ToText());
+}
+
+FileResult UpdateIniFile(const std::filesystem::path &path, const std::function<void(IniFile &)> &change)
+{
+    IniReadResult current = ReadIniFile(path);
+    if (!current.status.ok)
+        return current.status; // writing over a file that could not be read would lose what it holds
+    if (current.notSettingsFile)
+        return {false, "'" + path.string() + "' is not a settings file (it is binary or too large); it was left as it is"};
+    change(current.ini);
+    return WriteIniFile(path, current.ini);
 }
 
 } // namespace kestrel

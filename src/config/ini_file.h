@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -100,12 +101,17 @@ struct FileResult {
     std::string error;
 };
 
-// Reads a whole settings file. A missing file gives an empty document with
-// existed = false; an unreadable one gives an empty document and the reason.
+// Reads a whole settings file, as UTF-8 whatever encoding it came in
+// (SettingsTextToUtf8); a save writes UTF-8. A missing file gives an empty document with
+// existed = false; an unreadable one (a folder, a pipe or device, no permission)
+// gives an empty document and the reason.
 struct IniReadResult {
     IniFile ini;
     bool existed = false;
     FileResult status;
+    // Loads what it can but must never be rewritten: larger than a settings file
+    // is read, or holding NUL bytes (a recording picked by mistake, say).
+    bool notSettingsFile = false;
 };
 // Files beyond this size are not settings files; only their first part is read.
 inline constexpr std::uintmax_t kMaxIniFileBytes = 16u * 1024u * 1024u;
@@ -113,7 +119,13 @@ inline constexpr std::uintmax_t kMaxIniFileBytes = 16u * 1024u * 1024u;
 
 // Writes text to a temporary file beside path, flushes it to disk and renames it
 // over path, so a crash or a full disk leaves either the old file or the new one.
+// A file without any write permission is left alone; a symbolic link is followed.
 [[nodiscard]] FileResult WriteFileAtomic(const std::filesystem::path &path, std::string_view text);
 [[nodiscard]] FileResult WriteIniFile(const std::filesystem::path &path, const IniFile &ini);
+
+// Reads the file as it stands (or an empty document when it is missing), lets
+// change store over it and replaces it atomically, so unknown entries survive.
+// A file that could not be read or is not a settings file is left as it is.
+[[nodiscard]] FileResult UpdateIniFile(const std::filesystem::path &path, const std::function<void(IniFile &)> &change);
 
 } // namespace kestrel

@@ -26,7 +26,8 @@ ProfileConfirmResult ConfirmHardwareProfile(Prompter &prompter, const std::files
         return result;
     }
 
-    const auto path = ProfilePath(dataFolder, profileName);
+    result.profileName = WithProfileExtension(profileName);
+    const auto path = ProfilePath(dataFolder, result.profileName);
     std::error_code ec;
     const bool exists = std::filesystem::exists(path, ec);
     if (exists) {

@@ -22,12 +22,14 @@ enum class ProfileConfirmOutcome {
 struct ProfileConfirmResult {
     ProfileConfirmOutcome outcome = ProfileConfirmOutcome::Failed;
     bool createdNew = false;
+    std::string profileName;                // the file name in profiles/ that was used (".ksh" added when typed without)
     HardwareProfile profile;                // the values the dialog's fields should show now
     std::vector<std::string> profileList;   // the refreshed list of profiles after a write
     std::string error;
 };
 
-// profileName is the text of the profile box, a file name inside profiles/.
+// profileName is the text of the profile box, a file name inside profiles/; a name
+// without the ".ksh" extension gets it, so the profile list offers it again.
 [[nodiscard]] ProfileConfirmResult ConfirmHardwareProfile(Prompter &prompter, const std::filesystem::path &dataFolder,
                                                           const std::string &profileName,
                                                           const HardwareProfile &fields,

@@ -253,11 +253,14 @@ void StoreConfiguration(const ProgramConfig &cfg, IniFile &ini)
 
 FileResult SaveConfiguration(const ProgramConfig &cfg, const std::filesystem::path &configFile)
 {
-    IniReadResult current = ReadIniFile(configFile);
-    if (!current.status.ok)
-        return current.status; // writing over a file that could not be read would lose what it holds
-    StoreConfiguration(cfg, current.ini);
-    return WriteIniFile(configFile, current.ini);
+    // Kestrel.ini has a fixed place, so a file there with NUL bytes is a damaged one (a crash
+    // on some file systems leaves that), not a recording picked by mistake: write it anew.
+    if (const IniReadResult current = ReadIniFile(configFile); current.status.ok && current.notSettingsFile) {
+        IniFile fresh;
+        StoreConfiguration(cfg, fresh);
+        return WriteIniFile(configFile, fresh);
+    }
+    return UpdateIniFile(configFile, [&](IniFile &ini) { StoreConfiguration(cfg, ini); });
 }
 
 } // namespace kestrel

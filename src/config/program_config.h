@@ -140,7 +140,8 @@ bool LoadConfiguration(const std::filesystem::path &configFile, std::string_view
 // Writes every key in the order of the file's layout onto base (so the style
 // slots and anything unknown stay as they were).
 void StoreConfiguration(const ProgramConfig &cfg, IniFile &ini);
-// Reads the file as it is, stores the settings over it and replaces it atomically.
+// Reads the file as it is, stores the settings over it and replaces it atomically;
+// a damaged file (NUL bytes, oversized) is replaced by a new one.
 // A failure is not reported to the user (the caller may log the result).
 FileResult SaveConfiguration(const ProgramConfig &cfg, const std::filesystem::path &configFile);
 

@@ -88,6 +88,28 @@ struct TriggerDef {
     friend bool operator==(const TriggerDef &, const TriggerDef &) = default;
 };
 
+// A key of the environment file bound to the member that holds its value.
+template <class Owner, class Value>
+struct MemberKey {
+    const char *key;
+    Value Owner::*field;
+};
+
+// Keys of one kind in the order of writing; a member's name is its key.
+inline constexpr MemberKey<TriggerDef, std::int32_t> kSignalEdgeKeys[] = {
+    {"S1", &TriggerDef::S1}, {"M1", &TriggerDef::M1}, {"S2", &TriggerDef::S2},
+    {"M2", &TriggerDef::M2}, {"M5", &TriggerDef::M5}, {"M3", &TriggerDef::M3},
+};
+inline constexpr MemberKey<TriggerDef, bool> kErrorKeys[] = {
+    {"PE", &TriggerDef::PE}, {"FE", &TriggerDef::FE}, {"LE", &TriggerDef::LE}};
+// "Event" + the line or error whose absence an inactivity trigger watches.
+inline constexpr MemberKey<TriggerDef, bool> kInactivityEventKeys[] = {
+    {"EventD1", &TriggerDef::EventD1}, {"EventD2", &TriggerDef::EventD2}, {"EventS1", &TriggerDef::EventS1},
+    {"EventM1", &TriggerDef::EventM1}, {"EventS2", &TriggerDef::EventS2}, {"EventM2", &TriggerDef::EventM2},
+    {"EventM5", &TriggerDef::EventM5}, {"EventM3", &TriggerDef::EventM3}, {"EventPE", &TriggerDef::EventPE},
+    {"EventFE", &TriggerDef::EventFE}, {"EventLE", &TriggerDef::EventLE},
+};
+
 // Seconds as the editor leaves them: clamped to 1 ... 65535.
 [[nodiscard]] constexpr std::int32_t ClampInActivitySeconds(long long seconds)
 {

@@ -32,6 +32,9 @@ TEST(DataFolder, CommandLineThenVariableThenXdgThenHome)
               "/xdg/kestrel");
     EXPECT_EQ(ResolveDataFolder(std::nullopt, Fake({{"HOME", "/home/u"}})), "/home/u/.local/share/kestrel");
     EXPECT_FALSE(ResolveDataFolder(std::nullopt, Fake({})).empty());
+    // A relative XDG_DATA_HOME is invalid and ignored, so the folder does not follow the working directory.
+    EXPECT_EQ(ResolveDataFolder(std::nullopt, Fake({{"XDG_DATA_HOME", "rel/data"}, {"HOME", "/home/u"}})),
+              "/home/u/.local/share/kestrel");
 
     const char *argv[] = {"kestrel", "x.kef", "--data-dir", "/one", "--data-dir=/two"};
     EXPECT_EQ(DataDirArgument(5, argv), "/two");

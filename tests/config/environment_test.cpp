@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <fstream>
 #include <random>
 
 #include "config/date_time_text.h"
 #include "config/environment.h"
 #include "config/environment_save.h"
+#include "config/hardware_profile.h"
 #include "resources/string_table.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
@@ -97,25 +100,6 @@ TEST(Environment, SaveThenLoadGivesTheSameSetUp)
     EXPECT_EQ(loaded.triggersWithExternalActions, (std::vector<std::size_t>{3, 4}));
 }
 
-TEST(Environment, TriggerKeysAreWrittenInTheirFixedOrder)
-{
-    IniFile ini;
-    StoreEnvironment(FullEnvironment(), ini);
-    EXPECT_EQ(ini.KeyNames("Trigger0"),
-              (std::vector<std::string>{"Name", "Description", "Active", "Type", "Event", "D1", "D2", "Data", "S1",
-                                        "M1", "S2", "M2", "M5", "M3", "PE", "FE", "LE", "TimeReached",
-                                        "InActivityTime", "EventD1", "EventD2", "EventS1", "EventM1", "EventS2",
-                                        "EventM2", "EventM5", "EventM3", "EventPE", "EventFE", "EventLE", "PlaySound",
-                                        "SoundFilePath", "PlaySoundRepeat", "ExecCommand", "CommandFilePath",
-                                        "CommandParams"}));
-    EXPECT_EQ(ini.KeyNames("ComA"), (std::vector<std::string>{"Device", "DevicePath", "CustomBaudRate", "DataBits",
-                                                               "Parity", "StopBits"}));
-    EXPECT_EQ(ini.KeyNames("ComB"), (std::vector<std::string>{"Device", "CustomBaudRate", "DataBits", "Parity",
-                                                               "StopBits"}));
-    EXPECT_EQ(ini.SectionNames()[0], "ComA");
-    EXPECT_EQ(ini.SectionNames()[5], "Description");
-}
-
 TEST(Environment, AHandWrittenWindowsFileLoads)
 {
     const std::string text = "\xEF\xBB\xBF[COMA]\r\nDEVICE = 5\r\ncustombaudrate = 19200\r\n"
@@ -127,7 +111,8 @@ TEST(Environment, AHandWrittenWindowsFileLoads)
     EXPECT_EQ(r.env.comA.Device, 5);
     EXPECT_EQ(r.env.comA.CustomBaudRate, 19200);
     EXPECT_EQ(r.env.comB, (EnvPort{2, "", 9600, 8, 0, 1}));
-    EXPECT_EQ(r.env.recordFile, "C:\\Daten\\x.ksr");
+    // A Windows path means nothing here: the file keeps its name in recordings/ of the data folder.
+    EXPECT_EQ(r.env.recordFile, "/data/recordings/x.ksr");
     EXPECT_EQ(r.env.description, (std::vector<std::string>{"hello", "world"}));
     ASSERT_EQ(r.env.triggers.size(), 1u);
     EXPECT_EQ(r.env.triggers[0].Name, "Start on ETX");
@@ -183,9 +168,35 @@ TEST(Environment, DefaultsForAMissingFileAndMissingKeys)
     const IniFile ini = IniFile::Parse("[Trigger0]\nName=a\n[Trigger1]\nTimeReached=31.02.2026 10:00:00\n"
                                        "InActivityTime=99999999999\n");
     const EnvLoadResult t = LoadEnvironment(ini, Context());
-    EXPECT_EQ(t.env.triggers[0].TimeReached, kNow);
+    TriggerDef onlyNamed; // every other key at its load default: off, zero, empty, one second
+    onlyNamed.Name = "a";
+    onlyNamed.number = 1;
+    onlyNamed.TimeReached = kNow;
+    EXPECT_EQ(t.env.triggers[0], onlyNamed);
+    EXPECT_EQ(onlyNamed.InActivityTime, 1);
+    EXPECT_FALSE(onlyNamed.Active || onlyNamed.D1 || onlyNamed.D2 || onlyNamed.PE || onlyNamed.EventLE ||
+                 onlyNamed.PlaySound || onlyNamed.ExecCommand);
+    EXPECT_EQ(onlyNamed.Type + onlyNamed.Event + onlyNamed.S1 + onlyNamed.M3, 0);
     EXPECT_EQ(t.env.triggers[1].TimeReached, kNow);
     EXPECT_EQ(t.env.triggers[1].InActivityTime, 1);
+}
+
+TEST(Environment, WindowsRecordPathsLandInTheRecordingsFolder)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {"C:\\Users\\jo\\Kestrel\\recordings\\Line 7.ksr", "/data/recordings/Line 7.ksr"},
+        {"d:/mess/a.ksr", "/data/recordings/a.ksr"},
+        {"\\\\server\\share\\b.ksr", "/data/recordings/b.ksr"},
+        {"C:\\", "/data/recordings/Default.ksr"},
+        {"/home/jo/c.ksr", "/home/jo/c.ksr"},
+        {"rel/d.ksr", "rel/d.ksr"},
+        {"C:x.ksr", "C:x.ksr"}, // no folder separator: a plain name on this system
+    };
+    for (const auto &[stored, loaded] : cases) {
+        IniFile ini;
+        ini.WriteString("Files", "Record data", stored);
+        EXPECT_EQ(LoadEnvironment(ini, Context()).env.recordFile, loaded) << stored;
+    }
 }
 
 TEST(Environment, ARecordFileOnTheCommandLineWins)
@@ -243,4 +254,69 @@ TEST(Environment, AFailedSaveIsReportedOnceAndKeepsTheChangeMark)
     EXPECT_TRUE(SaveEnvironmentReported(prompter, FullEnvironment(), dir.path() / "x.kef", flag));
     EXPECT_EQ(prompter.asked.size(), 1u);
     EXPECT_FALSE(flag.IsEnvironmentChanged());
+}
+
+// Saving must never rewrite what is not a settings file: a recording picked by
+// mistake (NUL bytes), a file larger than a settings file is read, a pipe.
+TEST(Environment, SavingLeavesWhatIsNotASettingsFileAlone)
+{
+    test::TempDir dir;
+    const auto recording = dir.path() / "line.ksr";
+    std::string mps(800, '\0');
+    mps[5] = '\r';
+    mps[100] = '=';
+    WriteText(recording, mps);
+    const FileResult overRecording = SaveEnvironment(FullEnvironment(), recording);
+    EXPECT_FALSE(overRecording.ok);
+    EXPECT_NE(overRecording.error.find("not a settings file"), std::string::npos) << overRecording.error;
+    std::ifstream in(recording, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), mps);
+
+    const auto huge = dir.path() / "huge.kef";
+    WriteText(huge, "[ComA]\nDevice=3\n");
+    std::filesystem::resize_file(huge, kMaxIniFileBytes + 80);
+    EXPECT_FALSE(SaveEnvironment(FullEnvironment(), huge).ok);
+    EXPECT_EQ(std::filesystem::file_size(huge), kMaxIniFileBytes + 80);
+    EXPECT_FALSE(WriteHardwareProfile(HardwareProfile{}, huge).ok);
+    EXPECT_EQ(std::filesystem::file_size(huge), kMaxIniFileBytes + 80);
+
+    // A pipe is refused at once instead of waiting for a writer, on loading and on saving.
+    const auto pipe = dir.path() / "pipe.kef";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const EnvLoadResult loaded = LoadEnvironment(pipe, Context());
+    EXPECT_FALSE(loaded.status.ok);
+    EXPECT_EQ(loaded.env.comB.Device, 2);
+    EXPECT_FALSE(SaveEnvironment(FullEnvironment(), pipe).ok);
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+}
+
+// The whole file of a small set-up, byte for byte: every key in the order of writing.
+TEST(Environment, AFreshFileHoldsEveryKeyInTheOrderOfWriting)
+{
+    Environment env;
+    env.comA.DevicePath = "/dev/ttyUSB0";
+    env.recordFile = "/data/recordings/Default.ksr";
+    env.general.Title = "T";
+    env.customer.Contact = "C";
+    env.description = {"one", "two"};
+    TriggerDef t;
+    t.Name = "N";
+    t.TimeReached = 46347.5;
+    env.triggers.Append(t);
+    IniFile ini;
+    StoreEnvironment(env, ini);
+    EXPECT_EQ(ini.ToText(),
+              "[ComA]\nDevice=1\nDevicePath=/dev/ttyUSB0\nCustomBaudRate=9600\nDataBits=8\nParity=0\nStopBits=1\n\n"
+              "[ComB]\nDevice=2\nCustomBaudRate=9600\nDataBits=8\nParity=0\nStopBits=1\n\n"
+              "[Files]\nRecord data=/data/recordings/Default.ksr\n\n"
+              "[General]\nTitle=T\nAuthor=\nCompany=\nAddress1=\nAddress2=\nCity=\nZIP=\nState=\nCountry=\n"
+              "Phone=\nFax=\nInternet=\nEmail=\n\n"
+              "[Customer]\nCompany=\nContact=C\nAddress1=\nAddress2=\nCity=\nZIP=\nState=\nCountry=\nPhone=\n"
+              "Fax=\nInternet=\nEmail=\n\n"
+              "[Description]\nLine0=one\nLine1=two\n\n"
+              "[Trigger0]\nName=N\nDescription=\nActive=0\nType=0\nEvent=0\nD1=0\nD2=0\nData=\nS1=0\nM1=0\nS2=0\n"
+              "M2=0\nM5=0\nM3=0\nPE=0\nFE=0\nLE=0\nTimeReached=2026-11-21 12:00:00\nInActivityTime=1\n"
+              "EventD1=0\nEventD2=0\nEventS1=0\nEventM1=0\nEventS2=0\nEventM2=0\nEventM5=0\nEventM3=0\n"
+              "EventPE=0\nEventFE=0\nEventLE=0\nPlaySound=0\nSoundFilePath=\nPlaySoundRepeat=0\nExecCommand=0\n"
+              "CommandFilePath=\nCommandParams=\n");
 }

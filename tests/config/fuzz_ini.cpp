@@ -11,6 +11,7 @@
 #include "config/hardware_profile.h"
 #include "config/ini_file.h"
 #include "config/program_config.h"
+#include "config/settings_encoding.h"
 
 using namespace kestrel;
 
@@ -89,6 +90,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     if (const auto t = ParseSettingsDateTime(text))
         Check(ParseSettingsDateTime(FormatSettingsDateTime(*t)) == t);
+    // Whatever the encoding, the result is UTF-8 that converts to itself.
+    const std::string utf8 = SettingsTextToUtf8(std::string(text));
+    Check(SettingsTextToUtf8(utf8) == utf8);
     const auto items = SplitCommaText(text);
     Check(SplitCommaText(JoinCommaText(items)) == items);
     return 0;

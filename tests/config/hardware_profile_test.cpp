@@ -66,10 +66,11 @@ TEST(HardwareProfile, ListingFindsOnlyProfileFiles)
 {
     test::TempDir dir;
     ASSERT_TRUE(EnsureDataFolder(dir.path()).ok);
-    for (const char *name : {"b.ksh", "a.KSH", "notes.txt", "c.ksh.bak"})
+    for (const char *name : {"b.ksh", "a.KSH", "notes.txt", "c.ksh.bak", "Zeta.ksh", "alpha.ksh"})
         std::ofstream(ProfilePath(dir.path(), name)) << "[Hardware]\n";
     std::filesystem::create_directory(ProfilePath(dir.path(), "folder.ksh"));
-    EXPECT_EQ(ListHardwareProfiles(dir.path()), (std::vector<std::string>{"a.KSH", "b.ksh"}));
+    // Alphabetical as a reader expects it, capitals or not.
+    EXPECT_EQ(ListHardwareProfiles(dir.path()), (std::vector<std::string>{"a.KSH", "alpha.ksh", "b.ksh", "Zeta.ksh"}));
     EXPECT_TRUE(ListHardwareProfiles(dir.path() / "nowhere").empty());
 }
 
@@ -150,4 +151,20 @@ TEST(StartupSettings, TheProfileIsReadBeforeThePortStandardsWhichWin)
 
     std::ofstream(dir.path() / kConfigFileName) << "[Hardware]\nProfile=../../etc/passwd\n";
     EXPECT_EQ(LoadMainConfiguration(dir.path(), cfg).Name, "Default Profile");
+}
+
+// A name typed without the extension still makes a profile that the list offers next time.
+TEST_F(ConfirmProfile, ANameTypedWithoutTheExtensionGetsIt)
+{
+    const auto r = ConfirmHardwareProfile(prompter, dir.path(), "bench cable", Sample(), kInUse);
+    EXPECT_EQ(r.outcome, ProfileConfirmOutcome::Written);
+    EXPECT_EQ(r.profileName, "bench cable.ksh");
+    EXPECT_EQ(r.profileList, (std::vector<std::string>{"bench cable.ksh"}));
+    EXPECT_FALSE(std::filesystem::exists(ProfilePath(dir.path(), "bench cable")));
+
+    // The same name again is the existing file now: the question comes.
+    prompter.answerNext(MsgResult::No);
+    EXPECT_EQ(ConfirmHardwareProfile(prompter, dir.path(), "bench cable", Sample(), kInUse).outcome,
+              ProfileConfirmOutcome::Declined);
+    EXPECT_EQ(ConfirmHardwareProfile(prompter, dir.path(), "old.KSH", Sample(), kInUse).profileName, "old.KSH");
 }

@@ -6,6 +6,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <random>
 
 #include "config/ini_file.h"
 #include "support/temp_dir.h"
@@ -179,4 +181,92 @@ TEST(IniFiles, AWriteThatRunsOutOfSpaceLeavesTheOldFile)
     for ([[maybe_unused]] const auto &e : std::filesystem::directory_iterator(dir.path()))
         ++files;
     EXPECT_EQ(files, 1);
+}
+
+// Environments kept elsewhere and linked into place: a save updates the file the
+// link points to and the link stays a link.
+TEST(IniFiles, AnAtomicWriteThroughASymbolicLinkUpdatesItsTarget)
+{
+    test::TempDir dir;
+    std::filesystem::create_directory(dir.path() / "shared");
+    const auto real = dir.path() / "shared" / "line.kef";
+    const auto link = dir.path() / "line.kef";
+    ASSERT_TRUE(WriteFileAtomic(real, "[A]\nk=old\n").ok);
+    std::filesystem::create_symlink(std::filesystem::path("shared") / "line.kef", link);
+
+    ASSERT_TRUE(WriteFileAtomic(link, "[A]\nk=new\n").ok);
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(ReadIniFile(real).ini.ReadString("A", "k", ""), "new");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path() / "shared"), {}), 1);
+}
+
+// Random writes, key deletions and section erasures against a plain map: every
+// read, and the document's own text read back, always agree with the model.
+TEST(IniFile, RandomEditsAgreeWithAPlainMapAndSurviveTheirText)
+{
+    const std::vector<std::string> sections{"A", "a", "Record data", "Trigger1", "trigger1", "[x"};
+    const std::vector<std::string> keys{"k", "K", "Line0", "Record data", "x=y"};
+    const std::vector<std::string> values{"", "1", "two words", "=", "a;b", "\"q\""};
+    std::map<std::string, std::map<std::string, std::string>> model; // lower-case names
+    std::mt19937 rng(11);
+    IniFile ini = IniFile::Parse("; kept\n");
+    auto pick = [&](const std::vector<std::string> &from) { return from[rng() % from.size()]; };
+    auto expectAgrees = [&](const IniFile &doc, int step) {
+        for (const auto &s : sections) {
+            const auto sec = model.find(AsciiLower(s));
+            ASSERT_EQ(doc.SectionExists(s), sec != model.end()) << s << " step " << step;
+            for (const auto &k : keys) {
+                if (k.find('=') != std::string::npos)
+                    continue;
+                const bool has = sec != model.end() && sec->second.count(AsciiLower(k));
+                ASSERT_EQ(doc.ValueExists(s, k), has) << s << "/" << k << " step " << step;
+                if (has) {
+                    ASSERT_EQ(doc.ReadString(s, k, "?"), sec->second.at(AsciiLower(k))) << s << "/" << k;
+                }
+            }
+        }
+    };
+    for (int step = 0; step < 3000; ++step) {
+        const std::string s = pick(sections);
+        std::string k = pick(keys);
+        if (k.find('=') != std::string::npos)
+            k = "k"; // a key holding '=' cannot be stored; callers never use one
+        switch (rng() % 6) {
+        case 0:
+            ini.EraseSection(s);
+            model.erase(AsciiLower(s));
+            break;
+        case 1:
+            ini.DeleteKey(s, k);
+            if (auto it = model.find(AsciiLower(s)); it != model.end())
+                it->second.erase(AsciiLower(k));
+            break;
+        default: {
+            const std::string v = pick(values);
+            ini.WriteString(s, k, v);
+            model[AsciiLower(s)][AsciiLower(k)] = v;
+            break;
+        }
+        }
+        expectAgrees(ini, step);
+        if (step % 100 == 0)
+            expectAgrees(IniFile::Parse(ini.ToText()), step);
+    }
+    EXPECT_EQ(ini.ToText().rfind("; kept\n", 0), 0u);
+}
+
+// A file the user made read-only (a reference set-up, a frozen Kestrel.ini) is
+// not replaced behind their back, even though its folder would allow the rename.
+TEST(IniFiles, AReadOnlyFileIsNotReplaced)
+{
+    test::TempDir dir;
+    const auto path = dir.path() / "golden.kef";
+    ASSERT_TRUE(WriteFileAtomic(path, "[A]\nk=kept\n").ok);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read | std::filesystem::perms::group_read);
+    const FileResult r = WriteFileAtomic(path, "[A]\nk=new\n");
+    EXPECT_FALSE(r.ok);
+    EXPECT_NE(r.error.find("read-only"), std::string::npos) << r.error;
+    EXPECT_EQ(ReadIniFile(path).ini.ReadString("A", "k", ""), "kept");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "config/program_config.h"
 #include "support/temp_dir.h"
 
@@ -70,18 +72,6 @@ TEST(ProgramConfig, SaveThenLoadGivesTheSameSettings)
     EXPECT_EQ(LoadLanguageConfig(path), 10000);
 }
 
-TEST(ProgramConfig, AMissingFileGivesTheTableDefaults)
-{
-    const ProgramConfig cfg = LoadedMain("");
-    ProgramConfig expected;
-    expected.InstallLang = "xx"; // the "en" default hint is taken on the first run
-    expected.GlobalLang = 10000;
-    expected.skins.assign(100, SkinSlot{}); // [Skin] Max defaults to 99 empty slots
-    EXPECT_EQ(cfg, expected);
-    EXPECT_EQ(cfg.portStandards.baudRates.size(), 24u);
-    EXPECT_EQ(cfg.allBottomPanels, (PanelBounds{0, 325, 1016, 300}));
-}
-
 TEST(ProgramConfig, AHandWrittenWindowsFileLoads)
 {
     const ProgramConfig cfg = LoadedMain("\xEF\xBB\xBF[MODES]\r\n installlang = xx \r\nGLOBALLANG = 10000\r\n"
@@ -138,15 +128,9 @@ TEST(ProgramConfig, SaveWritesTheLayoutInOrderKeepsStylesAndNeverWritesView2)
                                         "AllBottomPanels", "CCenterPanel", "GOWindow", "EXWindow", "REWindow",
                                         "Environment", "DataGrid", "Display", "Recorder", "DispMode4", "DispMode3",
                                         "DispMode1", "TriggerList", "WebUpdate", "ProgramStart"}));
-    EXPECT_EQ(ini.KeyNames("Modes"), (std::vector<std::string>{"InstallLang", "GlobalLang", "DefLang", "DisplayMode",
-                                                                "RecordMode", "CharacterControl", "SignalMode",
-                                                                "TimeControl"}));
     EXPECT_EQ(ini.KeyNames("Monitor"), (std::vector<std::string>{"0", "FormMain", "1", "FormGoto"}));
-    EXPECT_EQ(ini.KeyNames("DispMode3").size(), 326u + 2u);
-    EXPECT_EQ(ini.KeyNames("DispMode3")[325], "Column325");
     EXPECT_EQ(ini.ReadString("Skin1", "Name", ""), "Carbon");
     EXPECT_EQ(ini.ReadString("Display", "ViewHold", ""), "1");
-    EXPECT_EQ(ini.ReadString("Port Standards", "Parities", ""), "N,S,M,E,O");
 
     // ViewHold is never read back; only DisplayHoldOnProgStart holds the display at start.
     EXPECT_FALSE(LoadedMain(ini.ToText()).ViewHold);
@@ -192,4 +176,70 @@ TEST(ProgramConfig, AFailedSaveIsOnlyAResult)
     const FileResult r = SaveConfiguration(ProgramConfig{}, dir.path() / "gone" / kConfigFileName);
     EXPECT_FALSE(r.ok);
     EXPECT_FALSE(r.error.empty());
+}
+
+// The table of the file, section by section: keys in the order of writing with
+// the values a fresh start writes (column widths aside).
+TEST(ProgramConfig, AFreshStartWritesTheTableInOrderWithItsDefaults)
+{
+    ProgramConfig cfg;
+    LoadConfiguration(IniFile{}, "TFormMain", cfg);
+    cfg.monitors = {{"FormMain", 0}};
+    IniFile ini;
+    StoreConfiguration(cfg, ini);
+    auto section = [&](const char *name) {
+        std::string text;
+        for (const auto &key : ini.KeyNames(name))
+            text += key + "=" + ini.ReadString(name, key, "") + ";";
+        return text;
+    };
+    const std::pair<const char *, const char *> expected[] = {
+        {"Hardware", "Profile=default.ksh;"},
+        {"Port Standards",
+         "Baudrates=50,75,150,300,600,1200,1800,2000,2400,3600,4800,7200,9600,10400,14400,19200,28800,38400,56000,"
+         "57600,115200,230400,460800,921600;Databits=5,6,7,8;Parities=N,S,M,E,O;Stopbits=1,1.5,2;"},
+        {"Modes", "InstallLang=xx;GlobalLang=10000;DefLang=0;DisplayMode=1;RecordMode=1;CharacterControl=0;"
+                  "SignalMode=1;TimeControl=0;"},
+        {"Window", "Left=0;Top=0;Width=800;Height=600;WindowState=0;"},
+        {"Monitor", "0=0;FormMain=0;"},
+        {"AllBottomPanels", "Left=0;Top=325;Width=1016;Height=300;"},
+        {"CCenterPanel", "Left=0;Top=487;Width=1032;"},
+        {"GOWindow", "Left=100;Top=100;WindowState=0;Visible=0;SearchPageIndex=0;ControlSearchPageIndex=0;"},
+        {"EXWindow", "Left=100;Top=100;WindowState=0;Visible=0;"},
+        {"REWindow", "Left=100;Top=100;WindowState=0;Visible=0;"},
+        {"Environment", "Filename=Default.kef;"},
+        {"DataGrid", "GridOptions=0;"},
+        {"Display", "ViewHold=0;"},
+        {"Recorder", "Append=1;Replace=0;"},
+        {"WebUpdate", "CheckForUpdatesAtProgStart=0;"},
+        {"ProgramStart", "DisplayHoldOnProgStart=0;BeginRecordOnProgStart=0;"},
+    };
+    for (const auto &[name, keys] : expected)
+        EXPECT_EQ(section(name), keys) << name;
+    for (const auto &[name, columns] : {std::pair{"DispMode4", 35u}, {"DispMode3", 326u}, {"DispMode1", 14u}}) {
+        const auto keys = ini.KeyNames(name);
+        ASSERT_EQ(keys.size(), columns + 2) << name;
+        EXPECT_EQ(keys[columns - 1], "Column" + std::to_string(columns - 1)) << name;
+        EXPECT_EQ(section(name).substr(section(name).size() - 35), ";CharacterMode1=1;CharacterMode2=3;") << name;
+    }
+    EXPECT_EQ(ini.KeyNames("TriggerList").size(), 6u);
+}
+
+// A Kestrel.ini left full of NUL bytes (a crash on some file systems) is replaced
+// by a whole new file; refusing it would silently keep every later save from landing.
+TEST(ProgramConfig, ADamagedFileIsReplacedOnTheNextSave)
+{
+    test::TempDir dir;
+    const auto path = dir.path() / kConfigFileName;
+    std::ofstream(path, std::ios::binary) << std::string(4096, '\0');
+    ProgramConfig cfg = Unusual();
+    ASSERT_TRUE(SaveConfiguration(cfg, path).ok);
+    ProgramConfig loaded;
+    loaded.monitors = cfg.monitors;
+    for (const char *form : {"TFormMain", "TFormGoto", "TFormExport", "TFormReport", "TFormMonitors"})
+        LoadConfiguration(path, form, loaded);
+    loaded.skins = cfg.skins;
+    EXPECT_EQ(loaded, cfg);
+    std::ifstream in(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}).find('\0'), std::string::npos);
 }

@@ -72,7 +72,13 @@ TEST(TriggerList, RandomEditsMatchAPlainVectorAndStayNumbered)
         const std::size_t n = model.size();
         const std::size_t pick = n ? rng() % (n + 1) : 0;
         const std::string name = "t" + std::to_string(step);
-        switch (rng() % 4) {
+        switch (rng() % 5) {
+        case 4:
+            if (list.Replace(pick, Named(name + "r")))
+                model[pick] = name + "r";
+            else
+                ASSERT_GE(pick, n);
+            break;
         case 0:
             list.Insert(Named(name), pick);
             model.insert(model.begin() + static_cast<std::ptrdiff_t>(std::min(pick, n)), name);

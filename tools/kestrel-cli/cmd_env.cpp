@@ -3,8 +3,10 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "cli_common.h"
 #include "command.h"
 #include "config/data_folder.h"
 #include "config/date_time_text.h"
@@ -19,20 +21,28 @@ using namespace kestrel;
 
 void PrintUsage(std::FILE *to)
 {
-    std::fprintf(to, "usage: kestrel-cli env show FILE.kef [--data-dir DIR] [--lang en|de]\n\n"
+    std::fprintf(to, "usage: kestrel-cli env show FILE.kef [--data-dir DIR] [--language de|en]\n\n"
                      "Prints the ports, record file, header, description and triggers of an environment.\n"
                      "Nothing in it is run: triggers that would play a sound or start a program are listed.\n"
                      "--data-dir  the data folder used for the default record file\n"
-                     "--lang      language of the trigger texts (default en)\n");
+                     "--language  language of the trigger texts (default from LANG; --lang works too)\n");
 }
 
-// A file may hold anything: control bytes must not reach the terminal.
+// A file may hold anything: control characters (C0, DEL and the C1 set as UTF-8,
+// whose U+009B starts an escape sequence too) must not reach the terminal.
 std::string Printable(const std::string &text)
 {
-    std::string out = text;
-    for (char &c : out) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
-            c = '?';
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (c == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) >= 0x80 &&
+            static_cast<unsigned char>(text[i + 1]) <= 0x9F) {
+            out += '?';
+            ++i;
+        } else {
+            out += c < 0x20 || c == 0x7F ? '?' : text[i];
+        }
     }
     return out;
 }
@@ -43,12 +53,18 @@ void Field(const char *label, const std::string &value)
         std::printf("  %-9s %s\n", label, Printable(value).c_str());
 }
 
-void PrintPort(const char *label, const EnvPort &port, const EnvPort &lineSettings)
+// A value no port takes is shown as it stands rather than as the setting a port would fall back to.
+void PrintPort(const char *label, const EnvPort &port, const EnvPort &line)
 {
-    std::printf("%s %s (Device %d%s)  %d baud, %d data bits, parity %s, %s stop bits\n", label,
-                Printable(DevicePathOf(port)).c_str(), port.Device, port.DevicePath.empty() ? "" : ", path given",
-                lineSettings.CustomBaudRate, lineSettings.DataBits, ParityLetter(lineSettings.Parity).c_str(),
-                StopBitsText(lineSettings.StopBits, lineSettings.DataBits).c_str());
+    const bool parityKnown = line.Parity >= ParityOrdinal::None && line.Parity <= ParityOrdinal::Space;
+    const std::string parity = parityKnown ? "parity " + ParityLetter(line.Parity)
+                                           : "parity ordinal " + std::to_string(line.Parity) + " (unknown)";
+    const std::string stop = line.StopBits == 1 || line.StopBits == 2
+                                 ? StopBitsText(line.StopBits, line.DataBits) + " stop bits"
+                                 : "StopBits=" + std::to_string(line.StopBits) + " (unknown)";
+    std::printf("%s %s (Device %d%s)  %d baud, %d data bits, %s, %s\n", label, Printable(DevicePathOf(port)).c_str(),
+                port.Device, port.DevicePath.empty() ? "" : ", path given", line.CustomBaudRate, line.DataBits,
+                parity.c_str(), stop.c_str());
 }
 
 std::string Join(const std::vector<std::string> &items, const char *separator = " ")
@@ -59,7 +75,6 @@ std::string Join(const std::vector<std::string> &items, const char *separator = 
     return out.empty() ? "-" : out;
 }
 
-
 void PrintTrigger(const TriggerDef &t)
 {
     std::printf("  #%d [%s] \"%s\": %s / %s\n", t.number, t.Active ? "active" : "inactive", Printable(t.Name).c_str(),
@@ -68,28 +83,24 @@ void PrintTrigger(const TriggerDef &t)
         std::printf("     description: %s\n", Printable(t.Description).c_str());
     switch (t.Event) {
     case TriggerEvent::Data:
-        std::printf("     data on %s%s: %s\n", t.D1 ? "D1" : "", t.D2 ? (t.D1 ? "+D2" : "D2") : "",
+        std::printf("     data on %s: %s\n", t.D1 ? (t.D2 ? "D1+D2" : "D1") : (t.D2 ? "D2" : "-"),
                     t.Data.empty() ? "(none)" : Printable(t.Data).c_str());
         break;
     case TriggerEvent::Signal: {
-        const std::pair<const char *, std::int32_t> lines[] = {{"S1", t.S1}, {"M1", t.M1}, {"S2", t.S2},
-                                                               {"M2", t.M2}, {"M5", t.M5}, {"M3", t.M3}};
         std::vector<std::string> edges;
-        for (auto [name, edge] : lines) {
-            if (edge != SignalEdge::Ignore)
-                edges.push_back(std::string(name) + " " + SignalEdgeText(edge));
+        for (const auto &k : kSignalEdgeKeys) {
+            if (t.*k.field != SignalEdge::Ignore)
+                edges.push_back(std::string(k.key) + " " + SignalEdgeText(t.*k.field));
         }
         std::printf("     signals: %s\n", Join(edges, ", ").c_str());
         break;
     }
     case TriggerEvent::Error: {
         std::vector<std::string> errors;
-        if (t.PE)
-            errors.emplace_back("PE");
-        if (t.FE)
-            errors.emplace_back("FE");
-        if (t.LE)
-            errors.emplace_back("LE");
+        for (const auto &k : kErrorKeys) {
+            if (t.*k.field)
+                errors.emplace_back(k.key);
+        }
         std::printf("     errors: %s\n", Join(errors).c_str());
         break;
     }
@@ -97,14 +108,10 @@ void PrintTrigger(const TriggerDef &t)
         std::printf("     time reached: %s\n", FormatSettingsDateTime(t.TimeReached).c_str());
         break;
     default: {
-        const std::pair<const char *, bool> events[] = {
-            {"D1", t.EventD1}, {"D2", t.EventD2}, {"S1", t.EventS1}, {"M1", t.EventM1},
-            {"S2", t.EventS2}, {"M2", t.EventM2}, {"M5", t.EventM5}, {"M3", t.EventM3},
-            {"PE", t.EventPE}, {"FE", t.EventFE}, {"LE", t.EventLE}};
         std::vector<std::string> watched;
-        for (auto [name, on] : events) {
-            if (on)
-                watched.emplace_back(name);
+        for (const auto &k : kInactivityEventKeys) {
+            if (t.*k.field)
+                watched.emplace_back(std::string_view(k.key).substr(5)); // "EventD1" -> "D1"
         }
         std::printf("     inactivity: %d s without %s\n", t.InActivityTime, Join(watched).c_str());
         break;
@@ -137,22 +144,11 @@ int Show(const std::string &file, const std::optional<std::string> &dataDir)
     std::printf("Record file: %s\n", Printable(env.recordFile).c_str());
 
     std::printf("General:\n");
-    const auto &g = env.general;
-    for (const auto &[label, value] :
-         std::vector<std::pair<const char *, const std::string *>>{
-             {"Title", &g.Title},       {"Author", &g.Author}, {"Company", &g.Company}, {"Address1", &g.Address1},
-             {"Address2", &g.Address2}, {"City", &g.City},     {"ZIP", &g.ZIP},         {"State", &g.State},
-             {"Country", &g.Country},   {"Phone", &g.Phone},   {"Fax", &g.Fax},         {"Internet", &g.Internet},
-             {"Email", &g.Email}})
-        Field(label, *value);
+    for (const auto &k : kGeneralKeys)
+        Field(k.key, env.general.*k.field);
     std::printf("Customer:\n");
-    const auto &c = env.customer;
-    for (const auto &[label, value] :
-         std::vector<std::pair<const char *, const std::string *>>{
-             {"Company", &c.Company}, {"Contact", &c.Contact}, {"Address1", &c.Address1}, {"Address2", &c.Address2},
-             {"City", &c.City},       {"ZIP", &c.ZIP},         {"State", &c.State},       {"Country", &c.Country},
-             {"Phone", &c.Phone},     {"Fax", &c.Fax},         {"Internet", &c.Internet}, {"Email", &c.Email}})
-        Field(label, *value);
+    for (const auto &k : kCustomerKeys)
+        Field(k.key, env.customer.*k.field);
     std::printf("Description (%zu lines):\n", env.description.size());
     for (const auto &line : env.description)
         std::printf("  | %s\n", Printable(line).c_str());
@@ -178,17 +174,17 @@ int RunEnv(const std::vector<std::string> &args)
         return cli::kExitUsage;
     }
     std::optional<std::string> file, dataDir;
-    SetGlobalLang(kLangEnglish);
+    SetGlobalLang(cli::LanguageFromEnvironment());
     for (std::size_t i = 1; i < args.size(); ++i) {
         const std::string &a = args[i];
-        if ((a == "--data-dir" || a == "--lang") && i + 1 < args.size()) {
+        if ((a == "--data-dir" || a == "--language" || a == "--lang") && i + 1 < args.size()) {
             const std::string &value = args[++i];
             if (a == "--data-dir") {
                 dataDir = value;
             } else if (value == "de" || value == "en") {
                 SetGlobalLang(value == "de" ? kLangGerman : kLangEnglish);
             } else {
-                std::fprintf(stderr, "kestrel-cli env: --lang takes en or de, not '%s'\n", value.c_str());
+                std::fprintf(stderr, "kestrel-cli env: %s takes de or en, not '%s'\n", a.c_str(), value.c_str());
                 return cli::kExitUsage;
             }
         } else if (a == "--help" || a == "-h") {
