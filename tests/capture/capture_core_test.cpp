@@ -143,36 +143,26 @@ TEST(LineErrorMapping, EveryErrorWord)
 
 TEST(ComboTexts, ParityStopBitsAndGarbage)
 {
-    EXPECT_EQ(ParityFromText("N"), Parity::None);
-    EXPECT_EQ(ParityFromText("E"), Parity::Even);
-    EXPECT_EQ(ParityFromText("O"), Parity::Odd);
-    EXPECT_EQ(ParityFromText("M"), Parity::Mark);
-    EXPECT_EQ(ParityFromText("S"), Parity::Space);
-    EXPECT_EQ(ParityFromText("Mark"), Parity::None);
-    EXPECT_EQ(ParityFromText(""), Parity::None);
+    const std::pair<const char *, Parity> parities[] = {{"N", Parity::None}, {"E", Parity::Even}, {"O", Parity::Odd},
+                                                        {"M", Parity::Mark}, {"S", Parity::Space}, {"Mark", Parity::None},
+                                                        {"", Parity::None}};
+    for (const auto &[text, parity] : parities)
+        EXPECT_EQ(ParityFromText(text), parity) << text;
+    // "1" with five data bits is taken as 1.5 by the port.
+    const std::tuple<const char *, int, StopBits> stops[] = {{"1", 8, StopBits::One}, {"1", 5, StopBits::Two},
+                                                             {"1.5", 7, StopBits::Two}, {"2", 8, StopBits::Two},
+                                                             {"3", 8, StopBits::One}};
+    for (const auto &[text, bits, want] : stops)
+        EXPECT_EQ(StopBitsFromText(text, bits), want) << text << " " << bits;
 
-    EXPECT_EQ(StopBitsFromText("1", 8), StopBits::One);
-    EXPECT_EQ(StopBitsFromText("1", 5), StopBits::Two); // taken as 1.5 by the port
-    EXPECT_EQ(StopBitsFromText("1.5", 7), StopBits::Two);
-    EXPECT_EQ(StopBitsFromText("2", 8), StopBits::Two);
-    EXPECT_EQ(StopBitsFromText("3", 8), StopBits::One);
-
-    PortComboTexts t{"115200", "7", "E", "2"};
-    PortSettings s = SettingsFromTexts(t);
-    EXPECT_EQ(s.baud, 115200);
-    EXPECT_EQ(s.dataBits, 7);
-    EXPECT_EQ(s.parity, Parity::Even);
-    EXPECT_EQ(s.stopBits, StopBits::Two);
-
-    s = SettingsFromTexts({"96OO", "9", "?", "x"});
-    EXPECT_EQ(s, PortSettings{});
-    s = SettingsFromTexts({"-300", "4", "S", "1"});
-    EXPECT_EQ(s.baud, 9600);
-    EXPECT_EQ(s.dataBits, 8);
-    EXPECT_EQ(s.parity, Parity::Space);
-    s = SettingsFromTexts({" 1200 ", "5", "N", "1"});
-    EXPECT_EQ(s.baud, 1200);
-    EXPECT_EQ(s.stopBits, StopBits::Two);
+    const std::pair<PortComboTexts, PortSettings> settings[] = {
+        {{"115200", "7", "E", "2"}, {115200, 7, Parity::Even, StopBits::Two}},
+        {{"96OO", "9", "?", "x"}, PortSettings{}},
+        {{"-300", "4", "S", "1"}, {9600, 8, Parity::Space, StopBits::One}},
+        {{" 1200 ", "5", "N", "1"}, {1200, 5, Parity::None, StopBits::Two}},
+    };
+    for (const auto &[texts, want] : settings)
+        EXPECT_EQ(SettingsFromTexts(texts), want) << texts.baud;
 }
 
 TEST_F(CaptureFixture, OnePortWarnsOnceAndBothPortsShareIt)

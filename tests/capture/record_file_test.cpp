@@ -9,24 +9,14 @@
 #include "capture/record_file.h"
 #include "capture/record_paths.h"
 #include "resources/string_table.h"
+#include "support/recording_builder.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
+using test::RecordingBuilder;
 
 namespace {
-
-void writeRecords(const std::string &path, std::uint32_t count, std::size_t tornBytes = 0)
-{
-    std::ofstream f(path, std::ios::binary);
-    for (std::uint32_t i = 0; i < count; ++i) {
-        MpRecord mp;
-        mp.number = i;
-        const MpBytes b = EncodeMp(mp);
-        f.write(reinterpret_cast<const char *>(b.data()), b.size());
-    }
-    f << std::string(tornBytes, '\x55');
-}
 
 std::uint64_t sizeOf(const std::string &path)
 {
@@ -48,7 +38,7 @@ TEST(RecordFile, HandlesCountOpeningsAndReadMpNByOffset)
     test::TempDir dir;
     RecordFile f;
     f.setPath(dir.file("two.ksr"));
-    writeRecords(f.path(), 2);
+    RecordingBuilder::writeNumbered(f.path(), 2);
     ASSERT_TRUE(f.open(RecordHandle::View));
     ASSERT_TRUE(f.open(RecordHandle::Record));
     EXPECT_EQ(f.openCount(RecordHandle::View), 1);
@@ -68,7 +58,7 @@ TEST(RecordFile, HandlesCountOpeningsAndReadMpNByOffset)
 TEST(RecordFile, OnlyOneRecorderWritesAFileWhileReadersGoOn)
 {
     test::TempDir dir;
-    writeRecords(dir.file("busy.ksr"), 3);
+    RecordingBuilder::writeNumbered(dir.file("busy.ksr"), 3);
     RecordFile first, second;
     first.setPath(dir.file("busy.ksr"));
     second.setPath(dir.file("busy.ksr"));
@@ -87,7 +77,7 @@ TEST(RecordFile, AppendLandsAtTheEndAndTheViewSeesItAtOnce)
     test::TempDir dir;
     RecordFile f;
     f.setPath(dir.file("ten.ksr"));
-    writeRecords(f.path(), 10);
+    RecordingBuilder::writeNumbered(f.path(), 10);
     ASSERT_TRUE(f.open(RecordHandle::View));
     ASSERT_TRUE(f.open(RecordHandle::Record));
     f.seekToEnd();
@@ -105,7 +95,7 @@ TEST(RecordFile, TornTailIsReadableAndCutBeforeAppending)
     test::TempDir dir;
     RecordFile f;
     f.setPath(dir.file("torn.ksr"));
-    writeRecords(f.path(), 7, 45);
+    RecordingBuilder::writeNumbered(f.path(), 7, 45);
     ASSERT_TRUE(f.open(RecordHandle::Record));
     EXPECT_EQ(f.recordCount(), 7u);
     MpRecord last;
@@ -123,7 +113,7 @@ TEST(RecordFile, TornTailIsReadableAndCutBeforeAppending)
 
     // Should the tail stay (it could not be cut), the end is still that of the last whole record.
     f.close(RecordHandle::Record);
-    writeRecords(f.path(), 3, 45);
+    RecordingBuilder::writeNumbered(f.path(), 3, 45);
     ASSERT_TRUE(f.open(RecordHandle::Record));
     f.seekToEnd();
     EXPECT_EQ(f.writePosition(), 240u);
@@ -138,7 +128,7 @@ TEST(RecordFile, CreateTruncatesAndOpenFailsOnMissingFileOrFolder)
     f.setPath(dir.file("x.ksr"));
     EXPECT_FALSE(f.open(RecordHandle::Record));
     EXPECT_FALSE(f.errorText().empty());
-    writeRecords(f.path(), 3);
+    RecordingBuilder::writeNumbered(f.path(), 3);
     ASSERT_TRUE(f.create(RecordHandle::Record));
     EXPECT_EQ(f.fileSize(), 0u);
     f.setPath(dir.path().string());
@@ -195,7 +185,7 @@ TEST(RecordFile, ShowChangedRecordFileOpensCreatesOrReports)
     EXPECT_FALSE(r.resetGrid);
     EXPECT_TRUE(f.isOpen(RecordHandle::View));
 
-    writeRecords(dir.file("old.ksr"), 4);
+    RecordingBuilder::writeNumbered(dir.file("old.ksr"), 4);
     f.setPath(dir.file("old.ksr"));
     r = ShowChangedRecordFile(f, prompter);
     EXPECT_TRUE(r.ok && !r.created && r.resetGrid);
@@ -238,7 +228,7 @@ TEST(RecordPaths, SaveAsCopiesEverythingAndRefusesBadTargets)
 {
     test::TempDir dir;
     const std::string src = dir.file("src.ksr");
-    writeRecords(src, 20'000, 17); // 1.6 MB: more than one buffer
+    RecordingBuilder::writeNumbered(src, 20'000, 17); // 1.6 MB: more than one buffer
     CopyResult r = SaveRecordFileAs(src, dir.file("copy.ksr"));
     ASSERT_TRUE(r.ok) << r.error;
     EXPECT_EQ(r.bytes, sizeOf(src));
@@ -251,7 +241,7 @@ TEST(RecordPaths, SaveAsCopiesEverythingAndRefusesBadTargets)
     r = SaveRecordFileAs(src, dir.file("missing/x.ksr"));
     EXPECT_FALSE(r.ok);
     EXPECT_NE(r.error.find("missing/x.ksr"), std::string::npos);
-    writeRecords(dir.file("empty.ksr"), 0);
+    RecordingBuilder::writeNumbered(dir.file("empty.ksr"), 0);
     EXPECT_FALSE(SaveRecordFileAs(dir.file("empty.ksr"), dir.file("e2.ksr")).ok); // nothing copied
     EXPECT_FALSE(SaveRecordFileAs(dir.file("nope.ksr"), dir.file("e3.ksr")).ok);
 }

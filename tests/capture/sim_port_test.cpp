@@ -131,16 +131,12 @@ TEST_F(SimFixture, StatusTriggersFireOnceUntilArmedAgain)
     EXPECT_FALSE(b.setStatusTrigger(9999, 15, true));
 }
 
-TEST_F(SimFixture, LoopsRepeatTheScenarioAndEnd)
+TEST_F(SimFixture, LoopsRepeatTheScenarioAndEndOrGoOnForEver)
 {
     start("loop 3\na \"z\"\nwait 1ms\n");
     at(100 * kMs);
     EXPECT_EQ(logA.bytes, "zzz");
     EXPECT_TRUE(line->finished());
-}
-
-TEST_F(SimFixture, EndlessLoopKeepsGoingWithTime)
-{
     start("loop\nb \"ab\"\nwait 3ms\n"); // 5 ms a pass
     at(24 * kMs);
     EXPECT_EQ(logB.bytes, "ababababab"); // passes start at 0, 5, 10, 15, 20 ms
@@ -309,14 +305,12 @@ TEST(Scenario, ByteItemsHexTextEscapesAndControlNames)
 
 TEST(Scenario, DurationsInEveryUnit)
 {
-    EXPECT_EQ(ParseDuration("20ms"), 20'000'000);
-    EXPECT_EQ(ParseDuration("250us"), 250'000);
-    EXPECT_EQ(ParseDuration("1.5s"), 1'500'000'000);
-    EXPECT_EQ(ParseDuration("7ns"), 7);
-    EXPECT_FALSE(ParseDuration("20"));
-    EXPECT_FALSE(ParseDuration("ms"));
-    EXPECT_FALSE(ParseDuration("-1ms"));
-    EXPECT_FALSE(ParseDuration("1.2.3ms"));
+    const std::pair<const char *, std::int64_t> good[] = {
+        {"20ms", 20'000'000}, {"250us", 250'000}, {"1.5s", 1'500'000'000}, {"7ns", 7}};
+    for (const auto &[text, ns] : good)
+        EXPECT_EQ(ParseDuration(text), ns) << text;
+    for (const char *bad : {"20", "ms", "-1ms", "1.2.3ms"})
+        EXPECT_FALSE(ParseDuration(bad)) << bad;
 }
 
 TEST(Scenario, ParseErrorsNameTheLineAndTheReason)

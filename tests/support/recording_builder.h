@@ -102,6 +102,15 @@ public:
             throw std::runtime_error("cannot write " + path);
     }
 
+    // count plain MPs numbered 0.. with d1 = the low byte of the number, no marks.
+    static void writeNumbered(const std::string &path, std::uint32_t count, std::size_t extraBytes = 0)
+    {
+        RecordingBuilder b(45000.5, 0.001, false);
+        for (std::uint32_t i = 0; i < count; ++i)
+            b.d1(static_cast<std::uint8_t>(i));
+        b.write(path, extraBytes);
+    }
+
 private:
     std::vector<MpRecord> mps_;
     MpRecord levels_;
