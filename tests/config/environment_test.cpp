@@ -122,7 +122,7 @@ TEST(Environment, AHandWrittenWindowsFileLoads)
     EXPECT_DOUBLE_EQ(r.env.triggers[0].TimeReached, *ParseSettingsDateTime("2026-12-24 18:30:00"));
 }
 
-TEST(Environment, SavingAShorterListErasesStaleTriggersUpToTheFirstGap)
+TEST(Environment, ListsEndAtTheFirstGapAndSavingAShorterListErasesStaleEntries)
 {
     IniFile ini;
     for (int i : {0, 1, 2, 3, 4, 6})
@@ -142,12 +142,10 @@ TEST(Environment, SavingAShorterListErasesStaleTriggersUpToTheFirstGap)
     EXPECT_EQ(ini.ReadString("Trigger0", "Name", ""), "Trigger of kind 0");
     EXPECT_EQ(ini.KeyNames("Description"), (std::vector<std::string>{"Line0"}));
     EXPECT_EQ(LoadEnvironment(ini, Context()).env.triggers.size(), 3u);
-}
 
-TEST(Environment, GapsEndDescriptionAndTriggerLists)
-{
-    const IniFile ini = IniFile::Parse("[Description]\nLine0=a\nLine1=b\nLine3=d\n[Trigger0]\nName=x\n[Trigger2]\nName=z\n");
-    const EnvLoadResult r = LoadEnvironment(ini, Context());
+    // Loading stops at the first gap too.
+    const IniFile gaps = IniFile::Parse("[Description]\nLine0=a\nLine1=b\nLine3=d\n[Trigger0]\nName=x\n[Trigger2]\nName=z\n");
+    const EnvLoadResult r = LoadEnvironment(gaps, Context());
     EXPECT_EQ(r.env.description, (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(r.env.triggers.size(), 1u);
 }
@@ -197,10 +195,7 @@ TEST(Environment, WindowsRecordPathsLandInTheRecordingsFolder)
         ini.WriteString("Files", "Record data", stored);
         EXPECT_EQ(LoadEnvironment(ini, Context()).env.recordFile, loaded) << stored;
     }
-}
-
-TEST(Environment, ARecordFileOnTheCommandLineWins)
-{
+    // A record file named on the command line wins over both.
     EnvLoadContext ctx = Context();
     ctx.commandLineRecord = "/tmp/cli.ksr";
     EXPECT_EQ(LoadEnvironment(IniFile::Parse("[Files]\nRecord data=/x/env.ksr\n"), ctx).env.recordFile, "/tmp/cli.ksr");
