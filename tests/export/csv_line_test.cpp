@@ -2,8 +2,11 @@
 
 #include "export/csv_line.h"
 #include "export/mark_text.h"
+#include "only_columns.h"
 
 using namespace kestrel;
+using test::Only;
+using C = ExportColumns;
 
 namespace {
 
@@ -50,15 +53,7 @@ TEST(CsvColumn, EveryByteUnderEveryFrameReadsBackAsThatByte)
 TEST(CsvLine, HeadLineNamesTheChosenColumnsInOrder)
 {
     ExportOptions o;
-    o.columns = {};
-    ExportColumns none;
-    for (bool *f : {&none.prefix, &none.mpNo, &none.timestamp, &none.d1, &none.d2, &none.hex, &none.dec, &none.oct,
-                    &none.bin, &none.s1, &none.m1, &none.s2, &none.m2, &none.m5, &none.m3, &none.pfl,
-                    &none.description})
-        *f = false;
-    o.columns = none;
-    o.columns.d1 = true;
-    o.columns.hex = true;
+    o.columns = Only({&C::d1, &C::hex});
     EXPECT_EQ(BuildCSVHeadLine(o), "\"D1 [RAW]\";\"D1 [HEX]\";");
 
     // "[PFL]" follows the name without a blank; the data suffixes carry one.
@@ -80,8 +75,7 @@ TEST(CsvLine, HeadLineNamesTheChosenColumnsInOrder)
     all.langOffset = kLangGerman;
     all.timeMode = 0;
     all.frame = '\'';
-    all.columns = none;
-    all.columns.prefix = all.columns.mpNo = all.columns.timestamp = all.columns.description = true;
+    all.columns = Only({&C::prefix, &C::mpNo, &C::timestamp, &C::description});
     EXPECT_EQ(BuildCSVHeadLine(all), "'Marke/Trigger'\t'Ereignisnr.'\t'Datum/Zeit-Absolut/Lokal'\t'Beschreibung'\t");
 }
 
@@ -137,10 +131,7 @@ TEST(CsvLine, DataLevelsErrorsAndDescription)
     mp.d1 = 0x7F;
     mp.d2 = 0x1B;
     o.frame = kNoFrame;
-    o.columns = {};
-    o.columns.prefix = o.columns.mpNo = o.columns.timestamp = o.columns.d1 = o.columns.d2 = false;
-    o.columns.hex = o.columns.dec = o.columns.oct = o.columns.bin = o.columns.pfl = false;
-    o.columns.s1 = o.columns.m1 = o.columns.s2 = o.columns.m2 = o.columns.m5 = o.columns.m3 = false;
+    o.columns = Only({&C::description});
     EXPECT_EQ(BuildCSVFileLine(mp, o, t), "escape,");
 }
 
@@ -175,11 +166,7 @@ TEST(CsvLine, RelativeBaseIsTakenWhenMpOneIsExported)
 {
     ExportOptions o;
     o.langOffset = kLangEnglish;
-    o.columns = {};
-    ExportColumns c;
-    c.prefix = c.mpNo = c.d1 = c.d2 = c.pfl = c.description = false;
-    c.s1 = c.m1 = c.s2 = c.m2 = c.m5 = c.m3 = false;
-    o.columns = c;
+    o.columns = Only({&C::timestamp, &C::hex, &C::dec, &C::oct, &C::bin}); // number columns without a byte stay away
     o.frame = kNoFrame;
     o.timeMode = 1;
     ExportTimeState t = pinnedTime();

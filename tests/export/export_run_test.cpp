@@ -5,6 +5,7 @@
 #include "export/export_run.h"
 #include "export/recording_check.h"
 #include "support/recording_builder.h"
+#include "only_columns.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
@@ -105,9 +106,8 @@ TEST(ExportRun, SeedsTimesFromMpOneAndThePreviousMp)
     o.langOffset = kLangEnglish;
     o.header = false;
     o.frame = kNoFrame;
-    o.columns = {};
-    o.columns.prefix = o.columns.mpNo = o.columns.d1 = o.columns.d2 = o.columns.pfl = o.columns.description = false;
-    o.columns.s1 = o.columns.m1 = o.columns.s2 = o.columns.m2 = o.columns.m5 = o.columns.m3 = false;
+    o.columns = test::Only({&ExportColumns::timestamp, &ExportColumns::hex, &ExportColumns::dec, &ExportColumns::oct,
+                            &ExportColumns::bin});
     auto exportOne = [&](int mode) {
         o.timeMode = mode;
         StringSink sink;
@@ -185,7 +185,7 @@ TEST(ExportRun, FullDiskIsReportedNotIgnored)
     EXPECT_NE(nowhere.errorText().find("cannot create"), std::string::npos);
 }
 
-TEST(RecordingCheck, AcceptsRecordingsAndTornTailsRejectsOtherFiles)
+TEST(RecordingCheck, AcceptsATornTailAndRejectsAnEmptyFile)
 {
     test::TempDir dir;
     RecordingBuilder b;
@@ -194,17 +194,7 @@ TEST(RecordingCheck, AcceptsRecordingsAndTornTailsRejectsOtherFiles)
     RecordReader reader;
     std::string error;
     EXPECT_TRUE(OpenRecording(reader, dir.file("ok.ksr"), error)) << error;
-
-    EXPECT_FALSE(OpenRecording(reader, dir.file("missing.ksr"), error));
-    EXPECT_NE(error.find("cannot open"), std::string::npos);
-
-    std::FILE *f = std::fopen(dir.file("text.ksr").c_str(), "wb");
-    for (int i = 0; i < 200; ++i)
-        std::fputs("not a recording at all, just text\n", f);
-    std::fclose(f);
-    EXPECT_FALSE(OpenRecording(reader, dir.file("text.ksr"), error));
-    EXPECT_NE(error.find("not a Kestrel recording"), std::string::npos) << error;
-
+    // Missing files and files of another kind: the CLI tests run them through export, search and dump.
     std::fclose(std::fopen(dir.file("empty.ksr").c_str(), "wb"));
     EXPECT_FALSE(OpenRecording(reader, dir.file("empty.ksr"), error));
     EXPECT_NE(error.find("holds no MPs"), std::string::npos);
