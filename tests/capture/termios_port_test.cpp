@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -212,11 +211,11 @@ TEST_F(TermiosFixture, OtherSideClosingIsPortLostOnce)
 
 TEST_F(TermiosFixture, CloseWhileThreadsAreBlockedDoesNotHang)
 {
+    // A hang shows as the test's time-out; no wall-clock bound here, the machine may be busy.
     for (int i = 0; i < 20; ++i) {
         openPort();
-        const auto t0 = std::chrono::steady_clock::now();
         port.close();
-        EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::milliseconds(500));
+        ASSERT_FALSE(port.isOpen()) << "round " << i;
     }
     // Closed ports report nothing, even for bytes that were already on their way.
     openPort();
