@@ -98,6 +98,18 @@ TEST_F(ConfirmProfile, ANewNameCreatesTheFileWithoutAsking)
     ApplyConfirmedProfile(cfg, "new.ksh", Sample());
     EXPECT_EQ(cfg.Profile, "new.ksh");
     EXPECT_EQ(cfg.portStandards, Sample().lists);
+
+    // A name typed without the extension gets it, so that the list offers it next time.
+    const auto typed = ConfirmHardwareProfile(prompter, dir.path(), "bench cable", Sample(), kInUse);
+    EXPECT_EQ(typed.outcome, ProfileConfirmOutcome::Written);
+    EXPECT_EQ(typed.profileName, "bench cable.ksh");
+    EXPECT_EQ(typed.profileList, (std::vector<std::string>{"bench cable.ksh", "new.ksh"}));
+    EXPECT_FALSE(std::filesystem::exists(ProfilePath(dir.path(), "bench cable")));
+    // The same name again is the existing file now: the question comes.
+    prompter.answerNext(MsgResult::No);
+    EXPECT_EQ(ConfirmHardwareProfile(prompter, dir.path(), "bench cable", Sample(), kInUse).outcome,
+              ProfileConfirmOutcome::Declined);
+    EXPECT_EQ(ConfirmHardwareProfile(prompter, dir.path(), "old.KSH", Sample(), kInUse).profileName, "old.KSH");
 }
 
 TEST_F(ConfirmProfile, AnExistingFileIsOverwrittenOnlyOnYes)
@@ -151,20 +163,4 @@ TEST(StartupSettings, TheProfileIsReadBeforeThePortStandardsWhichWin)
 
     std::ofstream(dir.path() / kConfigFileName) << "[Hardware]\nProfile=../../etc/passwd\n";
     EXPECT_EQ(LoadMainConfiguration(dir.path(), cfg).Name, "Default Profile");
-}
-
-// A name typed without the extension still makes a profile that the list offers next time.
-TEST_F(ConfirmProfile, ANameTypedWithoutTheExtensionGetsIt)
-{
-    const auto r = ConfirmHardwareProfile(prompter, dir.path(), "bench cable", Sample(), kInUse);
-    EXPECT_EQ(r.outcome, ProfileConfirmOutcome::Written);
-    EXPECT_EQ(r.profileName, "bench cable.ksh");
-    EXPECT_EQ(r.profileList, (std::vector<std::string>{"bench cable.ksh"}));
-    EXPECT_FALSE(std::filesystem::exists(ProfilePath(dir.path(), "bench cable")));
-
-    // The same name again is the existing file now: the question comes.
-    prompter.answerNext(MsgResult::No);
-    EXPECT_EQ(ConfirmHardwareProfile(prompter, dir.path(), "bench cable", Sample(), kInUse).outcome,
-              ProfileConfirmOutcome::Declined);
-    EXPECT_EQ(ConfirmHardwareProfile(prompter, dir.path(), "old.KSH", Sample(), kInUse).profileName, "old.KSH");
 }
