@@ -21,16 +21,6 @@ inline constexpr int kHorizontalText = 7709;
 inline constexpr int kCopyItem = 7710;
 inline constexpr int kCopyExecuted = 7711;
 
-// Mark/trigger cell.
-inline constexpr int kMarkNewFile = 7720;
-inline constexpr int kMarkStarted = 7721;
-inline constexpr int kMarkAppended = 7722;
-inline constexpr int kMarkStopped = 7723;
-inline constexpr int kMarkSystemOther = 7724;
-inline constexpr int kMarkTriggerStart = 7725;
-inline constexpr int kMarkTriggerStop = 7726;
-inline constexpr int kMarkTriggerDetected = 7727;
-
 // Status line.
 inline constexpr int kStatusMp = 7730;
 inline constexpr int kStatusNoRecord = 7731;
