@@ -59,6 +59,7 @@ std::optional<double> FetchBuffer::FillFromRecords(const std::vector<MpRecord> &
 void FetchBuffer::Clear()
 {
     std::fill(slots_->begin(), slots_->end(), MpRecord{});
+    first_ = 0;
     filled_ = 0;
     valid_ = false;
 }

@@ -206,10 +206,14 @@ void RecordGrid::EnsureFetched()
 void RecordGrid::ScrollBar1Change()
 {
     MeasureFile();
-    position_ = std::clamp<std::int64_t>(position_, 0, EndPosition(recordCount_, largeChange()));
-    const bool liveFollowing = live_ != nullptr && followEnd_ && !hold_;
-    if (!liveFollowing)
+    if (live_ != nullptr && followEnd_ && !hold_) {
+        // Following a recording (again): the newest MPs at once, not only
+        // when the next one arrives.
+        TakeNewest();
+    } else {
+        position_ = std::clamp<std::int64_t>(position_, 0, EndPosition(recordCount_, largeChange()));
         EnsureFetched();
+    }
     UpdateScrollBar();
     viewport()->update();
     RefreshStatusLine();
@@ -563,26 +567,31 @@ void RecordGrid::InitialLoads()
 
 // --- steps of the redraw thread (GUI thread) ---------------------------
 
+void RecordGrid::TakeNewest()
+{
+    const std::vector<MpRecord> newest = live_->NewestMps();
+    if (!newest.empty()) {
+        if (const auto base = buffer_.FillFromRecords(newest))
+            relativeBase_ = *base;
+        const auto count = static_cast<std::int64_t>(newest.back().number) + 1;
+        if (count != recordCount_) {
+            recordCount_ = count;
+            emit recordCountChanged(recordCount_);
+        }
+    } else {
+        MeasureFile();
+        buffer_.Clear(); // read the file afresh below
+    }
+    position_ = EndPosition(recordCount_, largeChange());
+    cleared_ = false;
+    if (newest.empty())
+        EnsureFetched();
+}
+
 void RecordGrid::LivePassBegin(int &rows, int &cols)
 {
     if (live_ != nullptr && followEnd_ && !hold_) {
-        const std::vector<MpRecord> newest = live_->NewestMps();
-        if (!newest.empty()) {
-            if (const auto base = buffer_.FillFromRecords(newest))
-                relativeBase_ = *base;
-            const auto count = static_cast<std::int64_t>(newest.back().number) + 1;
-            if (count != recordCount_) {
-                recordCount_ = count;
-                emit recordCountChanged(recordCount_);
-            }
-        } else {
-            MeasureFile();
-            buffer_.Clear(); // read the file afresh below
-        }
-        position_ = EndPosition(recordCount_, largeChange());
-        cleared_ = false;
-        if (newest.empty())
-            EnsureFetched();
+        TakeNewest();
         UpdateScrollBar();
         // Every row moved with the new MPs. Qt paints only inside paint
         // events, so the whole page is marked for one repaint from this

@@ -151,6 +151,7 @@ private:
 
     void ApplyLayout();
     void ScrollBar1Change();     // scroll position moved: fetch and measure
+    void TakeNewest();           // following a recording: the live buffer's newest MPs, the last page
     void SetPosition(std::int64_t pos);
     void UpdateScrollBar();
     void EnsureFetched();

@@ -349,7 +349,12 @@ TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
     push(50);
     ASSERT_TRUE(WaitFor([&] { return !progress.isEmpty(); }));
     EXPECT_EQ(grid->recordCount(), 200);
+    // Released, the grid shows the newest MPs at once, even if the line has
+    // gone quiet in the meantime.
     grid->SetHold(false);
+    EXPECT_EQ(grid->recordCount(), 250);
+    EXPECT_EQ(grid->position(), 250 - grid->largeChange() - 1);
+    ASSERT_NE(grid->fetchBuffer().Mp(249), nullptr);
     push(1);
     ASSERT_TRUE(WaitFor([&] { return grid->recordCount() == 251; }));
 
