@@ -535,7 +535,20 @@ TEST_F(GridFixture, CaretAndMnemonicDrawings)
     EXPECT_EQ(Ink(lf, QRect(15, 0, 15, 16)), 0);
     // Three letters step further right; longer mnemonics draw nothing at all.
     QImage nul = PaintCell([](QPainter &p, const QRect &r) { TextOutCmdChar(p, r, 1, 1, "NUL"); });
-    EXPECT_GT(Ink(nul, QRect(8, 13, 6, 3)), 0);
+    EXPECT_GT(Ink(nul, QRect(8, 8, 8, 8)), 3);
+    // Nothing is cut off by the row: a grid row (16 px, its last pixel the
+    // grid line) shows as much ink as a cell with room to spare.
+    for (const char *m : {"LF", "CR", "NUL", "STX", "NAK", "ESC"}) {
+        QImage tall(30, 40, QImage::Format_RGB32);
+        tall.fill(Qt::white);
+        {
+            QPainter p(&tall);
+            p.setPen(Qt::black);
+            TextOutCmdChar(p, QRect(0, 0, 30, 40), 1, 1, m);
+        }
+        const QImage row = PaintCell([m](QPainter &p, const QRect &r) { TextOutCmdChar(p, r, 1, 1, m); });
+        EXPECT_GE(Ink(row, QRect(0, 0, 30, 15)), Ink(tall, tall.rect()) * 9 / 10) << m;
+    }
     QImage res = PaintCell([](QPainter &p, const QRect &r) { TextOutCmdChar(p, r, 1, 1, "RES/ENP"); });
     EXPECT_EQ(Ink(res, res.rect()), 0);
     // Caret notation: a small caret in the corner above the letter; no caret, nothing.
