@@ -153,7 +153,7 @@ std::vector<std::string> StatusLine(const GridFrame &f, int col, int row, TimeTe
     const std::int64_t slot = CellSlot(f.shape, col, row);
     const MpRecord *mp = row >= 1 ? MpAtSlot(f, slot) : nullptr;
     if (mp == nullptr || f.modes == nullptr)
-        return {StrIn(txt::kStatusNoRecord, f.lang)};
+        return {StrIn(f.recordingOpen ? txt::kStatusNoMp : txt::kStatusNoRecord, f.lang)};
     // With a real MP its neighbours take part; a zeroed slot stands for all three.
     const MpRecord *prev = mp;
     if (mp->number != 0) {

@@ -19,5 +19,6 @@ inline constexpr int kCopyExecuted = 7711;
 // Status line.
 inline constexpr int kStatusMp = 7730;
 inline constexpr int kStatusNoRecord = 7731;
+inline constexpr int kStatusNoMp = 7732;
 
 } // namespace kestrel::grid::txt

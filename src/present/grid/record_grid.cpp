@@ -638,6 +638,7 @@ GridFrame RecordGrid::Frame() const
     f.position = static_cast<std::uint64_t>(position_);
     f.lang = Lang();
     f.relativeBase = relativeBase_;
+    f.recordingOpen = reader_.isOpen() || live_ != nullptr;
     return f;
 }
 

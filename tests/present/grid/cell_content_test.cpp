@@ -168,5 +168,9 @@ TEST_F(Fixture, StatusLineForTheCurrentCell)
     EXPECT_EQ(panels[1], "Tx: 09.12.2025 12:00:09,000000 ");
     EXPECT_EQ(panels[2], "Dx: 0 day(s)  00:00:01,000000 ");
     EXPECT_EQ(panels[3], "PE: 2  FE: 0  LE: 0");
-    EXPECT_EQ(StatusLine(frame, 3, 30, times), std::vector<std::string>{"No recording open"});
+    // A row past the end of an open recording is not a closed recording.
+    EXPECT_EQ(StatusLine(frame, 3, 30, times), std::vector<std::string>{"No MP in this row"});
+    frame.recordingOpen = false;
+    frame.buffer = nullptr;
+    EXPECT_EQ(StatusLine(frame, 3, 1, times), std::vector<std::string>{"No recording open"});
 }

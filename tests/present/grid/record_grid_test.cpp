@@ -199,6 +199,9 @@ TEST_F(GridFixture, KeysAtTheEdgesOfARecording)
     grid->btnScrollTop();
     EXPECT_EQ(grid->position(), 0);
     EXPECT_EQ(grid->currentRow(), 1);
+
+    grid->CloseRecording();
+    EXPECT_EQ(grid->statusLine().value(0), "No recording open");
 }
 
 TEST_F(GridFixture, ViewSwitchingAndModeButtons)
