@@ -21,4 +21,7 @@ inline constexpr int kStatusMp = 7730;
 inline constexpr int kStatusNoRecord = 7731;
 inline constexpr int kStatusNoMp = 7732;
 
+// A path that names no plain file (a folder, a pipe, a device).
+inline constexpr int kNotARecordFile = 7733;
+
 } // namespace kestrel::grid::txt

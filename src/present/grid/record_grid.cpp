@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <algorithm>
+#include <filesystem>
 
 #include "app/prompt.h"
 #include "present/grid/glyph_painter.h"
@@ -89,6 +90,14 @@ int RecordGrid::Lang() const { return GlobalLang(); }
 bool RecordGrid::OpenRecording(const QString &path)
 {
     CloseRecording();
+    // Only a plain file is a recording: opening a named pipe or a device
+    // would wait for a writer and freeze the window.
+    std::error_code ec;
+    const auto kind = std::filesystem::status(path.toStdString(), ec).type();
+    if (!ec && kind != std::filesystem::file_type::regular) {
+        error_ = Q(Str(txt::kNotARecordFile));
+        return false;
+    }
     if (!reader_.open(path.toStdString())) {
         error_ = Q(reader_.errorText());
         return false;

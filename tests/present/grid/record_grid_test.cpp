@@ -13,6 +13,7 @@
 #include <fstream>
 #include <mutex>
 #include <set>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -133,6 +134,14 @@ TEST_F(GridFixture, FoundByObjectNameWithItsScrollBar)
     EXPECT_EQ(grid->position(), 0);
     EXPECT_FALSE(grid->OpenRecording(QString::fromStdString(dir.file("missing.ksr"))));
     EXPECT_FALSE(grid->errorText().isEmpty());
+    // Neither a folder nor a named pipe is a recording; the pipe must not
+    // hang the window waiting for a writer.
+    EXPECT_FALSE(grid->OpenRecording(QString::fromStdString(dir.path())));
+    const std::string fifo = dir.file("pipe.ksr");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_FALSE(grid->OpenRecording(QString::fromStdString(fifo)));
+    EXPECT_FALSE(grid->errorText().isEmpty());
+    EXPECT_FALSE(grid->isRecordingOpen());
     EXPECT_EQ(grid->statusLine().value(0), "No recording open");
     // A language switch reaches the status line at once.
     QSignalSpy status(grid, &RecordGrid::statusLineChanged);
