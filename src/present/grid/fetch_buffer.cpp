@@ -66,7 +66,7 @@ void FetchBuffer::Clear()
 
 bool FetchBuffer::Covers(std::uint64_t from, std::uint64_t count, std::uint64_t recordCount) const
 {
-    if (from < first_)
+    if (from < first_ || first_ + filled_ > recordCount)
         return false;
     const std::uint64_t end = from + count;
     if (end <= first_ + filled_)
