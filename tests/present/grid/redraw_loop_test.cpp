@@ -50,7 +50,13 @@ struct FakeTarget : RedrawTarget {
             source->count += 5;
     }
     void RefreshStatusLine() override { ++statusRefreshes; }
-    void SetProgressText(const std::string &t) override { progress.push_back(t); }
+    bool burstOnProgress = false;
+    void SetProgressText(const std::string &t) override
+    {
+        progress.push_back(t);
+        if (burstOnProgress)
+            source->count += 2;
+    }
 };
 
 struct Harness {
@@ -121,6 +127,32 @@ TEST(RedrawLoop, BurstDuringAPassSkipsTheRestUntilAQuietPass)
     EXPECT_EQ(h.target.drawn.size(), 7u);
     ASSERT_TRUE(h.loop.Step());
     EXPECT_EQ(h.sleeps.size(), 1u);
+}
+
+TEST(RedrawLoop, MpsArrivingAfterTheLastCellGetAPassOfTheirOwn)
+{
+    // The burst lands while the pass draws its last cell: nothing in this
+    // pass shows it, so the next turn must pass again, not sleep.
+    Harness h;
+    h.target.burstAfterCells = 4;
+    h.source.count = 10;
+    ASSERT_TRUE(h.loop.Step());
+    EXPECT_EQ(h.target.drawn.size(), 4u);
+    ASSERT_TRUE(h.loop.Step());
+    EXPECT_TRUE(h.sleeps.empty());
+    EXPECT_EQ(h.target.drawn.size(), 8u);
+    EXPECT_EQ(h.loop.lastSeen(), 15u);
+    ASSERT_TRUE(h.loop.Step());
+    EXPECT_EQ(h.sleeps.size(), 1u);
+
+    // The same while the display is held: the MPs taken in after release
+    // must not have been counted as seen by a progress pass.
+    Harness held;
+    held.loop.hold = true;
+    held.source.count = 3;
+    held.target.burstOnProgress = true;
+    ASSERT_TRUE(held.loop.Step());
+    EXPECT_EQ(held.loop.lastSeen(), 3u);
 }
 
 TEST(RedrawLoop, HeldDisplayAnimatesTheProgressText)
