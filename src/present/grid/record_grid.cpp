@@ -319,23 +319,28 @@ void RecordGrid::keyPressEvent(QKeyEvent *event)
 
 void RecordGrid::wheelEvent(QWheelEvent *event)
 {
-    const int dy = event->angleDelta().y();
-    if (dy == 0 || followEnd_) {
-        event->accept();
+    event->accept();
+    if (followEnd_) {
+        wheelRest_ = 0;
         return;
     }
-    const bool down = dy < 0;
-    const KeyOutcome out = ApplyWheel(down, KeyState());
-    const bool cellMoved = out.row != row_ || out.col != col_;
-    col_ = out.col;
-    row_ = out.row;
-    if (out.position != position_)
-        SetPosition(out.position);
-    else if (cellMoved)
-        viewport()->update();
-    if (cellMoved)
-        RefreshStatusLine();
-    event->accept();
+    // One line per notch (120 eighths of a degree): a touchpad's small pieces
+    // add up to a notch, a fast wheel's double notch gives two lines.
+    wheelRest_ += event->angleDelta().y();
+    while (wheelRest_ <= -kWheelNotch || wheelRest_ >= kWheelNotch) {
+        const bool down = wheelRest_ < 0;
+        wheelRest_ += down ? kWheelNotch : -kWheelNotch;
+        const KeyOutcome out = ApplyWheel(down, KeyState());
+        const bool cellMoved = out.row != row_ || out.col != col_;
+        col_ = out.col;
+        row_ = out.row;
+        if (out.position != position_)
+            SetPosition(out.position);
+        else if (cellMoved)
+            viewport()->update();
+        if (cellMoved)
+            RefreshStatusLine();
+    }
 }
 
 int RecordGrid::ColumnAt(int x) const

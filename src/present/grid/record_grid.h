@@ -178,6 +178,8 @@ private:
     bool followEnd_ = false;
     bool hold_ = false;
     bool settingBar_ = false;
+    static constexpr int kWheelNotch = 120;
+    int wheelRest_ = 0; // wheel turn not yet worth a whole notch
     double relativeBase_ = 0.0;
     QStringList status_;
     QString text_;

@@ -6,6 +6,7 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 #include <QWidget>
 #include <chrono>
 #include <climits>
@@ -78,6 +79,16 @@ void Press(QWidget *w, int key)
 {
     QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
     QApplication::sendEvent(w, &press);
+}
+
+// A wheel turn of angle eighths of a degree (120 is one notch; touchpads send
+// small pieces of it).
+void Wheel(RecordGrid *grid, int angle)
+{
+    const QPointF at(100, 100);
+    QWheelEvent e(at, grid->viewport()->mapToGlobal(at), QPoint(), QPoint(0, angle), Qt::NoButton, Qt::NoModifier,
+                  Qt::NoScrollPhase, false);
+    QApplication::sendEvent(grid->viewport(), &e);
 }
 
 struct GridFixture : ::testing::Test {
@@ -197,6 +208,20 @@ TEST_F(GridFixture, KeysAtTheEdgesOfARecording)
     EXPECT_EQ(grid->position(), end - page);
     Press(grid, Qt::Key_Home);
     EXPECT_EQ(grid->position(), 0);
+
+    // The wheel steps one line per notch, however the notch is cut up.
+    Press(grid, Qt::Key_PageDown); // cursor to the last row
+    for (int i = 0; i < 3; ++i)
+        Wheel(grid, -40);
+    EXPECT_EQ(grid->position(), 1);
+    Wheel(grid, -240);
+    EXPECT_EQ(grid->position(), 3);
+    Wheel(grid, 60);
+    EXPECT_EQ(grid->position(), 3);
+    Press(grid, Qt::Key_PageUp); // cursor to the top row
+    Wheel(grid, 60);
+    EXPECT_EQ(grid->position(), 2);
+    Press(grid, Qt::Key_Home);
 
     // Following the end: only End acts.
     grid->SetFollowEnd(true);
