@@ -176,9 +176,12 @@ void RecordGrid::ApplyLayout()
 
 void RecordGrid::MeasureFile()
 {
-    if (!reader_.isOpen())
-        return;
-    const auto count = static_cast<std::int64_t>(reader_.recordCount());
+    if (reader_.isOpen())
+        SetRecordCount(static_cast<std::int64_t>(reader_.recordCount()));
+}
+
+void RecordGrid::SetRecordCount(std::int64_t count)
+{
     if (count != recordCount_) {
         recordCount_ = count;
         emit recordCountChanged(recordCount_);
@@ -584,22 +587,27 @@ void RecordGrid::InitialLoads()
 void RecordGrid::TakeNewest()
 {
     const std::vector<MpRecord> newest = live_->NewestMps();
-    if (!newest.empty()) {
-        if (const auto base = buffer_.FillFromRecords(newest))
-            relativeBase_ = *base;
-        const auto count = static_cast<std::int64_t>(newest.back().number) + 1;
-        if (count != recordCount_) {
-            recordCount_ = count;
-            emit recordCountChanged(recordCount_);
-        }
-    } else {
+    if (newest.empty())
         MeasureFile();
-        buffer_.Clear(); // read the file afresh below
-    }
+    else
+        SetRecordCount(static_cast<std::int64_t>(newest.back().number) + 1);
     position_ = EndPosition(recordCount_, largeChange());
     cleared_ = false;
-    if (newest.empty())
-        EnsureFetched();
+    // The live buffer holds the page and its neighbours, except just after
+    // the page grew (another view, a taller window) and before enough new MPs
+    // came: then the file has them. Read from the page on, near the file's
+    // end that is a page's worth, not a whole fetch window.
+    const auto need = largeChange() + 2;
+    const bool liveHasPage = !newest.empty() &&
+                             (static_cast<std::int64_t>(newest.size()) >= need || newest.front().number == 0);
+    if (liveHasPage || !reader_.isOpen()) {
+        if (const auto base = buffer_.FillFromRecords(newest))
+            relativeBase_ = *base;
+    } else if (!buffer_.Covers(static_cast<std::uint64_t>(position_), static_cast<std::uint64_t>(need),
+                               static_cast<std::uint64_t>(recordCount_))) {
+        if (const auto base = buffer_.Fetch(reader_, static_cast<std::uint64_t>(position_)))
+            relativeBase_ = *base;
+    }
 }
 
 void RecordGrid::LivePassBegin(int &rows, int &cols)

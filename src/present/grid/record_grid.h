@@ -156,6 +156,7 @@ private:
     void UpdateScrollBar();
     void EnsureFetched();
     void MeasureFile();
+    void SetRecordCount(std::int64_t count);
     bool ApplyKey(GridKey key);
     [[nodiscard]] KeyContext KeyState() const;
     [[nodiscard]] GridFrame Frame() const;

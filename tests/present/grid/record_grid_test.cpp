@@ -456,6 +456,36 @@ TEST_F(GridFixture, FollowsTheRecordStoreWhileItWrites)
     grid->StopRedraw();
 }
 
+TEST_F(GridFixture, AWiderPageDuringARecordingFillsFromTheFile)
+{
+    // The live buffer was sized for the vertical view; the data-only view's
+    // page holds far more MPs than it keeps. The file has them all.
+    const std::uint32_t count = 3000;
+    const std::string path = WriteRecording(dir, count);
+    std::vector<MpRecord> all;
+    for (std::uint32_t n = 0; n < count; ++n)
+        all.push_back(CraftedMp(n, count - 1));
+    std::atomic<std::uint32_t> written{count};
+    std::size_t keep = 0;
+    FunctionLiveSource source(
+        [&] { return written.load(); }, [](std::chrono::milliseconds) { return true; },
+        [&] { return std::vector<MpRecord>(all.end() - static_cast<std::ptrdiff_t>(keep), all.end()); },
+        [&](std::size_t n) {
+            if (keep == 0)
+                keep = n; // the first wish only: the buffer does not grow later
+        });
+    ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(path)));
+    grid->StartRedraw(&source);
+    ASSERT_GT(keep, 0u);
+    grid->btnViewDataOnlyClick();
+    ASSERT_GT(grid->largeChange(), static_cast<std::int64_t>(keep));
+    EXPECT_EQ(grid->position(), count - grid->largeChange() - 1);
+    // Every MP of the page is there, the first as much as the last.
+    for (std::int64_t n = grid->position() + 1; n < count; ++n)
+        ASSERT_NE(grid->fetchBuffer().Mp(static_cast<std::uint64_t>(n)), nullptr) << n;
+    grid->StopRedraw();
+}
+
 TEST_F(GridFixture, KeepsRefreshingAndAnsweringUnderContinuousTraffic)
 {
     std::mutex m;
