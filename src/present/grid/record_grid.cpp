@@ -500,8 +500,9 @@ void RecordGrid::AfterModeChange()
 
 void RecordGrid::btnScrollTop()
 {
-    // Home with Control held: the top of the recording and its first cell.
-    if (ApplyKey(GridKey::Home)) {
+    // Home with Control held: the top of the recording and its first cell;
+    // like Home itself nothing while the grid follows a recording's end.
+    if (ApplyKey(GridKey::Home) && !followEnd_) {
         row_ = 1;
         col_ = 0;
         viewport()->update();

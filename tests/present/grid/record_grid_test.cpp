@@ -224,11 +224,18 @@ TEST_F(GridFixture, KeysAtTheEdgesOfARecording)
     Press(grid, Qt::Key_Home);
 
     // Following the end: only End acts.
+    Press(grid, Qt::Key_Down);
+    Press(grid, Qt::Key_Down);
     grid->SetFollowEnd(true);
     Press(grid, Qt::Key_PageDown);
     EXPECT_EQ(grid->position(), 0);
     grid->btnScrollEnd();
     EXPECT_EQ(grid->position(), end);
+    const int rowBefore = grid->currentRow();
+    ASSERT_GT(rowBefore, 1);
+    grid->btnScrollTop(); // Home is ignored too, the cursor stays
+    EXPECT_EQ(grid->position(), end);
+    EXPECT_EQ(grid->currentRow(), rowBefore);
     grid->SetFollowEnd(false);
     grid->btnScrollTop();
     EXPECT_EQ(grid->position(), 0);
