@@ -283,7 +283,11 @@ KeyContext RecordGrid::KeyState() const
 bool RecordGrid::ApplyKey(GridKey key)
 {
     const KeyContext before = KeyState();
-    const KeyOutcome out = ApplyGridKey(key, before);
+    return ApplyOutcome(ApplyGridKey(key, before), before);
+}
+
+bool RecordGrid::ApplyOutcome(const KeyOutcome &out, const KeyContext &before)
+{
     if (!out.consumed && !out.invalidate)
         return false;
     const bool cellMoved = out.col != col_ || out.row != row_;
@@ -333,16 +337,8 @@ void RecordGrid::wheelEvent(QWheelEvent *event)
     while (wheelRest_ <= -kWheelNotch || wheelRest_ >= kWheelNotch) {
         const bool down = wheelRest_ < 0;
         wheelRest_ += down ? kWheelNotch : -kWheelNotch;
-        const KeyOutcome out = ApplyWheel(down, KeyState());
-        const bool cellMoved = out.row != row_ || out.col != col_;
-        col_ = out.col;
-        row_ = out.row;
-        if (out.position != position_)
-            SetPosition(out.position);
-        else if (cellMoved)
-            viewport()->update();
-        if (cellMoved)
-            RefreshStatusLine();
+        const KeyContext before = KeyState();
+        ApplyOutcome(ApplyWheel(down, before), before);
     }
 }
 

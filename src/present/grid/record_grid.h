@@ -158,6 +158,7 @@ private:
     void MeasureFile();
     void SetRecordCount(std::int64_t count);
     bool ApplyKey(GridKey key);
+    bool ApplyOutcome(const KeyOutcome &out, const KeyContext &before);
     [[nodiscard]] KeyContext KeyState() const;
     [[nodiscard]] GridFrame Frame() const;
     void DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &rect);
