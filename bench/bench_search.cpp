@@ -28,10 +28,11 @@ int main()
     for (int k = 0; k < 5; ++k)
         cat = std::max(cat, bench::CatMbPerSecond(path));
 
-    auto best = [&](const SearchCriteria &c, const char *name) {
+    auto best = [&](const SearchCriteria &c, const char *name, int direction = +1) {
         SearchRequest r;
         r.criteria = c;
-        r.position = -1;
+        r.direction = direction;
+        r.position = direction > 0 ? -1 : static_cast<std::int64_t>(count);
         r.minimum = -1;
         r.maximum = static_cast<std::int64_t>(count);
         SearchHooks hooks;
@@ -56,6 +57,11 @@ int main()
     data.data.pattern = {0xFE, 0x41};
     data.data.d1 = data.data.d2 = true;
     const double dataMb = best(data, "search_data_notfound");
+    // Backward, with a first byte that about one MP in a hundred carries:
+    // every such start looks ahead against the walk's direction.
+    SearchCriteria back = data;
+    back.data.pattern = {0x41, 0xFE};
+    best(back, "search_data_backward_notfound", -1);
 
     SearchCriteria sig;
     sig.kind = SearchKind::Signal;

@@ -65,6 +65,16 @@ void AppendFramed(std::string &out, std::string_view text, char frame)
     out += frame;
 }
 
+std::string ErrorLetters(bool pe, bool fe, bool le, int langOffset)
+{
+    std::string letters;
+    const bool set[3] = {pe, fe, le};
+    for (int k = 0; k < 3; ++k)
+        if (set[k])
+            letters += StrIn(ExportText::ParityLetter + k, langOffset);
+    return letters;
+}
+
 std::string BuildCSVColumn(std::uint8_t byte, char frame)
 {
     std::string out;
@@ -137,13 +147,8 @@ CsvLineWriter::CsvLineWriter(const ExportOptions &options) : o_(options)
         emptyDataColumns_ += emptyField_;
     appendField(levelField_[0], "0", o_);
     appendField(levelField_[1], "1", o_);
-    for (int m = 0; m < 8; ++m) {
-        std::string letters;
-        for (int k = 0; k < 3; ++k)
-            if (m & (1 << k))
-                letters += StrIn(ExportText::ParityLetter + k, o_.langOffset);
-        appendField(errorField_[m], letters, o_);
-    }
+    for (int m = 0; m < 8; ++m)
+        appendField(errorField_[m], ErrorLetters(m & 1, m & 2, m & 4, o_.langOffset), o_);
 }
 
 void CsvLineWriter::append(std::string &out, const MpRecord &mp, ExportTimeState &time) const
@@ -160,14 +165,15 @@ void CsvLineWriter::append(std::string &out, const MpRecord &mp, ExportTimeState
         const auto r = std::to_chars(digits, digits + sizeof digits, mp.number);
         appendField(out, std::string_view(digits, static_cast<std::size_t>(r.ptr - digits)), o_);
     }
-    time.noteRead(mp);
     if (c.timestamp) {
         std::string &text = time.scratch;
         text.clear();
-        AppendExportTime(text, mp.time, o_.timeMode, time);
+        AppendTimeOfNext(text, mp, o_.timeMode, time);
         appendField(out, text, o_);
+    } else {
+        time.noteRead(mp);
+        time.previous = mp.time;
     }
-    time.previous = mp.time;
     // An MP without a byte on a checked circuit keeps its columns, empty, so the columns stay aligned.
     if (c.d1)
         out += mp.d1Valid ? dataColumns_[mp.d1] : emptyDataColumns_;

@@ -59,4 +59,7 @@ private:
 
 void AppendFramed(std::string &out, std::string_view text, char frame);
 
+// "P", "F", "L" (texts 4291-4293) for the flags that are set, in that order.
+[[nodiscard]] std::string ErrorLetters(bool pe, bool fe, bool le, int langOffset);
+
 } // namespace kestrel

@@ -54,6 +54,15 @@ std::optional<int> ParseTimeMode(std::string_view text)
     return std::nullopt;
 }
 
+std::optional<int> ParseNaming(std::string_view text)
+{
+    if (text == "v24")
+        return 0;
+    if (text == "rs232")
+        return 1;
+    return std::nullopt;
+}
+
 bool ParseMpRange(std::string_view text, MpRangeText &out, std::string &error)
 {
     out = {};
@@ -205,12 +214,10 @@ bool ParseExportArgs(const std::vector<std::string> &args, ExportCommandLine &ou
         } else if (a == "--naming") {
             if (!value(v))
                 return false;
-            if (v == "v24")
-                o.naming = 0;
-            else if (v == "rs232")
-                o.naming = 1;
-            else
+            const auto n = ParseNaming(v);
+            if (!n)
                 return error = "--naming takes v24 or rs232, not '" + v + "'", false;
+            o.naming = *n;
         } else if (!a.empty() && a[0] == '-' && a != "-") {
             error = "unknown option " + a;
             return false;

@@ -44,5 +44,7 @@ struct ExportCommandLine {
 // Shared by the commands: "de" / "en" to a language offset, "absolute"... to a time mode.
 [[nodiscard]] std::optional<int> ParseLanguage(std::string_view text);
 [[nodiscard]] std::optional<int> ParseTimeMode(std::string_view text);
+// "v24" -> 0 (D1, D2, S1 ...), "rs232" -> 1 (Tx, Rx, DTR ...).
+[[nodiscard]] std::optional<int> ParseNaming(std::string_view text);
 
 } // namespace kestrel

@@ -44,7 +44,9 @@ bool ValidateRange(const RecordReader &reader, const ExportRange &range, std::st
 void SeedExportTime(const RecordReader &reader, const ExportRange &range, ExportTimeState &state)
 {
     MpRecord mp;
-    if (reader.read(1, mp))
+    // Relative time starts at MP 1; a recording of the opening mark alone
+    // starts at MP 0, where its counters were reset.
+    if (reader.read(1, mp) || reader.read(0, mp))
         state.relativeBase.value = mp.time;
     if (range.first > 0 && reader.read(range.first - 1, mp))
         state.previous = mp.time;

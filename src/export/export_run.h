@@ -48,7 +48,8 @@ struct ExportResult {
 [[nodiscard]] bool ValidateRange(const RecordReader &reader, const ExportRange &range, std::string &error);
 
 // Prepares the time state as the grid would have it: the relative base from
-// MP 1 (when the recording has one) and the previous time from MP first - 1.
+// MP 1 (MP 0 when the recording has nothing after its opening mark) and the
+// previous time from MP first - 1.
 void SeedExportTime(const RecordReader &reader, const ExportRange &range, ExportTimeState &state);
 
 [[nodiscard]] ExportResult RunExport(const RecordReader &reader, const ExportOptions &options,

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <sys/stat.h>
 
 namespace kestrel {
 
@@ -17,13 +18,26 @@ void FileSink::fail(const char *what)
              std::strerror(errno);
 }
 
-bool FileSink::open(const std::string &path)
+namespace {
+bool sameFile(const std::string &a, const std::string &b)
+{
+    struct stat sa {}, sb {};
+    return ::stat(a.c_str(), &sa) == 0 && ::stat(b.c_str(), &sb) == 0 && sa.st_dev == sb.st_dev &&
+           sa.st_ino == sb.st_ino;
+}
+} // namespace
+
+bool FileSink::open(const std::string &path, const std::string &source)
 {
     path_ = path;
     if (path == "-") {
         file_ = stdout;
         ownsFile_ = false;
         return true;
+    }
+    if (!source.empty() && sameFile(path, source)) {
+        error_ = "will not write to " + path + ": it is the recording itself";
+        return false;
     }
     file_ = std::fopen(path.c_str(), "wb");
     ownsFile_ = true;

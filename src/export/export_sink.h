@@ -27,7 +27,10 @@ public:
 };
 
 // A file opened for writing and cut to length 0 (created when missing), or
-// standard output for the path "-".
+// standard output for the path "-". `source` names the recording being
+// exported: a path that leads to that same file (itself, a link, another
+// spelling) is refused before anything is cut, so a slip in the file name
+// never destroys a recording.
 class FileSink final : public ExportSink {
 public:
     FileSink() = default;
@@ -35,7 +38,7 @@ public:
     FileSink(const FileSink &) = delete;
     FileSink &operator=(const FileSink &) = delete;
 
-    [[nodiscard]] bool open(const std::string &path);
+    [[nodiscard]] bool open(const std::string &path, const std::string &source = {});
     bool write(std::string_view bytes) override;
     // Flushes and closes; false when the last bytes could not be written (disk full).
     bool finish() override;

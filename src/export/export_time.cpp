@@ -11,4 +11,11 @@ void AppendExportTime(std::string &out, double t, int mode, ExportTimeState &sta
         out.pop_back();
 }
 
+void AppendTimeOfNext(std::string &out, const MpRecord &mp, int mode, ExportTimeState &state)
+{
+    state.noteRead(mp);
+    AppendExportTime(out, mp.time, mode, state);
+    state.previous = mp.time;
+}
+
 } // namespace kestrel

@@ -29,4 +29,8 @@ struct ExportTimeState {
 // The time field of one MP in the given mode, without the grid's trailing blank.
 void AppendExportTime(std::string &out, double t, int mode, ExportTimeState &state);
 
+// The next MP of a walk in MP order: notes it for the relative base, appends
+// its time field (as AppendExportTime) and makes it the previous MP.
+void AppendTimeOfNext(std::string &out, const MpRecord &mp, int mode, ExportTimeState &state);
+
 } // namespace kestrel

@@ -115,20 +115,48 @@ bool IsDisplayableTime(double t)
     return std::isfinite(t) && std::fabs(t) <= kMaxDurationDays;
 }
 
-TimeParts FormatTimeParts(double t)
+namespace {
+TimeParts PartsOf(bool negative, std::int64_t days, std::int64_t microsOfDay)
 {
     TimeParts p;
-    if (!IsDisplayableTime(t))
-        return p;
-    const SplitValue s = Split(t);
-    p.negative = t < 0 && (s.days != 0 || s.micros != 0);
-    p.days = s.days < 0 ? -s.days : s.days;
-    const std::int64_t secs = s.micros / 1'000'000;
+    p.negative = negative && (days != 0 || microsOfDay != 0);
+    p.days = days;
+    const std::int64_t secs = microsOfDay / 1'000'000;
     p.hours = static_cast<std::uint16_t>(secs / 3600);
     p.minutes = static_cast<std::uint16_t>(secs / 60 % 60);
     p.seconds = static_cast<std::uint16_t>(secs % 60);
-    p.microseconds = static_cast<std::uint64_t>(s.micros % 1'000'000);
+    p.microseconds = static_cast<std::uint64_t>(microsOfDay % 1'000'000);
     return p;
+}
+
+// Whole microseconds of a value, rounded exactly as its absolute text rounds
+// it; only for values whose microseconds fit into 64 bits.
+constexpr double kMaxExactDays = 1e8;
+bool HasExactMicros(double v) { return std::isfinite(v) && std::fabs(v) <= kMaxExactDays; }
+std::int64_t TotalMicros(double v)
+{
+    const SplitValue s = Split(std::fabs(v));
+    const std::int64_t total = s.days * kMicrosPerDay + s.micros;
+    return v < 0 ? -total : total;
+}
+} // namespace
+
+TimeParts FormatTimeParts(double t)
+{
+    if (!IsDisplayableTime(t))
+        return {};
+    // Split the magnitude so that a carry into the next day moves away from zero.
+    const SplitValue s = Split(std::fabs(t));
+    return PartsOf(t < 0, s.days, s.micros);
+}
+
+TimeParts TimeDifferenceParts(double t, double from)
+{
+    if (!HasExactMicros(t) || !HasExactMicros(from))
+        return FormatTimeParts(t - from);
+    const std::int64_t d = TotalMicros(t) - TotalMicros(from);
+    const std::int64_t a = d < 0 ? -d : d;
+    return PartsOf(d < 0, a / kMicrosPerDay, a % kMicrosPerDay);
 }
 
 std::string StripZoneFields(std::string_view pattern)
@@ -192,12 +220,9 @@ std::string FormatAbsoluteTime(double t, const TimeLocale &locale)
     return s;
 }
 
-std::string FormatDurationText(double d, std::string_view dayWord)
+namespace {
+void AppendParts(std::string &s, const TimeParts &p, std::string_view dayWord)
 {
-    std::string s;
-    if (!IsDisplayableTime(d))
-        return Str(kInvalidTimeText) + " ";
-    const TimeParts p = FormatTimeParts(d);
     if (p.negative)
         s += '-';
     AppendDigits(s, static_cast<std::uint64_t>(p.days), 1);
@@ -211,6 +236,24 @@ std::string FormatDurationText(double d, std::string_view dayWord)
     s += ',';
     AppendDigits(s, p.microseconds, 6);
     s += ' ';
+}
+} // namespace
+
+std::string FormatDurationText(double d, std::string_view dayWord)
+{
+    if (!IsDisplayableTime(d))
+        return Str(kInvalidTimeText) + " ";
+    std::string s;
+    AppendParts(s, FormatTimeParts(d), dayWord);
+    return s;
+}
+
+std::string FormatTimeDifference(double t, double from, std::string_view dayWord)
+{
+    if (!IsDisplayableTime(t - from))
+        return Str(kInvalidTimeText) + " ";
+    std::string s;
+    AppendParts(s, TimeDifferenceParts(t, from), dayWord);
     return s;
 }
 
@@ -252,14 +295,14 @@ void TimeTextFormatter::AppendAbsolute(std::string &out, double t)
     out += ' ';
 }
 
-void TimeTextFormatter::AppendDuration(std::string &out, double d)
+void TimeTextFormatter::AppendDifference(std::string &out, double t, double from)
 {
-    if (!IsDisplayableTime(d)) {
+    if (!IsDisplayableTime(t - from)) {
         out += lang_ < 0 ? Str(kInvalidTimeText) : StrIn(kInvalidTimeText, lang_);
         out += ' ';
         return;
     }
-    out += FormatDurationText(d, dayWord());
+    AppendParts(out, TimeDifferenceParts(t, from), dayWord());
 }
 
 void TimeTextFormatter::AppendText(std::string &out, int mode, double t, double relativeBase,
@@ -267,10 +310,10 @@ void TimeTextFormatter::AppendText(std::string &out, int mode, double t, double 
 {
     switch (mode) {
     case TimeMode::Relative:
-        AppendDuration(out, t - relativeBase);
+        AppendDifference(out, t, relativeBase);
         break;
     case TimeMode::Delta:
-        AppendDuration(out, previous ? t - *previous : 0.0);
+        AppendDifference(out, t, previous ? *previous : t);
         break;
     default:
         AppendAbsolute(out, t);

@@ -10,6 +10,7 @@
 //   TimeLocale                     date and time patterns (strftime syntax); System() once, Fixed() for tests.
 //   FormatAbsoluteTime(t, locale)  "21.11.2026 13:05:09,500000 " (short date, long time, ",", µs, blank).
 //   FormatDurationText(d, dayWord) "0 Tag(e)  01:02:03,000004 ".
+//   FormatTimeDifference(t, from, dayWord)  the same for t - from, in whole microseconds.
 //   DayWord(lang)                  " Tag(e)" / " day(s)" from the string table (text 4242).
 //   RelativeTimeBase               the start of relative time: Reset(now), NoteRecord(number, time).
 //   TimeTextFormatter              cached formatter for long loops: Text(mode, t, base, previous).
@@ -65,6 +66,13 @@ struct TimeParts {
 [[nodiscard]] TimeParts FormatTimeParts(double t);
 [[nodiscard]] bool IsDisplayableTime(double t);
 
+// The parts of t - from for relative and delta texts. Each value is rounded
+// to the microsecond first, as its absolute text shows it, and the difference
+// taken in whole microseconds: stamps a quarter second apart read ",250000",
+// not ",250001" from the last bit of the double, and the delta of two rows is
+// exactly the difference of their absolute texts.
+[[nodiscard]] TimeParts TimeDifferenceParts(double t, double from);
+
 // The date and time patterns of the absolute display, in strftime syntax.
 struct TimeLocale {
     std::string dateFormat = "%d.%m.%Y"; // the short date
@@ -95,6 +103,8 @@ struct TimeLocale {
 // "-0 day(s)  00:00:01,500000 ". The magnitude stays readable and the sign
 // cannot be missed.
 [[nodiscard]] std::string FormatDurationText(double d, std::string_view dayWord);
+// The same layout for t - from, taken by TimeDifferenceParts.
+[[nodiscard]] std::string FormatTimeDifference(double t, double from, std::string_view dayWord);
 
 // The day word in a language offset (0 German, 10000 English); -1: the active one.
 [[nodiscard]] std::string DayWord(int lang = -1);
@@ -127,7 +137,8 @@ public:
     void AppendText(std::string &out, int mode, double t, double relativeBase, std::optional<double> previous);
 
     void AppendAbsolute(std::string &out, double t);
-    void AppendDuration(std::string &out, double d);
+    // The duration text of t - from (TimeDifferenceParts).
+    void AppendDifference(std::string &out, double t, double from);
 
     [[nodiscard]] const TimeLocale &locale() const { return locale_; }
 

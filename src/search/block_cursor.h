@@ -18,7 +18,8 @@ public:
 
     // Raw bytes of MP n, or nullptr when n lies beyond the end of the file.
     // A miss refills the block so that the walk in `direction` (+1 or -1)
-    // continues inside it.
+    // continues inside it; direction 0 centres the block on n, for short
+    // forward looks taken from a walk that itself goes backward.
     [[nodiscard]] const std::uint8_t *at(std::uint64_t n, int direction)
     {
         if (n - base_ < have_)

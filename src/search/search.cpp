@@ -11,12 +11,14 @@ namespace {
 
 // True when pattern[1..] follows MP i on the circuit whose byte sits at
 // valueOffset: walk forward, skipping MPs without a byte on that circuit.
-bool restFollows(BlockCursor &ahead, std::uint64_t i, const std::vector<std::uint8_t> &pattern, int validOffset,
-                 int valueOffset)
+// `refill` is the look-ahead cursor's refill direction: +1 in a forward
+// search, 0 (centred) in a backward one, whose next starts lie behind i.
+bool restFollows(BlockCursor &ahead, int refill, std::uint64_t i, const std::vector<std::uint8_t> &pattern,
+                 int validOffset, int valueOffset)
 {
     std::uint64_t j = i + 1;
     for (std::size_t k = 1; k < pattern.size(); ++j) {
-        const std::uint8_t *r = ahead.at(j, +1);
+        const std::uint8_t *r = ahead.at(j, refill);
         if (!r)
             return false; // the recording ends inside the pattern
         if (!r[validOffset])
@@ -130,19 +132,24 @@ SearchOutcome RunSearch(const RecordReader &reader, const SearchRequest &request
     // Step 0 means a hit; a partial data match steps by two.
     const std::uint8_t first = c.data.pattern.empty() ? 0 : c.data.pattern[0];
     const bool d1 = c.data.d1, d2 = c.data.d2;
+    const int aheadRefill = dir > 0 ? +1 : 0;
     auto dataTest = [&](const std::uint8_t *rec, std::int64_t k) -> std::int64_t {
         const bool start1 = d1 && rec[mpraw::kOffD1Valid] && rec[mpraw::kOffD1] == first;
         const bool start2 = d2 && rec[mpraw::kOffD2Valid] && rec[mpraw::kOffD2] == first;
         if (!start1 && !start2)
             return 1;
         const auto at = static_cast<std::uint64_t>(i + k * dir);
-        if (start1 && restFollows(ahead, at, c.data.pattern, mpraw::kOffD1Valid, mpraw::kOffD1))
+        if (start1 && restFollows(ahead, aheadRefill, at, c.data.pattern, mpraw::kOffD1Valid, mpraw::kOffD1))
             return 0;
-        if (start2 && restFollows(ahead, at, c.data.pattern, mpraw::kOffD2Valid, mpraw::kOffD2))
+        if (start2 && restFollows(ahead, aheadRefill, at, c.data.pattern, mpraw::kOffD2Valid, mpraw::kOffD2))
             return 0;
         return 2; // the MP after a partial match is not tried as a new start
     };
     auto simple = [](bool hit) -> std::int64_t { return hit ? 0 : 1; };
+    auto done = [&]() -> SearchOutcome & {
+        out.blockReads = cursor.readCalls() + ahead.readCalls();
+        return out;
+    };
 
     // "Past the end" ends the walk too: a partial data match may step over it.
     while (dir > 0 ? i < end : i > end) {
@@ -153,7 +160,7 @@ SearchOutcome RunSearch(const RecordReader &reader, const SearchRequest &request
             if (hooks.stop && hooks.stop->load(std::memory_order_relaxed)) {
                 out.status = SearchStatus::Stopped;
                 out.messageNo = 0;
-                return out;
+                return done();
             }
         }
         const std::uint8_t *rec = cursor.at(static_cast<std::uint64_t>(i), dir);
@@ -192,13 +199,13 @@ SearchOutcome RunSearch(const RecordReader &reader, const SearchRequest &request
             out.status = SearchStatus::Found;
             out.mp = i + walked * dir;
             out.messageNo = 0;
-            return out;
+            return done();
         }
         out.tested += static_cast<std::uint64_t>(std::min(walked, n));
         untilPump -= walked;
         i += walked * dir;
     }
-    return out;
+    return done();
 }
 
 } // namespace kestrel

@@ -32,6 +32,7 @@ inline constexpr int ConditionNotFound = 2202; // error and signal search alike
 inline constexpr int DataNotFound = 2203;
 inline constexpr int NoLineSelected = 2204;
 inline constexpr int BadPattern = 7300; // empty pattern or one holding 0x00
+inline constexpr int ZeroByteNote = 7301; // the fixed line under the pattern fields
 } // namespace SearchText
 
 struct SearchRequest {
@@ -63,6 +64,7 @@ struct SearchOutcome {
     std::int64_t mp = -1;
     int messageNo = 0;
     std::uint64_t tested = 0; // MPs walked over (tested, or skipped after a partial match)
+    std::uint64_t blockReads = 0; // reads of the record file it took
 };
 
 [[nodiscard]] SearchOutcome RunSearch(const RecordReader &reader, const SearchRequest &request,

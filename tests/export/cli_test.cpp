@@ -8,6 +8,7 @@
 #include <fstream>
 #include <random>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include "support/recording_builder.h"
 #include "support/temp_dir.h"
@@ -130,6 +131,8 @@ TEST(CliRecordings, ClearErrorsForBadInputAndNoCrash)
         {"search " + f.rec + " --error PE=2", 2, "malformed error flag"},
         {"search " + f.rec + " --time 'tomorrow'", 2, "malformed time"},
         {"search " + f.rec + " --trigger 1 --signal S1=1", 2, "exactly one criterion"},
+        {"search " + f.rec + " --trigger 0", 2, "trigger number 1 to 255"}, // would stop on any ordinary MP
+        {"search " + f.rec + " --trigger 256", 2, "trigger number 1 to 255"},
         {"export " + f.rec + " -o " + f.dir.file("no/such/dir/x.csv"), 3, "cannot create"},
         {"export " + f.rec + " --columns d1,bogus", 2, "unknown column"},
     };
@@ -170,5 +173,23 @@ TEST(CliRecordings, NumberedRecordsWithGarbageFieldsNeverCrash)
           "search " + path + " --error LE=1", "search " + path + " --trigger 200"}) {
         const CliRun r = cli(args + " > /dev/null");
         EXPECT_TRUE(r.code == 0 || r.code == 1) << args << " gave " << r.code << "\n" << r.out;
+    }
+}
+
+TEST(CliRecordings, ExportNeverWritesOverItsOwnRecording)
+{
+    Files f;
+    const auto sizeOf = [](const std::string &p) {
+        std::ifstream in(p, std::ios::binary | std::ios::ate);
+        return static_cast<long long>(in.tellg());
+    };
+    const long long before = sizeOf(f.rec);
+    const std::string link = f.dir.file("link.ksr");
+    ASSERT_EQ(symlink(f.rec.c_str(), link.c_str()), 0);
+    for (const std::string &out : {f.rec, link, f.dir.file(".") + "/rec.ksr"}) {
+        const CliRun r = cli("export " + f.rec + " -o " + out);
+        EXPECT_EQ(r.code, 3) << out << "\n" << r.out;
+        EXPECT_NE(r.out.find("is the recording itself"), std::string::npos) << r.out;
+        EXPECT_EQ(sizeOf(f.rec), before) << "the recording was cut by exporting into " << out;
     }
 }

@@ -120,6 +120,16 @@ TEST(ExportRun, SeedsTimesFromMpOneAndThePreviousMp)
     EXPECT_EQ(exportOne(1), "0 day(s)  00:00:04,000000;\r\n");
     EXPECT_EQ(exportOne(2), "0 day(s)  00:00:02,000000;\r\n");
     EXPECT_EQ(exportOne(0), "15.03.2023 00:00:06,000000;\r\n");
+
+    // A recording of its opening mark alone has no MP 1: its counters were
+    // reset when MP 0 was written, so relative time starts there.
+    Recording single(RecordingBuilder(45000.0, 2.0, false).mark(0, kSystemMarkKind, 0));
+    o.timeMode = 1;
+    StringSink sink;
+    ExportTimeState t(TimeLocale::Fixed(), kLangEnglish);
+    SeedExportTime(single.reader, {0, 0}, t);
+    EXPECT_EQ(RunExport(single.reader, o, {0, 0}, sink, t).status, ExportStatus::Done);
+    EXPECT_EQ(sink.data, "0 day(s)  00:00:00,000000;\r\n");
 }
 
 TEST(ExportRun, ProgressEveryIntervalAndStopFlag)

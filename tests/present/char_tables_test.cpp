@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <iconv.h>
 #include <string>
 
 #include "present/char_tables.h"
@@ -7,6 +8,24 @@
 using namespace kestrel;
 
 namespace {
+// The code point the C library's converter gives for one byte of a code page;
+// -1 when the converter is missing or the byte has no character.
+long Reference(const char *codePage, int byte)
+{
+    iconv_t cd = iconv_open("UTF-32LE", codePage);
+    if (cd == reinterpret_cast<iconv_t>(-1))
+        return -1;
+    char in = static_cast<char>(byte);
+    unsigned char out[8] = {};
+    char *ip = &in, *op = reinterpret_cast<char *>(out);
+    std::size_t il = 1, ol = sizeof out;
+    const std::size_t r = iconv(cd, &ip, &il, &op, &ol);
+    iconv_close(cd);
+    if (r == static_cast<std::size_t>(-1) || ol != 4)
+        return -1;
+    return out[0] | (out[1] << 8) | (out[2] << 16) | (static_cast<long>(out[3]) << 24);
+}
+
 int CountNonEmpty(const TextTable &t)
 {
     int n = 0;
@@ -158,4 +177,31 @@ TEST(CharTables, GlyphUtf8CoversOneTwoAndThreeByteForms)
                 back = ((u(0) & 0x0F) << 12) | ((u(1) & 0x3F) << 6) | (u(2) & 0x3F);
             EXPECT_EQ(back, static_cast<unsigned>(g)) << s.size();
         }
+}
+
+TEST(CharTables, GlyphSetsAgreeWithTheCodePagesOutsideTheirDeliberateChanges)
+{
+    if (Reference("CP437", 0x80) < 0 || Reference("IBM037", 0xC1) < 0)
+        GTEST_SKIP() << "the C library has no CP437 / IBM037 converter";
+    // Code page 437 from 0x20 on (below that the converter gives control codes,
+    // the table its pictographs); 0xFF stays y with diaeresis on purpose.
+    for (int b = 0x20; b < 0xFF; ++b)
+        EXPECT_EQ(OemGlyphs[b], b == 0x7F ? 0x2302 : Reference("CP437", b)) << std::hex << b;
+    EXPECT_EQ(Reference("CP437", 0xFF), 0xA0);
+
+    // Code page 037 at exactly these 94 places, a soft hyphen at 0x60, blanks elsewhere.
+    const std::pair<int, int> graphic[] = {{0x4A, 0x50}, {0x5A, 0x61}, {0x6A, 0x6F}, {0x79, 0x7F},
+                                           {0x81, 0x89}, {0x91, 0x99}, {0xA1, 0xA9}, {0xC0, 0xC9},
+                                           {0xD0, 0xD9}, {0xE0, 0xE0}, {0xE2, 0xE9}, {0xF0, 0xF9}};
+    int places = 0;
+    for (int b = 0; b < 256; ++b) {
+        bool shown = false;
+        for (const auto &[lo, hi] : graphic)
+            shown = shown || (b >= lo && b <= hi);
+        places += shown ? 1 : 0;
+        const long want = !shown ? 0x20 : b == 0x60 ? 0xAD : Reference("IBM037", b);
+        EXPECT_EQ(EbcdicGlyphs[b], want) << std::hex << b;
+    }
+    EXPECT_EQ(places, 94);
+    EXPECT_EQ(Reference("IBM037", 0x60), '-');
 }

@@ -43,6 +43,7 @@ TEST(TimeParts, SplitsIntoClockPartsAndCarriesRoundedDays)
         {At(0, 23, 59, 59, 999999), {false, 0, 23, 59, 59, 999999}},
         {-1.5 * kSecond, {true, 0, 0, 0, 1, 500000}},
         {-2.25, {true, 2, 6, 0, 0, 0}},
+        {-2.0 + 1e-13, {true, 2, 0, 0, 0, 0}}, // a carry moves away from zero: -2 days, not -0
         {-1e-13, {false, 0, 0, 0, 0, 0}}, // rounds to zero: no "-0" for noise
         {0.0, {}},
         {std::nan(""), {}},
@@ -81,6 +82,12 @@ TEST_F(TimeTexts, DurationTextsInBothLanguagesAndWithASign)
     EXPECT_EQ(FormatDurationText(-(1 + At(0, 3, 0, 0, 0)), " day(s)"), "-1 day(s)  03:00:00,000000 ");
     EXPECT_EQ(FormatDurationText(std::nan(""), " day(s)"), "(invalid time) ");
     EXPECT_EQ(FormatDurationText(123456.0, " day(s)"), "123456 day(s)  00:00:00,000000 ");
+    // Two stamps 0.25 s apart whose raw difference is a hair above 0.25 s.
+    const double a = 46082.5 + 3 * 0.25 / 86400, b = 46082.5 + 4 * 0.25 / 86400;
+    ASSERT_NE(FormatDurationText(b - a, " day(s)"), "0 day(s)  00:00:00,250000 ");
+    EXPECT_EQ(FormatTimeDifference(b, a, " day(s)"), "0 day(s)  00:00:00,250000 ");
+    EXPECT_EQ(FormatTimeDifference(a, b, DayWord(kLangGerman)), "-0 Tag(e)  00:00:00,250000 ");
+    EXPECT_EQ(FormatTimeDifference(std::nan(""), a, " day(s)"), "(invalid time) ");
 }
 
 TEST_F(TimeTexts, AbsoluteTextsUseThePinnedPatternAndTheCalendar)
@@ -172,4 +179,34 @@ TEST(TimeButtons, RelativeAndDeltaFallBackToAbsoluteWhenRaised)
     } cases[] = {{0, true, 0}, {0, false, 0}, {1, true, 1}, {1, false, 0}, {2, true, 2}, {2, false, 0}, {5, true, 0}};
     for (const auto &c : cases)
         EXPECT_EQ(TimeModeAfterButton(c.button, c.down), c.want) << c.button << c.down;
+}
+
+TEST_F(TimeTexts, DifferencesAgreeWithTheAbsoluteTextsTheyAreTakenFrom)
+{
+    // Stamps a whole number of microseconds apart show that many in relative
+    // and delta mode, never one more or less from the double's rounding: the
+    // delta of two rows is the difference of their absolute texts.
+    std::mt19937_64 rng(11);
+    std::uniform_int_distribution<std::int64_t> us(0, 3 * 86'400'000'000LL);
+    TimeTextFormatter f(TimeLocale::Iso(), kLangEnglish);
+    const auto stamp = [](std::int64_t u) { return k20261121 + static_cast<double>(u) / 86'400'000'000.0; };
+    const auto durationText = [](std::int64_t d) {
+        const std::int64_t a = d < 0 ? -d : d;
+        char buf[64];
+        std::snprintf(buf, sizeof buf, "%s%lld day(s)  %02lld:%02lld:%02lld,%06lld ", d < 0 ? "-" : "",
+                      static_cast<long long>(a / 86'400'000'000LL), static_cast<long long>(a / 3'600'000'000LL % 24),
+                      static_cast<long long>(a / 60'000'000 % 60), static_cast<long long>(a / 1'000'000 % 60),
+                      static_cast<long long>(a % 1'000'000));
+        return std::string(buf);
+    };
+    for (int i = 0; i < 100000; ++i) {
+        const std::int64_t a = us(rng), b = us(rng);
+        ASSERT_EQ(f.Text(TimeMode::Delta, stamp(b), 0, stamp(a)), durationText(b - a)) << a << " " << b;
+        ASSERT_EQ(f.Text(TimeMode::Relative, stamp(b), stamp(a), std::nullopt), durationText(b - a)) << a << " " << b;
+    }
+    // A quarter-second rhythm reads as 250000 on every row.
+    for (int k = 1; k < 2000; ++k)
+        ASSERT_EQ(f.Text(TimeMode::Delta, 46082.5 + k * 0.25 / 86400, 0, 46082.5 + (k - 1) * 0.25 / 86400),
+                  "0 day(s)  00:00:00,250000 ")
+            << k;
 }

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "search/block_cursor.h"
+#include "resources/string_table.h"
 #include "search/search.h"
 #include "support/recording_builder.h"
 #include "support/temp_dir.h"
@@ -311,4 +312,46 @@ TEST(BlockCursor, ReadsLargeBlocksInEitherDirection)
         ASSERT_EQ(back.at(n, -1)[16], static_cast<std::uint8_t>(n));
     EXPECT_EQ(back.readCalls(), 10u);
     EXPECT_EQ(c.at(1000, +1), nullptr);
+}
+
+TEST(SearchTexts, OutcomesReadAsUsersKnowThemInBothLanguages)
+{
+    // English as the window has always shown them; the signal search borrows the error search's text.
+    struct Case {
+        int number;
+        const char *english;
+    } cases[] = {
+        {NotFoundText(SearchKind::TriggerPoint),
+         "The requested trigger number cannot be found!\nPlease retry from the beginning!!!\n"},
+        {NotFoundText(SearchKind::DateTime), "The requested date/time value gets never reached from the current position!"},
+        {NotFoundText(SearchKind::Error), "The requested error condition cannot be found from the current position!"},
+        {NotFoundText(SearchKind::Signal), "The requested error condition cannot be found from the current position!"},
+        {NotFoundText(SearchKind::Data), "The requested data cannot be found from the current position!"},
+        {SearchText::NoLineSelected, "Please select at least one data line to search for!"},
+        {SearchText::ZeroByteNote, "ATTENTION: HEX 0x00 (DEC 0, CTRL-@) cannot be used for searching!!!"},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(StrIn(c.number, kLangEnglish), c.english) << c.number;
+        const std::string german = StrIn(c.number, kLangGerman);
+        EXPECT_NE(german, c.english) << c.number; // a German text of its own, not a copy
+        EXPECT_EQ(german.find("[#"), std::string::npos) << c.number;
+    }
+    EXPECT_EQ(StrIn(SearchText::ZeroByteNote, kLangGerman),
+              "ACHTUNG: HEX 0x00 (DEZ 0, CTRL-@) kann für die Suche nicht verwendet werden!!!");
+}
+
+TEST(DataSearch, BackwardScanWithFrequentFirstBytesStillReadsLargeBlocks)
+{
+    // Every other MP starts the pattern and fails on the next one: each start
+    // looks ahead, and walking backward that look-ahead must not cost a read.
+    RecordingBuilder b;
+    for (int i = 0; i < 50000; ++i)
+        b.d1(i % 2 ? 'x' : 'A');
+    Fixture f(b);
+    const std::uint64_t blocks = f.reader.recordCount() / BlockCursor::kDefaultBlock + 1;
+    for (int dir : {+1, -1}) {
+        const SearchOutcome o = f.run(data({'A', 'B'}, true, false), dir, dir > 0 ? -1 : 50002);
+        EXPECT_EQ(o.status, SearchStatus::NotFound);
+        EXPECT_LE(o.blockReads, 4 * blocks) << "direction " << dir;
+    }
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "command.h"
 #include "resources/string_table.h"
 
 namespace kestrel::cli {
@@ -19,6 +20,13 @@ inline int LanguageFromEnvironment()
             return std::string(v).rfind("de", 0) == 0 ? kLangGerman : kLangEnglish;
     }
     return kLangEnglish;
+}
+
+// A bad option: the message, a blank line and the command's usage text.
+inline int UsageError(const char *command, const std::string &message, const char *usage)
+{
+    std::fprintf(stderr, "kestrel-cli %s: %s\n\n%s", command, message.c_str(), usage);
+    return kExitUsage;
 }
 
 inline int Fail(const char *command, const std::string &message, int code)

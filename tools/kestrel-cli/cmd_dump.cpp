@@ -9,6 +9,7 @@
 #include "command.h"
 #include "export/csv_line.h"
 #include "export/export_args.h"
+#include "export/export_run.h"
 #include "export/mark_text.h"
 #include "export/recording_check.h"
 #include "present/byte_render.h"
@@ -59,10 +60,7 @@ std::string printable(std::string s)
 int runDump(const std::vector<std::string> &args)
 {
     using namespace kestrel;
-    auto usage = [](const std::string &error) {
-        std::fprintf(stderr, "kestrel-cli dump: %s\n\n%s", error.c_str(), kUsage);
-        return cli::kExitUsage;
-    };
+    auto usage = [](const std::string &error) { return cli::UsageError("dump", error, kUsage); };
     std::string input, error;
     std::optional<MpRangeText> rangeText;
     int charMode = CharMode::Ascii, overlay = Overlay::None, timeMode = TimeMode::Absolute, naming = 0;
@@ -113,9 +111,10 @@ int runDump(const std::vector<std::string> &args)
                     return usage("--language takes de or en, not '" + v + "'");
                 lang = *l;
             } else {
-                if (v != "v24" && v != "rs232")
+                const auto n = ParseNaming(v);
+                if (!n)
                     return usage("--naming takes v24 or rs232, not '" + v + "'");
-                naming = v == "rs232";
+                naming = *n;
             }
         } else if (input.empty()) {
             input = a;
@@ -141,14 +140,9 @@ int runDump(const std::vector<std::string> &args)
                              " lies outside the recording (MPs 0 to " + std::to_string(count - 1) + ")",
                          cli::kExitUsage);
 
-    TimeTextFormatter formatter(TimeLocale::System(), lang);
-    RelativeTimeBase base;
-    std::optional<double> previous;
-    MpRecord mp;
-    if (reader.read(1, mp))
-        base.value = mp.time;
-    if (first > 0 && reader.read(first - 1, mp))
-        previous = mp.time;
+    // The time column follows the export's rules: base from MP 1, delta from the MP before the range.
+    ExportTimeState time(TimeLocale::System(), lang);
+    SeedExportTime(reader, {first, last}, time);
 
     const std::size_t numberWidth = std::max<std::size_t>(2, std::to_string(last).size());
     const std::size_t byteWidth = charMode == CharMode::Bin ? 8 : 3;
@@ -157,7 +151,7 @@ int runDump(const std::vector<std::string> &args)
     {
         // The head line is as wide as a time text of the chosen mode.
         std::string sample;
-        formatter.AppendText(sample, timeMode, 45000.5, 45000.0, 45000.0);
+        time.formatter.AppendText(sample, timeMode, 45000.5, 45000.0, 45000.0);
         timeWidth = displayWidth(sample);
     }
     std::string line;
@@ -176,28 +170,19 @@ int runDump(const std::vector<std::string> &args)
         const std::uint64_t want = std::min<std::uint64_t>(4096, last - i + 1);
         const std::uint64_t got = reader.readBlock(i, want, block);
         for (const MpRecord &r : block) {
-            base.NoteRecord(r.number, r.time);
             line.clear();
             pad(line, std::to_string(r.number), numberWidth);
             pad(line, MarkText(r, lang), markWidth);
             std::string t;
-            formatter.AppendText(t, timeMode, r.time, base.value, previous);
-            while (!t.empty() && t.back() == ' ')
-                t.pop_back();
+            AppendTimeOfNext(t, r, timeMode, time);
             pad(line, t, timeWidth);
-            previous = r.time;
             pad(line, r.d1Valid ? printable(RenderByteText(r.d1, charMode, overlay)) : "", byteWidth);
             pad(line, r.d2Valid ? printable(RenderByteText(r.d2, charMode, overlay)) : "", byteWidth);
             for (std::uint8_t level : {r.s1, r.m1, r.s2, r.m2, r.m5, r.m3})
                 pad(line, level ? "1" : "0", 3);
-            const std::uint8_t errors[2][3] = {{r.peD1, r.feD1, r.leD1}, {r.peD2, r.feD2, r.leD2}};
-            for (const auto &flags : errors) {
-                std::string letters;
-                for (int e = 0; e < 3; ++e)
-                    if (flags[e])
-                        letters += StrIn(ExportText::ParityLetter + e, lang);
+            for (const std::string &letters :
+                 {ErrorLetters(r.peD1, r.feD1, r.leD1, lang), ErrorLetters(r.peD2, r.feD2, r.leD2, lang)})
                 pad(line, letters.empty() ? "-" : letters, 5);
-            }
             const auto d1 = r.d1Valid ? std::optional<std::uint8_t>(r.d1) : std::nullopt;
             const auto d2 = r.d2Valid ? std::optional<std::uint8_t>(r.d2) : std::nullopt;
             line += JoinDescriptions(d1, d2, charMode);

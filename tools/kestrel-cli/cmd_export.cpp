@@ -43,10 +43,8 @@ int runExport(const std::vector<std::string> &args)
     ExportCommandLine cl;
     cl.options.langOffset = cli::LanguageFromEnvironment();
     std::string error;
-    if (!ParseExportArgs(args, cl, error)) {
-        std::fprintf(stderr, "kestrel-cli export: %s\n\n%s", error.c_str(), kUsage);
-        return cli::kExitUsage;
-    }
+    if (!ParseExportArgs(args, cl, error))
+        return cli::UsageError("export", error, kUsage);
     if (cl.help) {
         std::fputs(kUsage, stdout);
         return cli::kExitOk;
@@ -64,7 +62,7 @@ int runExport(const std::vector<std::string> &args)
         return cli::Fail("export", error, cli::kExitUsage);
 
     FileSink sink;
-    if (!sink.open(cl.output))
+    if (!sink.open(cl.output, cl.input))
         return cli::Fail("export", sink.errorText(), cli::kExitFailure);
 
     ExportTimeState time(TimeLocale::System(), cl.options.langOffset);

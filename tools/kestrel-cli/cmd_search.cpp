@@ -39,10 +39,7 @@ bool parseMp(const std::string &s, std::int64_t &v)
 int runSearch(const std::vector<std::string> &args)
 {
     using namespace kestrel;
-    auto usage = [](const std::string &error) {
-        std::fprintf(stderr, "kestrel-cli search: %s\n\n%s", error.c_str(), kUsage);
-        return cli::kExitUsage;
-    };
+    auto usage = [](const std::string &error) { return cli::UsageError("search", error, kUsage); };
     std::string input, error;
     SearchCriteria c;
     int kinds = 0;
@@ -103,8 +100,9 @@ int runSearch(const std::vector<std::string> &args)
                 c.kind = SearchKind::TriggerPoint;
                 ++kinds;
                 std::int64_t n = 0;
-                if (!parseMp(v, n) || n > 255)
-                    return usage("--trigger takes a trigger number 0 to 255, not '" + v + "'");
+                // Triggers are numbered from 1; every MP that is not a trigger mark carries 0.
+                if (!parseMp(v, n) || n < 1 || n > 255)
+                    return usage("--trigger takes a trigger number 1 to 255, not '" + v + "'");
                 c.triggerNumber = static_cast<int>(n);
             } else if (a == "--from") {
                 if (!parseMp(v, from))

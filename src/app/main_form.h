@@ -1,0 +1,261 @@
+#pragma once
+// The main window: owns the two monitored ports, the record store, the
+// recorder, the record grid and the control centre. Its handlers keep the
+// names of the commands they serve (btnRecordClick, FormCloseQuery, ...) and
+// stay thin: the work is done by the capture, presentation and configuration
+// libraries underneath.
+
+#include <QMainWindow>
+#include <QPointer>
+#include <memory>
+#include <string>
+
+#include "app/close_query.h"
+#include "capture/receive_event.h"
+#include "capture/record_file.h"
+#include "capture/recorder_view.h"
+
+#include "app/control_lock.h"
+#include "app/startup_args.h"
+
+class QComboBox;
+class QFrame;
+class QLabel;
+class QMenu;
+class QScrollBar;
+class QSplitter;
+class QTimer;
+class QToolBar;
+class QToolButton;
+class QWidget;
+
+namespace kestrel::grid {
+class RecordGrid;
+class StoreLiveSource;
+} // namespace kestrel::grid
+
+namespace kestrel {
+
+class ActionManager;
+class Clock;
+class LineGauge;
+class Prompter;
+class RecordStore;
+class Recorder;
+class RecorderPorts;
+class MonitoredPorts;
+class SimLine;
+struct Environment;
+struct ProgramConfig;
+class SignalLight;
+class TFormConfirmRecordMode;
+class TMessageForm;
+
+struct MainFormOptions {
+    StartupArgs args;
+    std::string dataFolder;        // ends with '/'
+    Prompter *prompter = nullptr;  // nullptr: the window's own message box
+    Clock *clock = nullptr;        // nullptr: the system clock
+    bool skipUnloadDelay = false;  // tests: no 500 ms wait when a recording is unloaded
+    RecorderPorts *ports = nullptr; // tests: stands in for the two monitored ports
+};
+
+class TFormMain final : public QMainWindow, private CloseSteps, private RecorderView {
+    Q_OBJECT
+public:
+    explicit TFormMain(MainFormOptions options, QWidget *parent = nullptr);
+    ~TFormMain() override;
+
+    // Loads configuration, environment and record file behind the progress
+    // window; begins recording when asked to. Runs once, on the first show.
+    void FormShow();
+
+    [[nodiscard]] ActionManager &actions() const { return *ActionManager1; }
+    [[nodiscard]] Prompter &prompter() const { return *prompter_; }
+    [[nodiscard]] const std::string &dataFolder() const { return dataFolder_; }
+    [[nodiscard]] const std::string &environmentFile() const { return environmentFile_; }
+    [[nodiscard]] const std::string &recordFile() const { return recordFile_.path(); }
+    [[nodiscard]] RecordStore &store() const { return *store_; }
+    [[nodiscard]] Recorder &recorder() const { return *recorder_; }
+    [[nodiscard]] grid::RecordGrid &grid() const { return *DrawGrid1; }
+    // The simulated line under --simulate, else nullptr.
+    [[nodiscard]] SimLine *simulatedLine() const;
+    [[nodiscard]] const ProgramConfig &config() const { return *config_; }
+    [[nodiscard]] bool isEnvironmentChanged() const { return envChanged_; }
+    [[nodiscard]] bool isRecording() const override;
+    [[nodiscard]] bool isPaused() const;
+    [[nodiscard]] bool viewHold() const { return viewHold_; }
+
+    // Stops a recording and closes without questions (SIGTERM, --quit-after).
+    void quitCleanly();
+
+public slots:
+    // recorder
+    void btnRecordClick();
+    void btnPauseClick();
+    void btnStopClick();
+    void btnRecAppendClick();
+    void btnRecReplaceClick();
+    void btnViewHoldClick();
+    void LEDToggleTimerTimer();
+    void LineLightsTimer();
+    // display
+    void btnSwitchPinClick();
+    void SetLifePortLabels();
+    // language
+    void actLangGermanExecute();
+    void actLangEnglishExecute();
+    void actAboutExecute();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+
+private:
+    // start-up and shutdown
+    void FormCreate();
+    void StartupPrepare();
+    void ScanPortsAndApplySettings();
+    void ApplyLanguage(); // InitialLoads of the window and its dialogs
+    void FormDestroy();
+    // CloseSteps
+    void closeRecordHandles() override;
+    [[nodiscard]] bool environmentChanged() const override { return envChanged_; }
+    void saveEnvironmentDialog() override;
+    void saveConfiguration() override;
+
+    // recorder wiring (window side, RecorderView)
+    void SetRecordOnControls() override;
+    void SetRecordOffControls() override;
+    void setModeText(const std::string &text) override;
+    void setStatusText(const std::string &text) override;
+    void setRecordButtons(bool recordDown) override;
+    void setPauseButton(bool down) override;
+    void setLightsMonitoring(bool on) override;
+    void startBlinkTimer() override;
+    void stopTriggerTimer() override;
+    void refreshSizeLabel(const std::string &label) override;
+    void resetViewToStart() override;
+    void clearGrid() override;
+    void redrawGrid() override;
+    void scrollGridToEnd() override;
+    void clearGauges() override;
+    void environmentChanged() override;
+    void startRedrawThread() override;
+    void stopRedrawThread() override;
+    void createRecorder(const MainFormOptions &options);
+    [[nodiscard]] int chooseRecordMode();
+    void applyConfiguration();
+    void placeOnMonitor(int savedMonitor);
+    [[nodiscard]] int monitorIndex() const;
+    void applyEnvironment(const Environment &env);
+    void ShowChangedRecordFile();
+    void btnNewRecordFileClick();
+    void btnOpenRecordFileClick();
+    void btnSaveRecordFileClick();
+    void LoadEnvDialog();
+    void SaveEnvDialog();
+    void portSettingChanged();
+    void updateSizeLabel();
+    void showPortDevices();
+    [[nodiscard]] std::string configPath() const;
+    void DisableCtrlsBeforeRec();
+    void EnableCtrlsAfterRec();
+    void EnableComSetup();
+    void DisableComSetup();
+    void SetModeText(int textNumber);
+
+    // layout
+    void buildMenu();
+    QWidget *buildToolBars();
+    QWidget *buildMonitor();
+    QWidget *buildControlCentre();
+    QWidget *buildRecorderPanel();
+    QWidget *buildPortPanel();
+    QWidget *buildLinePanel();
+    QWidget *buildGaugePanel();
+    void buildStatusBar();
+    void connectActions();
+    void connectGrid();
+    void syncModeButtons();
+    QToolButton *speedButton(const QString &name, const QString &actionName, QWidget *parent, bool textOnly);
+    void fillPortCombos();
+
+    std::string dataFolder_;
+    std::string environmentFile_;
+    RecordFile recordFile_;
+    std::unique_ptr<RecordStore> store_;
+    std::unique_ptr<Recorder> recorder_;
+    std::unique_ptr<MonitoredPorts> ownPorts_;
+    RecorderPorts *ports_ = nullptr;
+    ReceiveEvent receiveEvent_;
+    std::unique_ptr<ProgramConfig> config_;
+    std::unique_ptr<Environment> env_;
+    bool envChanged_ = false; // the settings differ from the environment file
+    StartupArgs args_;
+    bool skipUnloadDelay_ = false;
+
+    std::unique_ptr<TMessageForm> messageForm_;
+    Prompter *prompter_ = nullptr;
+    std::unique_ptr<Clock> ownClock_;
+    Clock *clock_ = nullptr;
+    TFormConfirmRecordMode *confirmRecordMode_ = nullptr;
+
+    // components (names kept as objectName)
+    ActionManager *ActionManager1 = nullptr;
+    QWidget *ControlBar1 = nullptr;
+    QList<QToolBar *> actionToolBars_;
+    QSplitter *HSplitter1 = nullptr;
+    QFrame *pnlMonitor = nullptr;
+    QFrame *pnlDGHeaderAlTop = nullptr;
+    QFrame *pnlGridAndVScroll = nullptr;
+    QFrame *pnlStatusAndHScroll = nullptr;
+    grid::RecordGrid *DrawGrid1 = nullptr;
+    std::unique_ptr<grid::StoreLiveSource> liveSource_;
+    QFrame *pnlAllBottom = nullptr;
+    QFrame *pnlCCTrigPanel = nullptr;
+    QFrame *pnlCCRecDispControl = nullptr;
+    QLabel *lblRecordFileSize = nullptr;
+    QLabel *lblTriggerEmpty = nullptr;
+    QToolButton *btnREC = nullptr;
+    QToolButton *btnPAUSE = nullptr;
+    QToolButton *btnSTOP = nullptr;
+    QToolButton *btnRECappend = nullptr;
+    QToolButton *btnRECreplace = nullptr;
+    QToolButton *btnViewHold = nullptr;
+    QToolButton *btnSwitchPin = nullptr;
+    QToolButton *btnScrollTop = nullptr;
+    QToolButton *btnScrollEnd = nullptr;
+    QComboBox *cbPortBaudRate = nullptr;
+    QComboBox *cbPortDataBits = nullptr;
+    QComboBox *cbPortParity = nullptr;
+    QComboBox *cbPortStopBits = nullptr;
+    QLabel *lblPortA = nullptr;
+    QLabel *lblPortB = nullptr;
+    SignalLight *apdLEDRecorder = nullptr;
+    SignalLight *apdLEDViewHold = nullptr;
+    SignalLight *lineLights_[8] = {};   // LedD1, LedD2, LedS1, LedS2, LedM1, LedM2, LedM5, LedM3
+    QLabel *lineLabels_[8] = {};
+    LineGauge *showLineLoadActual = nullptr;
+    LineGauge *showLineLoadPeek = nullptr;
+    LineGauge *showLineQuality = nullptr;
+    QLabel *statusPanels_[6] = {};       // pnlStatusBarPanel1 .. pnlStatusBarPanel6
+    QTimer *LEDToggleTimer = nullptr;
+    QTimer *TriggerTimer = nullptr;
+    QTimer *SoundTimer = nullptr;
+    QTimer *lineLightTimer_ = nullptr;
+    std::uint64_t lastD1Count_ = 0, lastD2Count_ = 0;
+    QList<QLabel *> captionLabels_;      // labels whose text number is in their "textNo" property
+    QList<QWidget *> captionGroups_;     // group boxes likewise
+    QList<QPair<QMenu *, int>> menuTitles_;
+
+    ControlLock recordLock_;
+    bool viewHold_ = false;
+    bool hadConfigFile_ = false;
+    bool lightsMonitoring_ = false;
+    bool shown_ = false;
+    bool quitting_ = false;
+    int pinNaming_ = 0; // 0 circuit names, 1 pin names
+};
+
+} // namespace kestrel

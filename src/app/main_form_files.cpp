@@ -1,0 +1,196 @@
+// Files of the main window: the record file (new, open, save as, shown),
+// the environment (load, save) and the port settings it carries.
+
+#include <QAction>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <filesystem>
+
+#include "app/action_registry.h"
+#include "app/main_form.h"
+#include "app/monitored_ports.h"
+#include "capture/clock.h"
+#include "capture/record_file.h"
+#include "capture/recorder.h"
+#include "config/environment.h"
+#include "config/port_combo.h"
+#include "config/program_config.h"
+#include "config/record_setup.h"
+#include "resources/string_table.h"
+
+namespace kestrel {
+
+namespace {
+
+QString S(int n) { return QString::fromStdString(Str(n)); }
+
+void selectText(QComboBox *c, const std::string &text)
+{
+    const QSignalBlocker quiet(c);
+    const int i = c->findText(QString::fromStdString(text));
+    if (i >= 0)
+        c->setCurrentIndex(i);
+    else if (!text.empty()) {
+        // A value the lists do not offer (an environment from another profile) is kept as it is.
+        c->addItem(QString::fromStdString(text));
+        c->setCurrentIndex(c->count() - 1);
+    }
+}
+
+} // namespace
+
+void TFormMain::ScanPortsAndApplySettings()
+{
+    fillPortCombos();
+    for (QComboBox *c : {cbPortBaudRate, cbPortDataBits, cbPortParity, cbPortStopBits})
+        connect(c, &QComboBox::currentIndexChanged, this, &TFormMain::portSettingChanged);
+    if (ownPorts_)
+        ownPorts_->capture().InitInterface({cbPortBaudRate->currentText().toStdString(),
+                                            cbPortDataBits->currentText().toStdString(),
+                                            cbPortParity->currentText().toStdString(),
+                                            cbPortStopBits->currentText().toStdString()});
+    showPortDevices();
+}
+
+void TFormMain::showPortDevices()
+{
+    if (!ownPorts_) {
+        lblPortA->clear();
+        lblPortB->clear();
+        return;
+    }
+    Capture &c = ownPorts_->capture();
+    const QString suffix = ownPorts_->simulated() ? "  (" + S(7645) + ")" : QString();
+    const bool none = c.portList().empty();
+    lblPortA->setText(none ? S(7646) : QString::fromStdString(c.ComA().device()) + suffix);
+    lblPortB->setText(none ? S(7646) : QString::fromStdString(c.ComB().device()) + suffix);
+}
+
+void TFormMain::portSettingChanged()
+{
+    envChanged_ = true;
+    if (ownPorts_)
+        (void)ownPorts_->capture().TryToOpenPorts({cbPortBaudRate->currentText().toStdString(),
+                                                   cbPortDataBits->currentText().toStdString(),
+                                                   cbPortParity->currentText().toStdString(),
+                                                   cbPortStopBits->currentText().toStdString()});
+    showPortDevices();
+}
+
+void TFormMain::applyEnvironment(const Environment &env)
+{
+    *env_ = env;
+    const RecordSetup setup = RecordSetupFromEnvironment(env, args_.recordFile.empty()
+                                                                  ? std::optional<std::string>{}
+                                                                  : std::optional<std::string>{args_.recordFile});
+    selectText(cbPortBaudRate, setup.portA.baud);
+    selectText(cbPortDataBits, setup.portA.dataBits);
+    selectText(cbPortParity, setup.portA.parity);
+    selectText(cbPortStopBits, setup.portA.stopBits);
+    if (ownPorts_) {
+        Capture &c = ownPorts_->capture();
+        // The devices of the environment, where the scan found them.
+        const auto &list = c.portList();
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            if (list[i] == setup.portA.device)
+                c.setStoredIndexes(static_cast<int>(i), c.storedIndexB());
+            if (list[i] == setup.portB.device)
+                c.setStoredIndexes(c.storedIndexA(), static_cast<int>(i));
+        }
+        c.InitInterface({setup.portA.baud, setup.portA.dataBits, setup.portA.parity, setup.portA.stopBits});
+    }
+    if (!setup.recordFile.empty())
+        recordFile_.setPath(setup.recordFile);
+    showPortDevices();
+    setWindowTitle(S(1) + " - " + QString::fromStdString(std::filesystem::path(environmentFile_).filename().string()));
+}
+
+void TFormMain::ShowChangedRecordFile()
+{
+    std::error_code ec;
+    const auto folder = std::filesystem::path(recordFile_.path()).parent_path();
+    if (!folder.empty())
+        std::filesystem::create_directories(folder, ec); // a failure is reported as 3002 below
+    const ChangedRecordFile r = kestrel::ShowChangedRecordFile(recordFile_, *prompter_);
+    if (r.ok) {
+        if (r.environmentChanged)
+            envChanged_ = true;
+        redrawGrid(); // opens the file in the grid, from its first row
+    }
+    updateSizeLabel();
+}
+
+void TFormMain::btnNewRecordFileClick()
+{
+    const QString start = QString::fromStdString(dataFolder_ + "recordings/Default.ksr");
+    const QString path = QFileDialog::getSaveFileName(this, S(7530).remove('&'), start, S(7654), nullptr,
+                                                      QFileDialog::DontConfirmOverwrite);
+    if (path.isEmpty())
+        return;
+    recordFile_.setPath(path.endsWith(".ksr") ? path.toStdString() : path.toStdString() + ".ksr");
+    ShowChangedRecordFile();
+}
+
+void TFormMain::btnOpenRecordFileClick()
+{
+    const QString path = QFileDialog::getOpenFileName(this, S(7532).remove('&'),
+                                                      QString::fromStdString(dataFolder_ + "recordings"), S(7654));
+    if (path.isEmpty())
+        return;
+    recordFile_.setPath(path.toStdString());
+    ShowChangedRecordFile();
+}
+
+void TFormMain::LoadEnvDialog()
+{
+    const QString path = QFileDialog::getOpenFileName(this, S(7536).remove('&'),
+                                                      QString::fromStdString(environmentFile_), S(7655));
+    if (path.isEmpty())
+        return;
+    environmentFile_ = path.toStdString();
+    EnvLoadContext ctx;
+    ctx.dataFolder = dataFolder_;
+    ctx.now = clock_->nowDateTime();
+    const EnvLoadResult loaded = LoadEnvironment(std::filesystem::path(environmentFile_), ctx);
+    if (!loaded.status.ok) {
+        prompter_->ShowMessage(Str(205), Str(7652) + "\n\n" + environmentFile_ + "\n" + loaded.status.error,
+                               Buttons::Ok, Icon::Warning);
+        return;
+    }
+    applyEnvironment(loaded.env);
+    ShowChangedRecordFile();
+    envChanged_ = false;
+}
+
+void TFormMain::SaveEnvDialog()
+{
+    const QString path = QFileDialog::getSaveFileName(this, S(7538).remove('&'),
+                                                      QString::fromStdString(environmentFile_), S(7655));
+    if (path.isEmpty())
+        return;
+    environmentFile_ = path.endsWith(".kef") ? path.toStdString() : path.toStdString() + ".kef";
+    Environment env = *env_;
+    const std::string baud = cbPortBaudRate->currentText().toStdString();
+    const std::string dataBits = cbPortDataBits->currentText().toStdString();
+    const std::string parity = cbPortParity->currentText().toStdString();
+    const std::string stopBits = cbPortStopBits->currentText().toStdString();
+    env.comA = WithComboTexts(env.comA, baud, dataBits, parity, stopBits);
+    env.comB = WithComboTexts(env.comB, baud, dataBits, parity, stopBits); // B always follows A
+    if (ownPorts_) {
+        env.comA.DevicePath = ownPorts_->capture().ComA().device();
+        env.comB.DevicePath = ownPorts_->capture().ComB().device();
+    }
+    env.recordFile = recordFile_.path();
+    const FileResult r = SaveEnvironment(env, std::filesystem::path(environmentFile_));
+    if (!r.ok) {
+        prompter_->ShowMessage(Str(206), Str(7656) + "\n\n" + environmentFile_ + "\n" + r.error, Buttons::Ok,
+                               Icon::Error);
+        return;
+    }
+    *env_ = env;
+    envChanged_ = false;
+    setWindowTitle(S(1) + " - " + QString::fromStdString(std::filesystem::path(environmentFile_).filename().string()));
+}
+
+} // namespace kestrel

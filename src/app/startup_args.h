@@ -1,0 +1,32 @@
+#pragma once
+// What the command line asks of the main window. The file rule is the old
+// one: every argument after the program name is looked at, an argument is
+// taken when it contains ".kef" (environment) or ".ksr" (record file)
+// anywhere, case-sensitive, and a later match replaces an earlier one.
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kestrel {
+
+struct StartupArgs {
+    std::string environmentFile;        // last argument containing ".kef"
+    std::string recordFile;             // last argument containing ".ksr"
+    std::optional<std::string> dataDir; // --data-dir DIR
+    bool simulate = false;              // --simulate [SCENARIO]
+    std::string scenario;               // empty: the built-in demo scenario
+    bool recordAtStart = false;         // --record: begin recording once the window is up
+    std::optional<double> quitAfterSeconds; // --quit-after S: stop and close on its own (demos)
+    bool help = false;                  // --help / -h
+    std::vector<std::string> errors;    // bad options, as texts for the user
+};
+
+// The last of args[1..] that contains needle (plain substring, case-sensitive); empty when none.
+[[nodiscard]] std::string LastArgContaining(const std::vector<std::string> &args, std::string_view needle);
+
+// args[0] is the program name.
+[[nodiscard]] StartupArgs ParseStartupArgs(const std::vector<std::string> &args);
+
+} // namespace kestrel

@@ -1,0 +1,557 @@
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QFileDialog>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTimer>
+#include <QToolButton>
+#include <fstream>
+
+#include "app/action_registry.h"
+#include "app/main_form.h"
+#include "app/monitored_ports.h"
+#include "app/signal_light.h"
+#include "capture/clock.h"
+#include "capture/port_scan.h"
+#include "capture/record_reader.h"
+#include "capture/recorder.h"
+#include "capture/sim_port.h"
+#include "present/grid/record_grid.h"
+#include "resources/string_table.h"
+#include "support/scripted_prompter.h"
+#include "support/temp_dir.h"
+
+using namespace kestrel;
+
+namespace {
+
+int g_argc = 1;
+char g_arg0[] = "test_main_form";
+char *g_argv[] = {g_arg0, nullptr};
+const QApplication *const g_app = new QApplication(g_argc, g_argv);
+
+void pump(int ms)
+{
+    QElapsedTimer t;
+    t.start();
+    while (t.elapsed() < ms)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+}
+
+struct Marks {
+    std::vector<std::pair<std::uint32_t, int>> system; // (MP number, mark code)
+    std::uint64_t count = 0;
+    bool gapFree = true;
+    std::uint64_t dataBytes = 0;
+};
+
+Marks readMarks(const std::string &path)
+{
+    Marks m;
+    RecordReader r;
+    if (!r.open(path))
+        return m;
+    m.count = r.recordCount();
+    std::vector<MpRecord> all;
+    r.readBlock(0, m.count, all);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (all[i].number != i)
+            m.gapFree = false;
+        if (all[i].isSystemMark())
+            m.system.emplace_back(all[i].number, all[i].markCode);
+        m.dataBytes += all[i].d1Valid + all[i].d2Valid;
+    }
+    return m;
+}
+
+std::vector<int> codes(const Marks &m)
+{
+    std::vector<int> c;
+    for (auto &[n, code] : m.system)
+        c.push_back(code);
+    return c;
+}
+
+// A main window on the simulated line in a data folder of its own.
+struct Window {
+    test::TempDir dir;
+    test::ScriptedPrompter prompter{MsgResult::Yes};
+    std::unique_ptr<TFormMain> w;
+
+    explicit Window(std::vector<std::string> extraArgs = {}, Clock *clock = nullptr,
+                    const std::string &configText = {}, bool simulate = true)
+    {
+        if (!configText.empty())
+            std::ofstream(dir.path() / "Kestrel.ini") << configText;
+        std::vector<std::string> args{"kestrel"};
+        if (simulate)
+            args.push_back("--simulate");
+        args.insert(args.end(), extraArgs.begin(), extraArgs.end());
+        MainFormOptions o;
+        o.args = ParseStartupArgs(args);
+        o.dataFolder = dir.path().string() + "/";
+        std::filesystem::create_directories(dir.path() / "recordings");
+        o.prompter = &prompter;
+        o.clock = clock;
+        o.skipUnloadDelay = true;
+        w = std::make_unique<TFormMain>(std::move(o));
+        w->FormShow();
+    }
+    template <class T> T *find(const char *name) { return w->findChild<T *>(name); }
+    QAction *act(const char *name) { return w->actions().action(name); }
+    void click(const char *button) { find<QToolButton>(button)->click(); }
+    QString modeText() { return find<QLabel>("pnlStatusBarPanel6")->text(); }
+};
+
+} // namespace
+
+TEST(MainForm, HasTheNamedRegionsAndComponents)
+{
+    Window win;
+    for (const char *name :
+         {"ActionMainMenuBar1", "ActionManager1", "ControlBar1", "ActionToolBar1", "ActionToolBar7", "pnlAllBottom",
+          "pnlCCTrigPanel", "pnlCCRecDispControl", "pnlMonitor", "pnlDGHeaderAlTop", "pnlGridAndVScroll",
+          "pnlStatusAndHScroll", "HSplitter1", "StatusBar", "pnlStatusBarPanel6", "btnREC", "btnPAUSE", "btnSTOP",
+          "btnRECappend", "btnRECreplace", "btnViewHold", "cbPortBaudRate", "cbPortDataBits", "cbPortParity",
+          "cbPortStopBits", "LedD1", "LedD2", "LedS1", "LedS2", "LedM1", "LedM2", "LedM5", "LedM3", "apdLEDRecorder",
+          "apdLEDViewHold", "showLineLoadActual", "showLineLoadPeek", "showLineQuality", "LEDToggleTimer",
+          "btnScrollTop", "btnScrollEnd", "btnCharAscii", "btnTimeDelta", "btnViewDataDump"})
+        EXPECT_NE(win.w->findChild<QObject *>(name), nullptr) << name;
+    // Features of later versions are there, disabled, and say so.
+    for (const char *name : {"actExportToFile", "actPrintReport", "actTrigInsert", "actSearch", "actOptions"}) {
+        QAction *a = win.act(name);
+        ASSERT_NE(a, nullptr) << name;
+        EXPECT_FALSE(a->isEnabled()) << name;
+        EXPECT_TRUE(a->toolTip().contains(QString::fromStdString(Str(7625)))) << name;
+    }
+    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4274)));
+}
+
+TEST(MainForm, RecordPauseStopWritesTheMarksOnce)
+{
+    Window win;
+    win.click("btnREC");
+    ASSERT_TRUE(win.w->isRecording());
+    EXPECT_TRUE(win.find<QToolButton>("btnREC")->isChecked());
+    EXPECT_FALSE(win.find<QToolButton>("btnSTOP")->isChecked());
+    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4273)));
+    pump(150);
+    win.click("btnPAUSE");
+    EXPECT_TRUE(win.w->isPaused());
+    EXPECT_FALSE(win.w->isRecording());
+    const std::uint64_t atPause = readMarks(win.w->recordFile()).count;
+    pump(150); // the line goes on, nothing is written while paused
+    EXPECT_EQ(readMarks(win.w->recordFile()).count, atPause);
+    win.click("btnPAUSE");
+    EXPECT_TRUE(win.w->isRecording());
+    pump(150);
+    win.click("btnSTOP");
+    EXPECT_FALSE(win.w->isRecording());
+    EXPECT_FALSE(win.w->isPaused());
+    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4274)));
+    EXPECT_TRUE(win.find<QToolButton>("btnSTOP")->isChecked());
+
+    const Marks m = readMarks(win.w->recordFile());
+    EXPECT_TRUE(m.gapFree);
+    EXPECT_EQ(codes(m), (std::vector<int>{SystemMark::NewFile, SystemMark::Started, SystemMark::Stopped}));
+    EXPECT_EQ(m.system.back().first, m.count - 1); // the stop mark is the last record
+    EXPECT_GT(m.dataBytes, 0u);
+    EXPECT_TRUE(win.prompter.asked.empty());
+}
+
+TEST(MainForm, PauseThenStopStopsOnceAndAppendContinuesTheNumbers)
+{
+    Window win;
+    win.click("btnREC");
+    pump(80);
+    win.click("btnPAUSE");
+    win.click("btnSTOP");
+    EXPECT_FALSE(win.act("actPause")->isChecked());
+    Marks m = readMarks(win.w->recordFile());
+    const std::vector<int> c = codes(m);
+    EXPECT_EQ(std::count(c.begin(), c.end(), SystemMark::Stopped), 1);
+
+    // Append is down by default: the next recording continues the file.
+    ASSERT_TRUE(win.act("actAppend")->isChecked());
+    win.click("btnREC");
+    pump(80);
+    win.click("btnSTOP");
+    m = readMarks(win.w->recordFile());
+    EXPECT_TRUE(m.gapFree);
+    EXPECT_EQ(codes(m), (std::vector<int>{0, 6, 5, 4, 5}));
+}
+
+TEST(MainForm, RecordWhileRecordingDoesNothing)
+{
+    Window win;
+    win.click("btnREC");
+    pump(50);
+    win.act("actStart")->setEnabled(true); // even when reached through the action
+    win.act("actStart")->trigger();
+    win.click("btnREC");
+    EXPECT_TRUE(win.find<QToolButton>("btnREC")->isChecked());
+    win.click("btnSTOP");
+    EXPECT_EQ(codes(readMarks(win.w->recordFile())), (std::vector<int>{0, 6, 5}));
+}
+
+TEST(MainForm, ControlsAreLockedWhileRecordingAndRestoredAfter)
+{
+    Window win;
+    QComboBox *baud = win.find<QComboBox>("cbPortBaudRate");
+    const std::vector<const char *> locked = {"actNewRecordFile", "actOpenRecordFile", "actSaveRecordFile",
+                                              "actExit", "actLoadEnvironment", "actSaveEnvironment",
+                                              "actLangGerman", "actLangEnglish", "actScrollTop", "actScrollEnd",
+                                              "actAppend", "actReplace"};
+    for (const char *n : locked)
+        ASSERT_TRUE(win.act(n)->isEnabled()) << n;
+    ASSERT_FALSE(win.act("actTrigInsert")->isEnabled()); // disabled before: must stay so after
+    EXPECT_TRUE(baud->isEnabled());
+
+    win.click("btnREC");
+    for (const char *n : locked)
+        EXPECT_FALSE(win.act(n)->isEnabled()) << n;
+    EXPECT_FALSE(baud->isEnabled());
+    EXPECT_FALSE(win.find<QComboBox>("cbPortStopBits")->isEnabled());
+    EXPECT_FALSE(win.act("actStart")->isEnabled());
+    EXPECT_TRUE(win.act("actStop")->isEnabled());
+    EXPECT_FALSE(win.find<QWidget>("pnlCCTrigPanel")->isEnabled());
+    EXPECT_FALSE(win.find<QWidget>("ScrollBar1")->isEnabled());
+
+    win.click("btnSTOP");
+    for (const char *n : locked)
+        EXPECT_TRUE(win.act(n)->isEnabled()) << n;
+    EXPECT_FALSE(win.act("actTrigInsert")->isEnabled());
+    EXPECT_TRUE(baud->isEnabled());
+    EXPECT_TRUE(win.act("actStart")->isEnabled());
+    EXPECT_TRUE(win.find<QWidget>("pnlCCTrigPanel")->isEnabled());
+    EXPECT_TRUE(win.find<QWidget>("ScrollBar1")->isEnabled());
+}
+
+TEST(MainForm, CloseIsRefusedSilentlyWhileRecording)
+{
+    Window win;
+    win.w->show();
+    win.click("btnREC");
+    EXPECT_FALSE(win.w->close());
+    EXPECT_TRUE(win.w->isRecording());
+    EXPECT_TRUE(win.prompter.asked.empty());
+
+    win.click("btnSTOP");
+    win.prompter.answerNext(MsgResult::No);
+    EXPECT_FALSE(win.w->close());
+    ASSERT_EQ(win.prompter.asked.size(), 1u);
+    EXPECT_EQ(win.prompter.asked[0].text, Str(24));
+
+    // The environment is unchanged: one question, then the configuration is saved.
+    win.prompter.answerNext(MsgResult::Yes);
+    EXPECT_TRUE(win.w->close());
+    EXPECT_EQ(win.prompter.asked.size(), 2u);
+    EXPECT_TRUE(std::filesystem::exists(win.dir.path() / "Kestrel.ini"));
+}
+
+TEST(MainForm, ChangedPortSettingsOfferToSaveTheEnvironment)
+{
+    Window win;
+    win.w->show();
+    QComboBox *baud = win.find<QComboBox>("cbPortBaudRate");
+    baud->setCurrentText("19200");
+    ASSERT_TRUE(win.w->isEnvironmentChanged());
+    win.prompter.answerNext(MsgResult::Yes);
+    win.prompter.answerNext(MsgResult::No); // do not save
+    EXPECT_TRUE(win.w->close());
+    ASSERT_EQ(win.prompter.asked.size(), 2u);
+    EXPECT_EQ(win.prompter.asked[1].text, Str(25));
+}
+
+TEST(MainForm, NeitherModeButtonDownAsksBeforeTouchingAFileWithData)
+{
+    Window win;
+    win.click("btnREC");
+    pump(50);
+    win.click("btnSTOP");
+    const Marks before = readMarks(win.w->recordFile());
+    win.act("actAppend")->setChecked(false);
+    win.act("actReplace")->setChecked(false);
+
+    auto answerDialog = [](const char *radio, const char *button) {
+        QTimer::singleShot(0, [radio, button] {
+            for (QWidget *top : QApplication::topLevelWidgets())
+                if (top->objectName() == "TFormConfirmRecordMode" && top->isVisible()) {
+                    EXPECT_TRUE(top->findChild<QRadioButton *>("rbRecAppend")->isChecked()); // preselected
+                    if (radio != nullptr)
+                        top->findChild<QRadioButton *>(radio)->setChecked(true);
+                    top->findChild<QPushButton *>(button)->click();
+                }
+        });
+    };
+    answerDialog(nullptr, "btnCancel");
+    win.click("btnREC");
+    EXPECT_FALSE(win.w->isRecording());
+    EXPECT_TRUE(win.find<QToolButton>("btnSTOP")->isChecked());
+    EXPECT_FALSE(win.find<QToolButton>("btnREC")->isChecked());
+    EXPECT_EQ(readMarks(win.w->recordFile()).count, before.count);
+
+    answerDialog("rbRecReplace", "btnOK");
+    win.click("btnREC");
+    ASSERT_TRUE(win.w->isRecording());
+    win.click("btnSTOP");
+    EXPECT_EQ(codes(readMarks(win.w->recordFile())), (std::vector<int>{0, 6, 5}));
+}
+
+TEST(MainForm, LosingAPortStopsCleanlyAndReportsOnce)
+{
+    Window win;
+    win.click("btnREC");
+    pump(100);
+    win.w->simulatedLine()->disconnect(kSimPortA);
+    win.w->simulatedLine()->disconnect(kSimPortB);
+    pump(100);
+    EXPECT_FALSE(win.w->isRecording());
+    const Marks m = readMarks(win.w->recordFile());
+    EXPECT_TRUE(m.gapFree);
+    EXPECT_EQ(codes(m), (std::vector<int>{0, 6, 5}));
+    int portMessages = 0;
+    for (const auto &a : win.prompter.asked)
+        portMessages += a.title == Str(2000);
+    EXPECT_EQ(portMessages, 1);
+    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4274)));
+    EXPECT_TRUE(win.act("actNewRecordFile")->isEnabled());
+}
+
+TEST(MainForm, ViewHoldAndRecorderLightsBlinkOnTheTimer)
+{
+    Window win;
+    auto *hold = win.find<SignalLight>("apdLEDViewHold");
+    auto *rec = win.find<SignalLight>("apdLEDRecorder");
+    win.click("btnViewHold");
+    EXPECT_TRUE(win.w->viewHold());
+    EXPECT_TRUE(win.act("actFreezeDisplay")->isChecked());
+    EXPECT_TRUE(win.find<QObject>("LEDToggleTimer")->property("active").toBool());
+    win.w->LEDToggleTimerTimer();
+    const bool first = hold->isLit();
+    win.w->LEDToggleTimerTimer();
+    EXPECT_NE(hold->isLit(), first);
+    EXPECT_FALSE(rec->isLit()); // not recording
+    win.click("btnViewHold");
+    EXPECT_FALSE(hold->isLit());
+
+    win.click("btnREC");
+    win.w->LEDToggleTimerTimer();
+    const bool r1 = rec->isLit();
+    win.w->LEDToggleTimerTimer();
+    EXPECT_NE(rec->isLit(), r1);
+    win.click("btnPAUSE"); // paused: the recorder light is off
+    win.w->LEDToggleTimerTimer();
+    EXPECT_FALSE(rec->isLit());
+    win.click("btnSTOP");
+}
+
+TEST(MainForm, CommandLineFilesAreTaken)
+{
+    test::TempDir other;
+    const std::string ksr = other.file("y.ksr");
+    {
+        std::ofstream f(ksr, std::ios::binary);
+        f << std::string(5000, '\0');
+    }
+    Window win({other.file("x.kef"), ksr, other.file("data.KSR")});
+    EXPECT_EQ(win.w->environmentFile(), other.file("x.kef"));
+    EXPECT_EQ(win.w->recordFile(), ksr);
+    // The size is shifted, not divided: 5000 bytes show as 4 KB.
+    EXPECT_EQ(win.find<QLabel>("lblRecordFileSize")->text().toStdString(), ksr + "   [  4 KB ]");
+}
+
+TEST(MainForm, LanguageSwitchRelabelsTheWindow)
+{
+    Window win;
+    win.act("actLangEnglish")->trigger();
+    EXPECT_EQ(win.modeText(), "EXAMINE - MODE");
+    EXPECT_EQ(win.act("actStart")->text().toStdString(), Str(7548));
+    EXPECT_EQ(win.find<QToolButton>("btnREC")->text(), "Record");
+    win.act("actLangGerman")->trigger();
+    EXPECT_EQ(win.modeText(), "EXAMINE - MODUS");
+    EXPECT_EQ(win.find<QToolButton>("btnREC")->text(), "Aufnahme");
+}
+
+TEST(MainForm, ModeButtonsDriveTheGridAndFollowItsViewMemory)
+{
+    Window win;
+    grid::RecordGrid &g = win.w->grid();
+    win.click("btnCharEbcdic");
+    EXPECT_EQ(g.modes().charMode(), 2);
+    EXPECT_FALSE(win.act("actCharCtl")->isEnabled()); // no caret overlay for EBCDIC
+    EXPECT_TRUE(win.act("actCharCmd")->isEnabled());
+    win.click("btnViewDataDump");
+    EXPECT_EQ(g.modes().view(), 4);
+    win.click("btnCharBin"); // the dump view's numeric columns
+    EXPECT_EQ(g.modes().secondaryMode(), 6);
+    EXPECT_TRUE(win.act("actCharBin")->isChecked());
+    win.click("btnViewVertical"); // back: the vertical view's own choice returns
+    EXPECT_EQ(g.modes().view(), 1);
+    EXPECT_EQ(g.modes().charMode(), 2);
+    EXPECT_TRUE(win.act("actCharEbcdic")->isChecked());
+    win.click("btnViewHorizontal"); // no such view: the vertical one stays selected
+    EXPECT_EQ(g.modes().view(), 1);
+    EXPECT_TRUE(win.act("actViewVertical")->isChecked());
+    win.click("btnTimeDelta");
+    EXPECT_EQ(g.modes().timeMode(), 2);
+    win.click("btnTimeDelta"); // the time buttons cannot all be up
+    EXPECT_TRUE(win.act("actTimeDelta")->isChecked());
+    win.click("btnViewHold");
+    EXPECT_TRUE(g.hold());
+}
+
+TEST(MainForm, ModeGroupsAreExclusive)
+{
+    Window win;
+    win.click("btnViewDataDump");
+    EXPECT_TRUE(win.act("actViewDataDump")->isChecked());
+    EXPECT_FALSE(win.act("actViewVertical")->isChecked());
+    win.click("btnCharHex");
+    win.click("btnCharHex"); // pressing the down button keeps it down
+    EXPECT_TRUE(win.act("actCharHex")->isChecked());
+    EXPECT_FALSE(win.act("actCharAscii")->isChecked());
+    win.click("btnCharCtl");
+    win.click("btnCharCmd");
+    EXPECT_FALSE(win.act("actCharCtl")->isChecked());
+    win.click("btnCharCmd"); // the overlay may be all up
+    EXPECT_FALSE(win.act("actCharCmd")->isChecked());
+    win.click("btnRECreplace");
+    EXPECT_FALSE(win.act("actAppend")->isChecked());
+}
+
+TEST(MainForm, MissingHighResolutionCounterIsReportedOnce)
+{
+    ManualClock clock;
+    clock.setHighResolution(false);
+    Window win({}, &clock);
+    ASSERT_EQ(win.prompter.asked.size(), 1u);
+    EXPECT_EQ(win.prompter.asked[0].text, Str(70));
+}
+
+TEST(MainForm, StartUpTakesTheEnvironmentAndTheStartOptions)
+{
+    test::TempDir other;
+    const std::string kef = other.file("line.kef");
+    const std::string ksr = other.file("from-env.ksr");
+    std::ofstream(kef) << "[ComA]\nCustomBaudRate=19200\nDataBits=7\nParity=2\nStopBits=2\n"
+                       << "[Files]\nRecord data=" << ksr << "\n";
+    Window win({kef}, nullptr, "[ProgramStart]\nBeginRecordOnProgStart=1\n[Recorder]\nAppend=0\nReplace=1\n");
+    EXPECT_EQ(win.find<QComboBox>("cbPortBaudRate")->currentText(), "19200");
+    EXPECT_EQ(win.find<QComboBox>("cbPortDataBits")->currentText(), "7");
+    EXPECT_EQ(win.find<QComboBox>("cbPortParity")->currentText(), "E");
+    EXPECT_EQ(win.find<QComboBox>("cbPortStopBits")->currentText(), "2");
+    EXPECT_EQ(win.w->recordFile(), ksr);
+    EXPECT_TRUE(win.act("actReplace")->isChecked());
+    EXPECT_FALSE(win.act("actAppend")->isChecked());
+    EXPECT_FALSE(win.w->isEnvironmentChanged()); // loading is not a change
+    // The start-up option began the recording on the environment's record file.
+    ASSERT_TRUE(win.w->isRecording());
+    win.click("btnSTOP");
+    EXPECT_EQ(codes(readMarks(ksr)), (std::vector<int>{0, 6, 5}));
+}
+
+TEST(MainForm, SettingsSurviveARestart)
+{
+    test::TempDir keep;
+    std::string ini;
+    {
+        Window win;
+        win.act("actLangEnglish")->trigger(); // a language switch saves at once
+        win.click("btnRECreplace");
+        win.click("btnSwitchPin");
+        win.w->show();
+        win.prompter.answerNext(MsgResult::Yes);
+        ASSERT_TRUE(win.w->close());
+        std::ifstream f(win.dir.path() / "Kestrel.ini");
+        ini.assign(std::istreambuf_iterator<char>(f), {});
+    }
+    EXPECT_NE(ini.find("GlobalLang=10000"), std::string::npos) << ini;
+    EXPECT_NE(ini.find("Replace=1"), std::string::npos);
+    EXPECT_NE(ini.find("DefLang=1"), std::string::npos);
+    EXPECT_NE(ini.find("TFormMain="), std::string::npos);
+    Window again({}, nullptr, ini);
+    EXPECT_EQ(GlobalLang(), kLangEnglish);
+    EXPECT_TRUE(again.act("actReplace")->isChecked());
+    EXPECT_EQ(again.find<QLabel>("lblLifeD1")->text(), "Tx");
+    SetGlobalLang(kLangGerman);
+}
+
+TEST(MainForm, MissingDevicesAreReportedAndLeaveTheRecorderIdle)
+{
+    SetPortListOverride(std::vector<std::string>{"/dev/kestrel-test-missing-a", "/dev/kestrel-test-missing-b"});
+    Window win({}, nullptr, {}, false);
+    SetPortListOverride(std::nullopt);
+    win.prompter.asked.clear();
+    win.click("btnREC");
+    EXPECT_FALSE(win.w->isRecording());
+    ASSERT_FALSE(win.prompter.asked.empty());
+    EXPECT_EQ(win.prompter.asked[0].title, Str(2000));
+    EXPECT_TRUE(win.find<QToolButton>("btnSTOP")->isChecked());
+    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4274)));
+    EXPECT_TRUE(win.act("actNewRecordFile")->isEnabled());
+    EXPECT_TRUE(win.find<QComboBox>("cbPortBaudRate")->isEnabled());
+}
+
+TEST(MainForm, FewerThanTwoPortsWarnAtStartUp)
+{
+    SetPortListOverride(std::vector<std::string>{"/dev/kestrel-test-only-one"});
+    Window win({}, nullptr, {}, false);
+    SetPortListOverride(std::nullopt);
+    ASSERT_FALSE(win.prompter.asked.empty());
+    EXPECT_EQ(win.prompter.asked[0].text, Str(2053));
+}
+
+TEST(MainForm, AnUnwritableRecordFileIsReportedAndNothingStaysLocked)
+{
+    Window win({"/proc/kestrel-no-such-place/x.ksr"});
+    win.prompter.asked.clear();
+    win.click("btnREC");
+    EXPECT_FALSE(win.w->isRecording());
+    ASSERT_FALSE(win.prompter.asked.empty());
+    EXPECT_EQ(win.prompter.asked[0].title, Str(3000));
+    EXPECT_TRUE(win.find<QToolButton>("btnSTOP")->isChecked());
+    EXPECT_TRUE(win.act("actOpenRecordFile")->isEnabled());
+    EXPECT_TRUE(win.act("actStart")->isEnabled());
+}
+
+TEST(MainForm, DestroyingTheWindowWhileRecordingStillEndsTheRecording)
+{
+    Window win;
+    win.click("btnREC");
+    pump(60);
+    const std::string file = win.w->recordFile();
+    win.w.reset();
+    const Marks m = readMarks(file);
+    EXPECT_TRUE(m.gapFree);
+    EXPECT_EQ(codes(m), (std::vector<int>{0, 6, 5}));
+}
+
+TEST(MainForm, SavedEnvironmentCarriesThePortSettingsAndTheRecordFile)
+{
+    Window win;
+    win.find<QComboBox>("cbPortBaudRate")->setCurrentText("38400");
+    win.find<QComboBox>("cbPortParity")->setCurrentText("O");
+    const std::string kef = win.dir.file("saved.kef");
+    // The save dialog is a file dialog: answer it with the path.
+    QTimer::singleShot(0, [kef] {
+        for (QWidget *top : QApplication::topLevelWidgets())
+            if (auto *d = qobject_cast<QFileDialog *>(top); d != nullptr && d->isVisible()) {
+                d->selectFile(QString::fromStdString(kef));
+                QMetaObject::invokeMethod(d, "accept");
+            }
+    });
+    win.act("actSaveEnvironment")->trigger();
+    EXPECT_FALSE(win.w->isEnvironmentChanged());
+    std::ifstream f(kef);
+    const std::string text((std::istreambuf_iterator<char>(f)), {});
+    EXPECT_NE(text.find("CustomBaudRate=38400"), std::string::npos) << text;
+    EXPECT_NE(text.find("Parity=1"), std::string::npos) << text; // odd
+    EXPECT_NE(text.find("Record data=" + win.w->recordFile()), std::string::npos) << text;
+    EXPECT_NE(text.find("DevicePath=sim:A"), std::string::npos) << text;
+}

@@ -1,0 +1,103 @@
+// Records the built-in demo line with the main window for a few seconds, then
+// photographs the window in the vertical, data-only and dump views into the
+// folder given as the first argument. Run under Xvfb by the screenshot test;
+// fails when a picture is missing or blank.
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QPixmap>
+#include <QToolButton>
+#include <cstdio>
+#include <filesystem>
+
+#include "app/console_prompter.h"
+#include "app/main_form.h"
+#include "present/grid/record_grid.h"
+
+namespace {
+
+void pump(int ms)
+{
+    QElapsedTimer t;
+    t.start();
+    while (t.elapsed() < ms)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+}
+
+// A picture with a handful of colours at least: a blank or black window fails.
+bool looksDrawn(const QImage &img)
+{
+    if (img.isNull() || img.width() < 400 || img.height() < 300)
+        return false;
+    QList<QRgb> seen;
+    for (int y = 0; y < img.height(); y += 7)
+        for (int x = 0; x < img.width(); x += 7) {
+            const QRgb c = img.pixel(x, y);
+            if (!seen.contains(c))
+                seen.append(c);
+            if (seen.size() > 8)
+                return true;
+        }
+    return false;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: kestrel_screenshots OUTPUT_FOLDER\n");
+        return 2;
+    }
+    const std::filesystem::path out = argv[1];
+    const std::filesystem::path data = out / "data";
+    std::filesystem::remove_all(data);
+    std::filesystem::create_directories(data / "recordings");
+
+    kestrel::ConsolePrompter prompter(kestrel::MsgResult::Yes);
+    kestrel::MainFormOptions o;
+    o.args = kestrel::ParseStartupArgs({"kestrel", "--simulate", (data / "recordings" / "Demo.ksr").string()});
+    o.dataFolder = data.string() + "/";
+    o.prompter = &prompter;
+    o.skipUnloadDelay = true;
+    kestrel::TFormMain w(std::move(o));
+    w.resize(1240, 900);
+    w.show();
+    w.FormShow();
+    pump(300);
+
+    auto click = [&](const char *name) {
+        if (auto *b = w.findChild<QToolButton *>(name))
+            b->click();
+        pump(250);
+    };
+    click("btnREC");
+    pump(3500);
+    if (!w.grab().save(QString::fromStdString((out / "kestrel-live.png").string()))) {
+        std::fprintf(stderr, "cannot write into %s\n", out.c_str());
+        return 1;
+    }
+    click("btnSTOP");
+    w.grid().GotoMp(0);
+
+    int failures = 0;
+    for (auto [button, file] : {std::pair{"btnViewVertical", "kestrel-vertical.png"},
+                                {"btnViewDataOnly", "kestrel-data-only.png"},
+                                {"btnViewDataDump", "kestrel-dump.png"}}) {
+        click(button);
+        w.grid().GotoMp(0);
+        pump(250);
+        const QPixmap shot = w.grab();
+        const std::string path = (out / file).string();
+        if (!shot.save(QString::fromStdString(path)) || !looksDrawn(shot.toImage())) {
+            std::fprintf(stderr, "screenshot %s is missing or blank\n", path.c_str());
+            ++failures;
+        } else {
+            std::printf("saved %s\n", path.c_str());
+        }
+    }
+    w.quitCleanly();
+    return failures == 0 ? 0 : 1;
+}
