@@ -755,7 +755,7 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
             break;
         case ContentKind::Mark: {
             const MarkColours mc = ColoursOf(cell.mark);
-            const QRect badge = r.adjusted(2, 2, -2, -1);
+            const QRect badge = r.adjusted(2, 1, -2, -2);
             p.save();
             p.setRenderHint(QPainter::Antialiasing, true);
             p.setPen(mc.fore);
@@ -766,7 +766,9 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
             f.setPixelSize(10);
             p.setFont(f);
             p.setClipRect(badge);
-            p.drawText(badge, Qt::AlignCenter, Q(cell.text));
+            // Bottom-aligned inside the border, so that the low line of
+            // "T_4" or "E_0" stays clear of the tag's edge.
+            p.drawText(badge.adjusted(1, 0, -1, -1), Qt::AlignHCenter | Qt::AlignBottom, Q(cell.text));
             p.restore();
             break;
         }
