@@ -12,15 +12,9 @@ int main()
 {
     const std::string path = bench::BenchFilePath("kestrel-bench-export.ksr");
     const std::uint64_t count = bench::BenchMpCount();
-    if (!bench::WriteBenchRecording(path, count)) {
-        std::fprintf(stderr, "cannot write %s\n", path.c_str());
-        return 1;
-    }
     RecordReader reader;
-    if (!reader.open(path)) {
-        std::fprintf(stderr, "cannot open %s\n", path.c_str());
+    if (!bench::MakeBenchRecording(path, count, reader))
         return 1;
-    }
     bench::CatMbPerSecond(path); // into the page cache
 
     auto run = [&](const ExportOptions &o, const char *name) {

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "capture/mp_record.h"
+#include "capture/record_reader.h"
 
 namespace kestrel::bench {
 
@@ -96,6 +97,21 @@ inline double CatMbPerSecond(const std::string &path)
     if (std::system(cmd.c_str()) != 0)
         return 0;
     return bytes / 1e6 / Seconds(t0);
+}
+
+// Writes the benchmark recording under name and opens it; false (with a
+// message on standard error) when either fails.
+inline bool MakeBenchRecording(const std::string &path, std::uint64_t count, RecordReader &reader)
+{
+    if (!WriteBenchRecording(path, count)) {
+        std::fprintf(stderr, "cannot write %s\n", path.c_str());
+        return false;
+    }
+    if (!reader.open(path)) {
+        std::fprintf(stderr, "cannot open %s\n", path.c_str());
+        return false;
+    }
+    return true;
 }
 
 } // namespace kestrel::bench

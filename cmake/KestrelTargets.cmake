@@ -28,3 +28,18 @@ function(kestrel_test name)
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}")
   endif()
 endfunction()
+
+# kestrel_embed_file(OUT_VAR INPUT SYMBOL) — compiles a data file into the program:
+# generates a source that defines kestrel::detail::SYMBOL[] (the bytes, NUL-terminated)
+# and SYMBOLSize, and stores the generated source's path in OUT_VAR.
+function(kestrel_embed_file out_var input symbol)
+  get_filename_component(name ${input} NAME)
+  set(out ${CMAKE_CURRENT_BINARY_DIR}/${symbol}_data.cpp)
+  add_custom_command(
+    OUTPUT ${out}
+    COMMAND ${CMAKE_COMMAND} -DIN=${input} -DOUT=${out} -DVAR=${symbol} -DNAME=${name}
+            -P ${PROJECT_SOURCE_DIR}/cmake/EmbedFile.cmake
+    DEPENDS ${input} ${PROJECT_SOURCE_DIR}/cmake/EmbedFile.cmake
+    COMMENT "Embedding ${name}")
+  set(${out_var} ${out} PARENT_SCOPE)
+endfunction()

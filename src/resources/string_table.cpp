@@ -7,7 +7,7 @@
 namespace kestrel {
 namespace detail {
 extern const unsigned char kStringTableData[];
-extern const std::size_t kStringTableSize;
+extern const std::size_t kStringTableDataSize;
 } // namespace detail
 
 namespace {
@@ -41,7 +41,7 @@ const std::unordered_map<int, std::string> &table()
     static const std::unordered_map<int, std::string> map = [] {
         std::unordered_map<int, std::string> m;
         std::string_view data(reinterpret_cast<const char *>(detail::kStringTableData),
-                              detail::kStringTableSize);
+                              detail::kStringTableDataSize);
         while (!data.empty()) {
             const auto eol = data.find('\n');
             std::string_view line = data.substr(0, eol);

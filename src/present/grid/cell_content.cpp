@@ -12,7 +12,7 @@ const MpRecord kZero{};
 
 const MpRecord *MpAtSlot(const GridFrame &f, std::int64_t slot)
 {
-    if (f.buffer == nullptr || slot < 0)
+    if (f.buffer == nullptr || (slot < 0 && static_cast<std::uint64_t>(-slot) > f.position))
         return nullptr;
     return f.buffer->Mp(f.position + static_cast<std::uint64_t>(slot));
 }
@@ -30,11 +30,12 @@ std::uint8_t Level(const MpRecord &mp, Signal s)
     return 0;
 }
 
-std::optional<double> PreviousTime(const GridFrame &f, const MpRecord &mp)
+// Delta times are taken to the record in the slot before (MP n - 1 in a
+// sound file), not looked up by number, so a damaged number cannot send
+// them elsewhere.
+std::optional<double> TimeBefore(const GridFrame &f, std::int64_t slot)
 {
-    if (mp.number == 0 || f.buffer == nullptr)
-        return std::nullopt;
-    const MpRecord *prev = f.buffer->Mp(mp.number - 1ULL);
+    const MpRecord *prev = MpAtSlot(f, slot - 1);
     if (prev == nullptr)
         return std::nullopt;
     return prev->time;
@@ -88,7 +89,7 @@ GridCell DescribeCell(const GridFrame &f, int col, int row, TimeTextFormatter &t
     case CellRole::Number:
         return TextCell(std::to_string(mp->number));
     case CellRole::Time:
-        return TextCell(times.Text(m.timeMode(), mp->time, f.relativeBase, PreviousTime(f, *mp)));
+        return TextCell(times.Text(m.timeMode(), mp->time, f.relativeBase, TimeBefore(f, slot)));
     case CellRole::DataD1:
     case CellRole::DataD2: {
         const bool d2 = info.role == CellRole::DataD2;
@@ -153,17 +154,15 @@ std::vector<std::string> StatusLine(const GridFrame &f, int col, int row, TimeTe
     const std::int64_t slot = CellSlot(f.shape, col, row);
     const MpRecord *mp = row >= 1 ? MpAtSlot(f, slot) : nullptr;
     if (mp == nullptr || f.modes == nullptr)
-        return {StrIn(txt::kStatusNoRecord, f.lang)};
-    // With a real MP its neighbours take part; a zeroed slot stands for all three.
-    const MpRecord *prev = mp;
-    if (mp->number != 0) {
-        if (const MpRecord *p = MpAtSlot(f, slot - 1))
-            prev = p;
-    }
+        return {StrIn(f.recordingOpen ? txt::kStatusNoMp : txt::kStatusNoRecord, f.lang)};
+    // With a real MP its neighbour takes part; a zeroed slot stands for both.
+    double before = mp->time;
+    if (mp->number != 0)
+        before = TimeBefore(f, slot).value_or(mp->time);
     std::vector<std::string> panels;
     panels.push_back(StrIn(txt::kStatusMp, f.lang) + std::to_string(mp->number));
-    panels.push_back("Tx: " + times.Text(f.modes->timeMode(), mp->time, f.relativeBase, PreviousTime(f, *mp)));
-    panels.push_back("Dx: " + times.Text(TimeMode::Delta, mp->time, f.relativeBase, prev->time));
+    panels.push_back("Tx: " + times.Text(f.modes->timeMode(), mp->time, f.relativeBase, before));
+    panels.push_back("Dx: " + times.Text(TimeMode::Delta, mp->time, f.relativeBase, before));
     panels.push_back("PE: " + std::to_string(mp->count(Counter::PE)) + "  FE: " + std::to_string(mp->count(Counter::FE)) +
                      "  LE: " + std::to_string(mp->count(Counter::LE)));
     return panels;

@@ -45,6 +45,7 @@ struct GridFrame {
     std::uint64_t position = 0;
     int lang = 0;              // language offset, 0 or 10000
     double relativeBase = 0.0; // start of relative time
+    bool recordingOpen = true; // false: the grid shows no recording at all
 };
 
 // The MP a cell shows, or nullptr when its slot lies beyond the recording.
@@ -54,7 +55,8 @@ struct GridFrame {
 
 // Status line texts for the current cell, one per status panel: the MP
 // number, its time ("Tx:"), the time from the MP before it ("Dx:") and the
-// running error counts ("PE:", "FE:", "LE:"). Without an MP, one text saying so.
+// running error counts ("PE:", "FE:", "LE:"). Without an MP, one text saying
+// why: no recording open, or no MP in this row.
 [[nodiscard]] std::vector<std::string> StatusLine(const GridFrame &f, int col, int row, TimeTextFormatter &times);
 
 } // namespace kestrel::grid

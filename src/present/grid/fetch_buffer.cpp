@@ -59,13 +59,14 @@ std::optional<double> FetchBuffer::FillFromRecords(const std::vector<MpRecord> &
 void FetchBuffer::Clear()
 {
     std::fill(slots_->begin(), slots_->end(), MpRecord{});
+    first_ = 0;
     filled_ = 0;
     valid_ = false;
 }
 
 bool FetchBuffer::Covers(std::uint64_t from, std::uint64_t count, std::uint64_t recordCount) const
 {
-    if (from < first_)
+    if (from < first_ || first_ + filled_ > recordCount)
         return false;
     const std::uint64_t end = from + count;
     if (end <= first_ + filled_)

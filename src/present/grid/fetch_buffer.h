@@ -39,7 +39,8 @@ public:
     // Slots that hold a record read from the file (the rest are zero).
     [[nodiscard]] std::uint64_t filled() const { return filled_; }
     // True when MPs [from, from + count) all lie inside the filled part, or
-    // when the file ends inside this block anyway (nothing more to read).
+    // when the file ends inside this block anyway (nothing more to read);
+    // never when the file has become shorter than the block.
     [[nodiscard]] bool Covers(std::uint64_t from, std::uint64_t count, std::uint64_t recordCount) const;
 
     // Slot i (0 .. kFetchSlots - 1); a zero record outside.

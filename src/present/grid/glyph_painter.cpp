@@ -4,6 +4,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPolygon>
+#include <algorithm>
 
 #include "present/grid/grid_layout.h"
 #include "present/grid/waveform.h"
@@ -26,6 +27,17 @@ void DrawLetters(QPainter &p, const QRect &cell, const LetterDrawing &d)
 {
     if (d.count == 0)
         return;
+    // Sizes and horizontal steps stay as given. A grid row (16 px, the last
+    // one the grid line) is too low for the vertical steps of a three-letter
+    // mnemonic: its last letter would end 4 px below the row and read as a
+    // smudge. There the vertical steps shrink just enough to keep every
+    // letter whole; a cell with room keeps them unchanged.
+    const LetterPlacement &last = d.letters[static_cast<std::size_t>(d.count - 1)];
+    double squeeze = 1.0;
+    if (last.dy > 0) {
+        const double room = cell.height() - 1 - QFontMetricsF(CellFont(last.fontSize)).capHeight();
+        squeeze = std::clamp(room / last.dy, 0.0, 1.0);
+    }
     p.save();
     p.setClipRect(cell);
     for (int i = 0; i < d.count; ++i) {
@@ -36,7 +48,7 @@ void DrawLetters(QPainter &p, const QRect &cell, const LetterDrawing &d)
         // ascent has much more room above its capitals than the fonts these
         // sizes were chosen for, and the letters would fall out of the row.
         const QFontMetricsF fm(f);
-        const QPointF baseline(cell.left() + l.dx, cell.top() + l.dy + fm.capHeight());
+        const QPointF baseline(cell.left() + l.dx, cell.top() + l.dy * squeeze + fm.capHeight());
         p.drawText(baseline, QString(QChar::fromLatin1(l.letter)));
     }
     p.restore();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "export/csv_line.h"
 #include "present/grid/grid_texts.h"
 #include "resources/string_table.h"
 
@@ -26,8 +27,6 @@ constexpr std::array<std::array<const char *, 2>, 10> kSignalHeaders = {{
     {"D1", "Tx"}, {"D2", "Rx"}, {"S1", "DTR"}, {"M1", "DSR"}, {"S2", "RTS"},
     {"M2", "CTS"}, {"M5", "DCD"}, {"M3", "RNG"}, {"D1Err", "TxErr"}, {"D2Err", "RxErr"},
 }};
-
-constexpr std::array<int, 3> kTimeSuffix = {txt::kTimeSuffixAbsolute, txt::kTimeSuffixRelative, txt::kTimeSuffixDelta};
 
 constexpr char kHexDigits[] = "0123456789ABCDEF";
 
@@ -179,13 +178,13 @@ std::string HeaderText(const ViewShape &shape, int col, int namingSet, int timeM
     const int naming = namingSet == kNamingPin ? 1 : 0;
     if (shape.view == kViewVertical) {
         switch (col) {
-        case 0: return StrIn(txt::kHeaderMarkTrigger, lang);
-        case 1: return StrIn(txt::kHeaderEventNo, lang);
+        case 0: return StrIn(ExportText::MarkTrigger, lang);
+        case 1: return StrIn(ExportText::EventNo, lang);
         case 2: {
             const int mode = timeMode >= 0 && timeMode <= 2 ? timeMode : 0;
-            return StrIn(txt::kHeaderDateTime, lang) + StrIn(kTimeSuffix[static_cast<std::size_t>(mode)], lang);
+            return StrIn(ExportText::DateTime, lang) + StrIn(ExportText::TimeModeSuffix + mode, lang);
         }
-        case 13: return StrIn(txt::kHeaderDescription, lang);
+        case 13: return StrIn(ExportText::Description, lang);
         default:
             if (col >= 3 && col <= 12)
                 return kSignalHeaders[static_cast<std::size_t>(col - 3)][static_cast<std::size_t>(naming)];
@@ -195,7 +194,7 @@ std::string HeaderText(const ViewShape &shape, int col, int namingSet, int timeM
     if (col == 0)
         return StrIn(txt::kHeaderLine, lang);
     if (col == 1)
-        return StrIn(txt::kHeaderEventNo, lang);
+        return StrIn(ExportText::EventNo, lang);
     if (shape.view == kViewDataOnly) {
         if (col > shape.mpsPerRow + 2)
             return {};

@@ -4,13 +4,8 @@
 
 namespace kestrel::grid::txt {
 
-inline constexpr int kHeaderMarkTrigger = 7700;
-inline constexpr int kHeaderEventNo = 7701;
-inline constexpr int kHeaderDateTime = 7702;
-inline constexpr int kTimeSuffixAbsolute = 7703;
-inline constexpr int kTimeSuffixRelative = 7704;
-inline constexpr int kTimeSuffixDelta = 7705;
-inline constexpr int kHeaderDescription = 7706;
+// The vertical view's column names are the CSV export's (ExportText in
+// export/csv_line.h); only the data views' first header is the grid's own.
 inline constexpr int kHeaderLine = 7707;
 
 // Box of the horizontal view button (that view does not exist).
@@ -21,24 +16,12 @@ inline constexpr int kHorizontalText = 7709;
 inline constexpr int kCopyItem = 7710;
 inline constexpr int kCopyExecuted = 7711;
 
-// Mark/trigger cell.
-inline constexpr int kMarkNewFile = 7720;
-inline constexpr int kMarkStarted = 7721;
-inline constexpr int kMarkAppended = 7722;
-inline constexpr int kMarkStopped = 7723;
-inline constexpr int kMarkSystemOther = 7724;
-inline constexpr int kMarkTriggerStart = 7725;
-inline constexpr int kMarkTriggerStop = 7726;
-inline constexpr int kMarkTriggerDetected = 7727;
-
 // Status line.
 inline constexpr int kStatusMp = 7730;
 inline constexpr int kStatusNoRecord = 7731;
+inline constexpr int kStatusNoMp = 7732;
 
-// Hints of the view buttons.
-inline constexpr int kHintViewVertical = 7740;
-inline constexpr int kHintViewHorizontal = 7741;
-inline constexpr int kHintViewDataOnly = 7742;
-inline constexpr int kHintViewDataDump = 7743;
+// A path that names no plain file (a folder, a pipe, a device).
+inline constexpr int kNotARecordFile = 7733;
 
 } // namespace kestrel::grid::txt

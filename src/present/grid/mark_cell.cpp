@@ -1,42 +1,34 @@
 #include "present/grid/mark_cell.h"
 
-#include "present/grid/grid_texts.h"
-#include "resources/string_table.h"
+#include "export/mark_text.h"
 
 namespace kestrel::grid {
 
+namespace {
+
+// The tag colour follows what the mark says happened.
+MarkStyle StyleOf(std::uint8_t markCode)
+{
+    switch (markCode) {
+    case 1: return MarkStyle::TriggerStart;
+    case 2: return MarkStyle::TriggerStop;
+    case 3: return MarkStyle::TriggerDetected;
+    case SystemMark::Appended:
+    case SystemMark::Started: return MarkStyle::SystemStart;
+    case SystemMark::Stopped: return MarkStyle::SystemStop;
+    default: return MarkStyle::SystemOther;
+    }
+}
+
+} // namespace
+
 MarkCell DescribeMark(const MpRecord &mp, int lang)
 {
-    MarkCell cell;
-    if (mp.isSystemMark()) {
-        switch (mp.markCode) {
-        case SystemMark::NewFile:
-            cell = {MarkStyle::SystemOther, StrIn(txt::kMarkNewFile, lang)};
-            break;
-        case SystemMark::Started:
-            cell = {MarkStyle::SystemStart, StrIn(txt::kMarkStarted, lang)};
-            break;
-        case SystemMark::Appended:
-            cell = {MarkStyle::SystemStart, StrIn(txt::kMarkAppended, lang)};
-            break;
-        case SystemMark::Stopped:
-            cell = {MarkStyle::SystemStop, StrIn(txt::kMarkStopped, lang)};
-            break;
-        default:
-            cell = {MarkStyle::SystemOther, StrIn(txt::kMarkSystemOther, lang) + std::to_string(mp.markCode)};
-        }
-        return cell;
-    }
-    if (!mp.isTriggerMark())
-        return cell;
-    // Trigger marks: code = trigger type + 1, kind = trigger event, extra = trigger number.
-    const std::string head = "T_" + std::to_string(mp.markExtra) + ".";
-    switch (mp.markCode) {
-    case 1: return {MarkStyle::TriggerStart, head + StrIn(txt::kMarkTriggerStart, lang)};
-    case 2: return {MarkStyle::TriggerStop, head + StrIn(txt::kMarkTriggerStop, lang)};
-    case 3: return {MarkStyle::TriggerDetected, head + StrIn(txt::kMarkTriggerDetected, lang)};
-    default: return {MarkStyle::TriggerDetected, head + std::to_string(mp.markCode)};
-    }
+    // The same words as the export and the CLI dump, so a mark reads alike everywhere.
+    std::string text = MarkText(mp, lang);
+    if (text.empty())
+        return {};
+    return {StyleOf(mp.markCode), std::move(text)};
 }
 
 ErrorMarks ErrorsOf(const MpRecord &mp, bool d2)

@@ -1,7 +1,7 @@
 #pragma once
-// What the mark/trigger cell and the error cells of an MP show. A system mark
-// gets a short word of the recorder's event, a trigger mark "T_<number>." and
-// what the trigger did; the painter gives each style a colour of its own.
+// What the mark/trigger cell and the error cells of an MP show. The mark's
+// text is the one the export and the CLI dump print (MarkText); the style
+// tells the painter which colour the tag gets.
 
 #include <cstdint>
 #include <string>

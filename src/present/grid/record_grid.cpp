@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <algorithm>
+#include <filesystem>
 
 #include "app/prompt.h"
 #include "present/grid/glyph_painter.h"
@@ -89,6 +90,14 @@ int RecordGrid::Lang() const { return GlobalLang(); }
 bool RecordGrid::OpenRecording(const QString &path)
 {
     CloseRecording();
+    // Only a plain file is a recording: opening a named pipe or a device
+    // would wait for a writer and freeze the window.
+    std::error_code ec;
+    const auto kind = std::filesystem::status(path.toStdString(), ec).type();
+    if (!ec && kind != std::filesystem::file_type::regular) {
+        error_ = Q(Str(txt::kNotARecordFile));
+        return false;
+    }
     if (!reader_.open(path.toStdString())) {
         error_ = Q(reader_.errorText());
         return false;
@@ -167,9 +176,12 @@ void RecordGrid::ApplyLayout()
 
 void RecordGrid::MeasureFile()
 {
-    if (!reader_.isOpen())
-        return;
-    const auto count = static_cast<std::int64_t>(reader_.recordCount());
+    if (reader_.isOpen())
+        SetRecordCount(static_cast<std::int64_t>(reader_.recordCount()));
+}
+
+void RecordGrid::SetRecordCount(std::int64_t count)
+{
     if (count != recordCount_) {
         recordCount_ = count;
         emit recordCountChanged(recordCount_);
@@ -206,10 +218,14 @@ void RecordGrid::EnsureFetched()
 void RecordGrid::ScrollBar1Change()
 {
     MeasureFile();
-    position_ = std::clamp<std::int64_t>(position_, 0, EndPosition(recordCount_, largeChange()));
-    const bool liveFollowing = live_ != nullptr && followEnd_ && !hold_;
-    if (!liveFollowing)
+    if (live_ != nullptr && followEnd_ && !hold_) {
+        // Following a recording (again): the newest MPs at once, not only
+        // when the next one arrives.
+        TakeNewest();
+    } else {
+        position_ = std::clamp<std::int64_t>(position_, 0, EndPosition(recordCount_, largeChange()));
         EnsureFetched();
+    }
     UpdateScrollBar();
     viewport()->update();
     RefreshStatusLine();
@@ -267,7 +283,11 @@ KeyContext RecordGrid::KeyState() const
 bool RecordGrid::ApplyKey(GridKey key)
 {
     const KeyContext before = KeyState();
-    const KeyOutcome out = ApplyGridKey(key, before);
+    return ApplyOutcome(ApplyGridKey(key, before), before);
+}
+
+bool RecordGrid::ApplyOutcome(const KeyOutcome &out, const KeyContext &before)
+{
     if (!out.consumed && !out.invalidate)
         return false;
     const bool cellMoved = out.col != col_ || out.row != row_;
@@ -306,23 +326,20 @@ void RecordGrid::keyPressEvent(QKeyEvent *event)
 
 void RecordGrid::wheelEvent(QWheelEvent *event)
 {
-    const int dy = event->angleDelta().y();
-    if (dy == 0 || followEnd_) {
-        event->accept();
+    event->accept();
+    if (followEnd_) {
+        wheelRest_ = 0;
         return;
     }
-    const bool down = dy < 0;
-    const KeyOutcome out = ApplyWheel(down, KeyState());
-    const bool cellMoved = out.row != row_ || out.col != col_;
-    col_ = out.col;
-    row_ = out.row;
-    if (out.position != position_)
-        SetPosition(out.position);
-    else if (cellMoved)
-        viewport()->update();
-    if (cellMoved)
-        RefreshStatusLine();
-    event->accept();
+    // One line per notch (120 eighths of a degree): a touchpad's small pieces
+    // add up to a notch, a fast wheel's double notch gives two lines.
+    wheelRest_ += event->angleDelta().y();
+    while (wheelRest_ <= -kWheelNotch || wheelRest_ >= kWheelNotch) {
+        const bool down = wheelRest_ < 0;
+        wheelRest_ += down ? kWheelNotch : -kWheelNotch;
+        const KeyContext before = KeyState();
+        ApplyOutcome(ApplyWheel(down, before), before);
+    }
 }
 
 int RecordGrid::ColumnAt(int x) const
@@ -479,8 +496,9 @@ void RecordGrid::AfterModeChange()
 
 void RecordGrid::btnScrollTop()
 {
-    // Home with Control held: the top of the recording and its first cell.
-    if (ApplyKey(GridKey::Home)) {
+    // Home with Control held: the top of the recording and its first cell;
+    // like Home itself nothing while the grid follows a recording's end.
+    if (ApplyKey(GridKey::Home) && !followEnd_) {
         row_ = 1;
         col_ = 0;
         viewport()->update();
@@ -563,26 +581,36 @@ void RecordGrid::InitialLoads()
 
 // --- steps of the redraw thread (GUI thread) ---------------------------
 
+void RecordGrid::TakeNewest()
+{
+    const std::vector<MpRecord> newest = live_->NewestMps();
+    if (newest.empty())
+        MeasureFile();
+    else
+        SetRecordCount(static_cast<std::int64_t>(newest.back().number) + 1);
+    position_ = EndPosition(recordCount_, largeChange());
+    cleared_ = false;
+    // The live buffer holds the page and its neighbours, except just after
+    // the page grew (another view, a taller window) and before enough new MPs
+    // came: then the file has them. Read from the page on, near the file's
+    // end that is a page's worth, not a whole fetch window.
+    const auto need = largeChange() + 2;
+    const bool liveHasPage = !newest.empty() &&
+                             (static_cast<std::int64_t>(newest.size()) >= need || newest.front().number == 0);
+    if (liveHasPage || !reader_.isOpen()) {
+        if (const auto base = buffer_.FillFromRecords(newest))
+            relativeBase_ = *base;
+    } else if (!buffer_.Covers(static_cast<std::uint64_t>(position_), static_cast<std::uint64_t>(need),
+                               static_cast<std::uint64_t>(recordCount_))) {
+        if (const auto base = buffer_.Fetch(reader_, static_cast<std::uint64_t>(position_)))
+            relativeBase_ = *base;
+    }
+}
+
 void RecordGrid::LivePassBegin(int &rows, int &cols)
 {
     if (live_ != nullptr && followEnd_ && !hold_) {
-        const std::vector<MpRecord> newest = live_->NewestMps();
-        if (!newest.empty()) {
-            if (const auto base = buffer_.FillFromRecords(newest))
-                relativeBase_ = *base;
-            const auto count = static_cast<std::int64_t>(newest.back().number) + 1;
-            if (count != recordCount_) {
-                recordCount_ = count;
-                emit recordCountChanged(recordCount_);
-            }
-        } else {
-            MeasureFile();
-            buffer_.Clear(); // read the file afresh below
-        }
-        position_ = EndPosition(recordCount_, largeChange());
-        cleared_ = false;
-        if (newest.empty())
-            EnsureFetched();
+        TakeNewest();
         UpdateScrollBar();
         // Every row moved with the new MPs. Qt paints only inside paint
         // events, so the whole page is marked for one repaint from this
@@ -629,6 +657,7 @@ GridFrame RecordGrid::Frame() const
     f.position = static_cast<std::uint64_t>(position_);
     f.lang = Lang();
     f.relativeBase = relativeBase_;
+    f.recordingOpen = reader_.isOpen() || live_ != nullptr;
     return f;
 }
 
@@ -726,7 +755,7 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
             break;
         case ContentKind::Mark: {
             const MarkColours mc = ColoursOf(cell.mark);
-            const QRect badge = r.adjusted(2, 2, -2, -1);
+            const QRect badge = r.adjusted(2, 1, -2, -2);
             p.save();
             p.setRenderHint(QPainter::Antialiasing, true);
             p.setPen(mc.fore);
@@ -737,7 +766,9 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
             f.setPixelSize(10);
             p.setFont(f);
             p.setClipRect(badge);
-            p.drawText(badge, Qt::AlignCenter, Q(cell.text));
+            // Bottom-aligned inside the border, so that the low line of
+            // "T_4" or "E_0" stays clear of the tag's edge.
+            p.drawText(badge.adjusted(1, 0, -1, -1), Qt::AlignHCenter | Qt::AlignBottom, Q(cell.text));
             p.restore();
             break;
         }

@@ -151,11 +151,14 @@ private:
 
     void ApplyLayout();
     void ScrollBar1Change();     // scroll position moved: fetch and measure
+    void TakeNewest();           // following a recording: the live buffer's newest MPs, the last page
     void SetPosition(std::int64_t pos);
     void UpdateScrollBar();
     void EnsureFetched();
     void MeasureFile();
+    void SetRecordCount(std::int64_t count);
     bool ApplyKey(GridKey key);
+    bool ApplyOutcome(const KeyOutcome &out, const KeyContext &before);
     [[nodiscard]] KeyContext KeyState() const;
     [[nodiscard]] GridFrame Frame() const;
     void DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &rect);
@@ -177,6 +180,8 @@ private:
     bool followEnd_ = false;
     bool hold_ = false;
     bool settingBar_ = false;
+    static constexpr int kWheelNotch = 120;
+    int wheelRest_ = 0; // wheel turn not yet worth a whole notch
     double relativeBase_ = 0.0;
     QStringList status_;
     QString text_;

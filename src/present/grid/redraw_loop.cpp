@@ -27,16 +27,18 @@ void RedrawLoop::Run(const std::atomic<bool> &stop)
 
 bool RedrawLoop::Step()
 {
-    const std::uint32_t d = source_.WrittenMpCount() - lastSeen_;
+    const std::uint32_t written = source_.WrittenMpCount();
+    const std::uint32_t d = written - lastSeen_;
     if (d == 0 && !repass_) {
         sleep_(kIdleSleep);
         return true;
     }
     burstSize_ = d <= static_cast<std::uint32_t>(mpsPerRow.load()) ? 40 : 35;
-    if (!Pass())
-        return false;
-    lastSeen_ = source_.WrittenMpCount();
-    return true;
+    // The pass counts as seen only what it read at its start (and at its
+    // cell checks); MPs written while it ran, even during its very last
+    // wait, get the next pass instead of being counted as shown.
+    lastSeen_ = written;
+    return Pass();
 }
 
 bool RedrawLoop::Wait()
@@ -70,7 +72,7 @@ bool RedrawLoop::Pass()
     // while no newer MP has arrived, so nothing is drawn from stale data.
     repass_ = false;
     int rows = 0, cols = 0;
-    std::uint32_t seen = source_.WrittenMpCount();
+    const std::uint32_t seen = source_.WrittenMpCount();
     if (!sync_([&] { target_.BeginPass(rows, cols); }))
         return false;
     lastSeen_ = seen;

@@ -134,6 +134,21 @@ TEST_F(Fixture, TimesInTheThreeModes)
     EXPECT_EQ(Cell(2, 1).text, "0 day(s)  00:00:01,000000 ");
 }
 
+TEST_F(Fixture, DeltaTimeIsToTheRecordBefore)
+{
+    // A record whose number is off (a damaged file): its delta is still taken
+    // to the record before it, in the time column and the status line alike.
+    std::vector<MpRecord> v = Recording();
+    v[6].number = 2;
+    buffer.FillFromRecords(v);
+    modes.ClickTimeDelta(true);
+    EXPECT_EQ(Cell(2, 6).text, "0 day(s)  00:00:01,000000 ");
+    const auto panels = StatusLine(frame, 2, 6, times);
+    ASSERT_EQ(panels.size(), 4u);
+    EXPECT_EQ(panels[1], "Tx: 0 day(s)  00:00:01,000000 ");
+    EXPECT_EQ(panels[2], "Dx: 0 day(s)  00:00:01,000000 ");
+}
+
 TEST_F(Fixture, DataViewsPairTheCircuitRows)
 {
     frame.shape = ShapeForView(kViewDataOnly, 130 + 15 * 8); // 8 MPs a line
@@ -168,5 +183,9 @@ TEST_F(Fixture, StatusLineForTheCurrentCell)
     EXPECT_EQ(panels[1], "Tx: 09.12.2025 12:00:09,000000 ");
     EXPECT_EQ(panels[2], "Dx: 0 day(s)  00:00:01,000000 ");
     EXPECT_EQ(panels[3], "PE: 2  FE: 0  LE: 0");
-    EXPECT_EQ(StatusLine(frame, 3, 30, times), std::vector<std::string>{"No recording open"});
+    // A row past the end of an open recording is not a closed recording.
+    EXPECT_EQ(StatusLine(frame, 3, 30, times), std::vector<std::string>{"No MP in this row"});
+    frame.recordingOpen = false;
+    frame.buffer = nullptr;
+    EXPECT_EQ(StatusLine(frame, 3, 1, times), std::vector<std::string>{"No recording open"});
 }

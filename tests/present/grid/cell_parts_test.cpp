@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "export/mark_text.h"
 #include "present/grid/grid_layout.h"
 #include "present/grid/mark_cell.h"
 #include "present/grid/view_modes.h"
@@ -53,24 +54,43 @@ TEST(MarkCell, SystemAndTriggerMarks)
     EXPECT_TRUE(DescribeMark(mp, kLangEnglish).text.empty());
 
     mp.markKind = kSystemMarkKind;
-    mp.markCode = SystemMark::NewFile; // code 0 still is a mark when the kind says so
-    EXPECT_EQ(DescribeMark(mp, kLangEnglish).style, MarkStyle::SystemOther);
     mp.markCode = SystemMark::Started;
     EXPECT_EQ(DescribeMark(mp, kLangGerman).style, MarkStyle::SystemStart);
+    EXPECT_EQ(DescribeMark(mp, kLangEnglish).text, "E_0.user start");
     mp.markCode = SystemMark::Appended;
-    EXPECT_EQ(DescribeMark(mp, kLangEnglish).text, "APPENDED");
+    EXPECT_EQ(DescribeMark(mp, kLangGerman).text, "E_0.angehängt");
+    EXPECT_EQ(DescribeMark(mp, kLangGerman).style, MarkStyle::SystemStart);
     mp.markCode = SystemMark::Stopped;
-    EXPECT_EQ(DescribeMark(mp, kLangGerman).text, "STOPP");
     EXPECT_EQ(DescribeMark(mp, kLangGerman).style, MarkStyle::SystemStop);
 
     MpRecord trig;
     trig.markCode = 2; // trigger type 1 (stop) + 1
     trig.markKind = 3;
     trig.markExtra = 12;
-    EXPECT_EQ(DescribeMark(trig, kLangEnglish).text, "T_12.stop");
+    EXPECT_EQ(DescribeMark(trig, kLangEnglish).text, "T_12.3.stop");
     EXPECT_EQ(DescribeMark(trig, kLangEnglish).style, MarkStyle::TriggerStop);
     trig.markCode = 3;
-    EXPECT_EQ(DescribeMark(trig, kLangGerman).text, "T_12.erkannt");
+    EXPECT_EQ(DescribeMark(trig, kLangGerman).text, "T_12.3.erkannt");
+    EXPECT_EQ(DescribeMark(trig, kLangGerman).style, MarkStyle::TriggerDetected);
+}
+
+// A mark reads the same in the grid as in the export and the CLI dump; a
+// record whose mark has no text there gets no tag here either.
+TEST(MarkCell, ReadsLikeTheExport)
+{
+    for (int code = 0; code < 256; ++code) {
+        for (std::uint8_t kind : {std::uint8_t{0}, std::uint8_t{4}, kSystemMarkKind}) {
+            MpRecord mp;
+            mp.markCode = static_cast<std::uint8_t>(code);
+            mp.markKind = kind;
+            mp.markExtra = 7;
+            for (int lang : {kLangGerman, kLangEnglish}) {
+                const MarkCell cell = DescribeMark(mp, lang);
+                EXPECT_EQ(cell.text, MarkText(mp, lang)) << code << "/" << int(kind);
+                EXPECT_EQ(cell.style == MarkStyle::None, cell.text.empty()) << code << "/" << int(kind);
+            }
+        }
+    }
 }
 
 TEST(MarkCell, ErrorLettersPerCircuit)

@@ -102,6 +102,10 @@ TEST(FetchBuffer, CoversDecidesWhetherScrollingMustRead)
     buf.Fetch(r, 19900);
     EXPECT_TRUE(buf.Covers(19950, 60, 20000));
     EXPECT_FALSE(buf.Covers(19950, 60, 20010));
+    // A file cut shorter than the block (replaced underneath the grid): the
+    // block holds records that are gone and must be read again.
+    buf.Fetch(r, 1000);
+    EXPECT_FALSE(buf.Covers(1000, 41, 5000));
 }
 
 TEST(FetchBuffer, FillFromLiveRecordsReadsNothing)

@@ -158,3 +158,38 @@ TEST(ScrollMapping, RescaledPastIntMax)
         lastPos = back;
     }
 }
+
+TEST(GridKeys, RandomKeyRunsStayInsideTheRecording)
+{
+    // Any sequence of keys on any recording size keeps the page inside the
+    // recording and the cursor inside the grid.
+    std::uint32_t seed = 7;
+    auto next = [&seed](std::uint32_t range) {
+        seed = seed * 1664525u + 1013904223u;
+        return static_cast<int>((seed >> 8) % range);
+    };
+    for (int run = 0; run < 200; ++run) {
+        KeyContext c;
+        c.fileOpen = true;
+        c.view = run % 3 == 0 ? 1 : run % 3 == 1 ? 3 : 4;
+        c.smallChange = c.view == 1 ? 1 : 16;
+        c.rowCount = 2 + next(30);
+        c.largeChange = (c.rowCount - 1) * c.smallChange;
+        c.colCount = 1 + next(40);
+        c.maximum = next(3) == 0 ? next(10) : next(600);
+        c.position = 0;
+        for (int k = 0; k < 1000; ++k) {
+            const auto key = static_cast<GridKey>(next(8));
+            const KeyOutcome out = next(10) == 0 ? ApplyWheel(next(2) == 0, c) : ApplyGridKey(key, c);
+            ASSERT_GE(out.position, 0);
+            ASSERT_LE(out.position, EndPosition(c.maximum, c.largeChange));
+            ASSERT_GE(out.row, 1);
+            ASSERT_LT(out.row, c.rowCount);
+            ASSERT_GE(out.col, 0);
+            ASSERT_LT(out.col, c.colCount);
+            c.position = out.position;
+            c.row = out.row;
+            c.col = out.col;
+        }
+    }
+}

@@ -50,7 +50,13 @@ struct FakeTarget : RedrawTarget {
             source->count += 5;
     }
     void RefreshStatusLine() override { ++statusRefreshes; }
-    void SetProgressText(const std::string &t) override { progress.push_back(t); }
+    bool burstOnProgress = false;
+    void SetProgressText(const std::string &t) override
+    {
+        progress.push_back(t);
+        if (burstOnProgress)
+            source->count += 2;
+    }
 };
 
 struct Harness {
@@ -104,21 +110,50 @@ TEST(RedrawLoop, NewMpsRepaintEveryCellAndRotateTheGauges)
     EXPECT_EQ(h.sleeps.size(), 1u);
 }
 
-TEST(RedrawLoop, BurstDuringAPassSkipsTheRestUntilAQuietPass)
+TEST(RedrawLoop, BurstsDuringAPassGetAPassOfTheirOwn)
 {
+    struct {
+        int burstAfterCells; // the counter moves after this many cells drawn
+        std::size_t drawnFirst, skipped;
+    } const cases[] = {
+        // The burst makes the second cell stale: it is skipped, the cells
+        // after it are drawn from the newer counter.
+        {1, 3, 1},
+        // The burst lands while the last cell is drawn: nothing in this pass
+        // shows it.
+        {4, 4, 0},
+    };
+    for (const auto &c : cases) {
+        Harness h;
+        h.target.burstAfterCells = c.burstAfterCells;
+        h.source.count = 10;
+        ASSERT_TRUE(h.loop.Step());
+        EXPECT_EQ(h.target.drawn.size(), c.drawnFirst) << c.burstAfterCells;
+        EXPECT_EQ(h.loop.cellsSkipped(), static_cast<int>(c.skipped)) << c.burstAfterCells;
+        // Either way the next turn passes again instead of sleeping, even
+        // though no further MP arrives, and then the loop goes quiet.
+        ASSERT_TRUE(h.loop.Step());
+        EXPECT_TRUE(h.sleeps.empty()) << c.burstAfterCells;
+        EXPECT_EQ(h.target.drawn.size(), c.drawnFirst + 4) << c.burstAfterCells;
+        EXPECT_EQ(h.loop.lastSeen(), 15u);
+        ASSERT_TRUE(h.loop.Step());
+        EXPECT_EQ(h.sleeps.size(), 1u) << c.burstAfterCells;
+    }
+}
+
+TEST(RedrawLoop, MpsArrivingDuringAHeldPassAreNotCountedAsSeen)
+{
+    // MPs that came while the progress text was set move it on once more.
     Harness h;
-    h.target.burstAfterCells = 1;
-    h.source.count = 10;
+    h.loop.hold = true;
+    h.source.count = 3;
+    h.target.burstOnProgress = true;
     ASSERT_TRUE(h.loop.Step());
-    // The first cell was drawn; the burst made the next one stale and it was
-    // skipped; the cells after it were drawn from the newer counter.
-    EXPECT_EQ(h.target.drawn.size(), 3u);
-    EXPECT_EQ(h.loop.cellsSkipped(), 1);
-    EXPECT_EQ(h.target.drawn[1], std::make_pair(0, 2));
-    // The skipped cell gets a pass of its own even without further MPs.
+    EXPECT_EQ(h.loop.lastSeen(), 3u);
+    h.target.burstOnProgress = false;
     ASSERT_TRUE(h.loop.Step());
-    EXPECT_TRUE(h.sleeps.empty());
-    EXPECT_EQ(h.target.drawn.size(), 7u);
+    EXPECT_EQ(h.target.progress.size(), 2u);
+    EXPECT_EQ(h.loop.lastSeen(), 5u);
     ASSERT_TRUE(h.loop.Step());
     EXPECT_EQ(h.sleeps.size(), 1u);
 }
