@@ -198,4 +198,17 @@ TEST(RecordingCheck, AcceptsATornTailAndRejectsAnEmptyFile)
     std::fclose(std::fopen(dir.file("empty.ksr").c_str(), "wb"));
     EXPECT_FALSE(OpenRecording(reader, dir.file("empty.ksr"), error));
     EXPECT_NE(error.find("holds no MPs"), std::string::npos);
+
+    // Numbered right at the start but not at the end (records spliced from
+    // elsewhere): MP n would not be record n, so no reader may trust it.
+    RecordingBuilder::writeNumbered(dir.file("spliced.ksr"), 10);
+    {
+        std::FILE *f = std::fopen(dir.file("spliced.ksr").c_str(), "r+b");
+        ASSERT_NE(f, nullptr);
+        std::fseek(f, 9 * 80, SEEK_SET);
+        std::fputc(42, f); // MP 9 claims number 42
+        std::fclose(f);
+    }
+    EXPECT_FALSE(OpenRecording(reader, dir.file("spliced.ksr"), error));
+    EXPECT_NE(error.find("MP 9 says 42"), std::string::npos) << error;
 }
