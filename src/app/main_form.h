@@ -175,6 +175,8 @@ private:
     QWidget *buildLinePanel();
     QWidget *buildGaugePanel();
     void buildStatusBar();
+    [[nodiscard]] static int statusTextWidth(const QLabel *panel, const QString &text);
+    void fitStatusPanel(QLabel *panel, const QString &text);
     void connectActions();
     void connectGrid();
     void syncModeButtons();

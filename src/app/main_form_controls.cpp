@@ -112,7 +112,7 @@ void TFormMain::connectGrid()
 
     connect(g, &grid::RecordGrid::statusLineChanged, this, [this](const QStringList &panels) {
         for (int i = 0; i < 4; ++i)
-            statusPanels_[i + 1]->setText(i < panels.size() ? panels[i] : QString());
+            fitStatusPanel(statusPanels_[i + 1], i < panels.size() ? panels[i] : QString());
     });
     connect(g, &grid::RecordGrid::progressTextChanged, statusPanels_[0], &QLabel::setText);
     connect(g, &grid::RecordGrid::gaugeChanged, this, [this](int gauge, int percent) {

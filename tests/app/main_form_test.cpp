@@ -555,3 +555,22 @@ TEST(MainForm, SavedEnvironmentCarriesThePortSettingsAndTheRecordFile)
     EXPECT_NE(text.find("Record data=" + win.w->recordFile()), std::string::npos) << text;
     EXPECT_NE(text.find("DevicePath=sim:A"), std::string::npos) << text;
 }
+
+TEST(MainForm, StatusBarShowsEveryFigureWhole)
+{
+    Window win;
+    win.w->resize(1000, 760); // narrower than the first-start size: the free text gives way first
+    win.w->show();
+    win.click("btnREC");
+    pump(200);
+    win.click("btnSTOP");
+    win.w->grid().btnScrollEnd(); // the status line describes the last MP: long times, real counters
+    pump(50);
+    for (int i = 2; i <= 6; ++i) {
+        const auto *panel = win.w->findChild<QLabel *>(QString("pnlStatusBarPanel%1").arg(i));
+        ASSERT_NE(panel, nullptr);
+        ASSERT_FALSE(panel->text().isEmpty()) << i;
+        EXPECT_GE(panel->width(), panel->fontMetrics().horizontalAdvance(panel->text()))
+            << "panel " << i << " cuts \"" << panel->text().toStdString() << "\"";
+    }
+}
