@@ -133,9 +133,8 @@ void TFormMain::StartupPrepare()
     applyConfiguration();
 
     // Files named on the command line win over the ones the configuration and environment name.
-    environmentFile_ = config_->EnvironmentFilename;
-    if (!args_.environmentFile.empty())
-        environmentFile_ = args_.environmentFile;
+    environmentFile_ = args_.environmentFile.empty() ? EnvironmentFilePath(config_->EnvironmentFilename, dataFolder_)
+                                                     : args_.environmentFile;
     if (std::filesystem::path(environmentFile_).parent_path().empty())
         environmentFile_ = dataFolder_ + environmentFile_;
     recordFile_.setPath(args_.recordFile.empty() ? DefaultRecordFile(dataFolder_) : args_.recordFile);

@@ -574,3 +574,9 @@ TEST(MainForm, StatusBarShowsEveryFigureWhole)
             << "panel " << i << " cuts \"" << panel->text().toStdString() << "\"";
     }
 }
+
+TEST(MainForm, AWindowsEnvironmentPathInTheConfigurationIsFoundInTheDataFolder)
+{
+    Window win({}, nullptr, "[Environment]\nFilename=C:\\Programme\\Kestrel\\line.kef\n");
+    EXPECT_EQ(win.w->environmentFile(), win.dir.path().string() + "/line.kef");
+}
