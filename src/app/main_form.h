@@ -48,6 +48,7 @@ class SimLine;
 struct Environment;
 struct ProgramConfig;
 class SignalLight;
+class SignalLightController;
 class TFormConfirmRecordMode;
 class TMessageForm;
 
@@ -246,7 +247,8 @@ private:
     QTimer *TriggerTimer = nullptr;
     QTimer *SoundTimer = nullptr;
     QTimer *lineLightTimer_ = nullptr;
-    std::uint64_t lastD1Count_ = 0, lastD2Count_ = 0;
+    SignalLightController *SlcA = nullptr; // port A: D2, M2, M1, M5, M3
+    SignalLightController *SlcB = nullptr; // port B: D1, S2, S1
     QList<QLabel *> captionLabels_;      // labels whose text number is in their "textNo" property
     QList<QWidget *> captionGroups_;     // group boxes likewise
     QList<QPair<QMenu *, int>> menuTitles_;
@@ -254,7 +256,6 @@ private:
     ControlLock recordLock_;
     bool viewHold_ = false;
     bool hadConfigFile_ = false;
-    bool lightsMonitoring_ = false;
     bool shown_ = false;
     bool quitting_ = false;
     int pinNaming_ = 0; // 0 circuit names, 1 pin names

@@ -12,6 +12,7 @@
 #include "app/action_registry.h"
 #include "app/main_form.h"
 #include "app/signal_light.h"
+#include "app/signal_light_controller.h"
 #include "app/line_gauge.h"
 #include "capture/record_store.h"
 #include "present/grid/record_grid.h"
@@ -199,18 +200,10 @@ void TFormMain::btnViewHoldClick()
 
 void TFormMain::LineLightsTimer()
 {
-    // SlcA / SlcB: the lights follow the newest MP; a data light flashes when its count moved.
-    if (!lightsMonitoring_ || !store_)
+    if (!store_)
         return;
-    const MpRecord &mp = store_->previous();
-    const std::uint64_t d1 = mp.count(Counter::D1), d2 = mp.count(Counter::D2);
-    lineLights_[0]->setLit(d1 != lastD1Count_);
-    lineLights_[1]->setLit(d2 != lastD2Count_);
-    lastD1Count_ = d1;
-    lastD2Count_ = d2;
-    const std::uint8_t levels[6] = {mp.s1, mp.s2, mp.m1, mp.m2, mp.m5, mp.m3};
-    for (int i = 0; i < 6; ++i)
-        lineLights_[2 + i]->setLit(levels[i] != 0);
+    SlcA->follow(store_->previous());
+    SlcB->follow(store_->previous());
 }
 
 void TFormMain::LEDToggleTimerTimer()

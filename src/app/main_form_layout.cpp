@@ -23,6 +23,7 @@
 #include "app/line_gauge.h"
 #include "app/main_form.h"
 #include "app/signal_light.h"
+#include "app/signal_light_controller.h"
 #include "present/grid/record_grid.h"
 #include "resources/string_table.h"
 
@@ -297,6 +298,17 @@ QWidget *TFormMain::buildLinePanel()
         grid->addWidget(lineLights_[i], 0, i, Qt::AlignHCenter);
         grid->addWidget(lineLabels_[i], 1, i);
     }
+    // Order of lineLights_: D1, D2, S1, S2, M1, M2, M5, M3.
+    SlcA = new SignalLightController("SlcA", Counter::D2, this);
+    SlcA->setDataLight(lineLights_[1]);
+    SlcA->addLevelLight(lineLights_[5], &MpRecord::m2);
+    SlcA->addLevelLight(lineLights_[4], &MpRecord::m1);
+    SlcA->addLevelLight(lineLights_[6], &MpRecord::m5);
+    SlcA->addLevelLight(lineLights_[7], &MpRecord::m3);
+    SlcB = new SignalLightController("SlcB", Counter::D1, this);
+    SlcB->setDataLight(lineLights_[0]);
+    SlcB->addLevelLight(lineLights_[3], &MpRecord::s2);
+    SlcB->addLevelLight(lineLights_[2], &MpRecord::s1);
     btnSwitchPin = new QToolButton(g);
     btnSwitchPin->setObjectName("btnSwitchPin");
     btnSwitchPin->setDefaultAction(ActionManager1->action("actShowCCITTV24Pin"));

@@ -16,6 +16,7 @@
 #include "app/main_form.h"
 #include "app/monitored_ports.h"
 #include "app/signal_light.h"
+#include "app/signal_light_controller.h"
 #include "capture/clock.h"
 #include "capture/port_scan.h"
 #include "capture/record_reader.h"
@@ -579,4 +580,45 @@ TEST(MainForm, AWindowsEnvironmentPathInTheConfigurationIsFoundInTheDataFolder)
 {
     Window win({}, nullptr, "[Environment]\nFilename=C:\\Programme\\Kestrel\\line.kef\n");
     EXPECT_EQ(win.w->environmentFile(), win.dir.path().string() + "/line.kef");
+}
+
+TEST(MainForm, PortLightControllersFollowTheirOwnLinesWhileMonitoring)
+{
+    Window win;
+    auto *slcA = win.find<SignalLightController>("SlcA");
+    auto *slcB = win.find<SignalLightController>("SlcB");
+    ASSERT_NE(slcA, nullptr);
+    ASSERT_NE(slcB, nullptr);
+    auto lit = [&win](const char *name) { return win.find<SignalLight>(name)->isLit(); };
+
+    MpRecord mp;
+    mp.m3 = 1; // ring on port A
+    mp.s1 = 1; // DTR on port B
+    slcA->follow(mp);
+    EXPECT_FALSE(lit("LedM3")) << "dark while not monitoring";
+
+    win.click("btnREC");
+    EXPECT_TRUE(slcA->monitoring());
+    EXPECT_TRUE(slcB->monitoring());
+    mp = MpRecord{};
+    mp.m3 = 1;
+    mp.s1 = 1;
+    mp.counts[static_cast<int>(Counter::D2)] = win.w->store().previous().count(Counter::D2) + 1;
+    mp.counts[static_cast<int>(Counter::D1)] = win.w->store().previous().count(Counter::D1);
+    slcA->follow(mp);
+    EXPECT_TRUE(lit("LedM3"));
+    EXPECT_FALSE(lit("LedS1")) << "SlcA must not drive port B's lamps";
+    slcB->follow(mp);
+    EXPECT_TRUE(lit("LedD2"));  // port A received
+    EXPECT_TRUE(lit("LedS1"));  // now SlcB has looked
+    EXPECT_FALSE(lit("LedD1")); // port B's count stood still
+    EXPECT_FALSE(lit("LedM1"));
+    slcA->follow(mp);
+    EXPECT_FALSE(lit("LedD2")) << "the data light flashes once per change";
+
+    win.click("btnSTOP");
+    EXPECT_FALSE(slcA->monitoring());
+    EXPECT_FALSE(slcB->monitoring());
+    for (const char *name : {"LedD1", "LedD2", "LedS1", "LedS2", "LedM1", "LedM2", "LedM5", "LedM3"})
+        EXPECT_FALSE(lit(name)) << name;
 }
