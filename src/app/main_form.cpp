@@ -26,6 +26,7 @@
 #include "app/message_form.h"
 #include "app/monitored_ports.h"
 #include "app/progress_form.h"
+#include "present/grid/grid_layout.h"
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
 #include "app/signal_light.h"
@@ -47,6 +48,20 @@ QString S(int n) { return QString::fromStdString(Str(n)); }
 // Line names of the control centre in both naming schemes, order D1, D2, S1, S2, M1, M2, M5, M3.
 constexpr const char *kCircuitNames[8] = {"D1", "D2", "S1", "S2", "M1", "M2", "M5", "M3"};
 constexpr const char *kPinNames[8] = {"Tx", "Rx", "DTR", "RTS", "DSR", "CTS", "DCD", "RNG"};
+
+// The grid's own widths for every kept column of a view, so that a first start
+// writes what the grid shows and not a placeholder; the description column of
+// the vertical view gets what a window of the default size leaves it.
+std::vector<int> BuiltInColumnWidths(int view, std::size_t columns)
+{
+    constexpr int kDefaultClientWidth = 1016;
+    constexpr int kDefaultSecondaryMode = 3;
+    const grid::ViewShape shape{view, static_cast<int>(columns), 1, 1};
+    std::vector<int> widths(columns);
+    for (std::size_t c = 0; c < columns; ++c)
+        widths[c] = std::max(0, grid::ColumnWidth(shape, static_cast<int>(c), kDefaultClientWidth, kDefaultSecondaryMode));
+    return widths;
+}
 
 } // namespace
 
@@ -129,6 +144,9 @@ void TFormMain::StartupPrepare()
     // The hardware profile first; the [Port Standards] lists of Kestrel.ini win over its lists.
     std::error_code ec;
     hadConfigFile_ = std::filesystem::exists(configPath(), ec);
+    // Keys the file lacks keep these; keys it has come back as they were written.
+    for (auto [view, settings] : {std::pair{1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}})
+        settings->columnWidths = BuiltInColumnWidths(view, settings->columnWidths.size());
     (void)LoadMainConfiguration(std::filesystem::path(dataFolder_), *config_);
     applyConfiguration();
 

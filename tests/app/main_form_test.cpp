@@ -22,6 +22,7 @@
 #include "capture/record_reader.h"
 #include "capture/recorder.h"
 #include "capture/sim_port.h"
+#include "present/grid/grid_layout.h"
 #include "present/grid/record_grid.h"
 #include "resources/string_table.h"
 #include "support/scripted_prompter.h"
@@ -621,4 +622,37 @@ TEST(MainForm, PortLightControllersFollowTheirOwnLinesWhileMonitoring)
     EXPECT_FALSE(slcB->monitoring());
     for (const char *name : {"LedD1", "LedD2", "LedS1", "LedS2", "LedM1", "LedM2", "LedM5", "LedM3"})
         EXPECT_FALSE(lit(name)) << name;
+}
+
+TEST(MainForm, FirstStartSavesTheGridsWidthsAndKeptWidthsComeBackUnchanged)
+{
+    auto closeAndRead = [](Window &win) {
+        win.w->show();
+        win.prompter.answerNext(MsgResult::Yes);
+        EXPECT_TRUE(win.w->close());
+        std::ifstream f(win.dir.path() / "Kestrel.ini");
+        return std::string(std::istreambuf_iterator<char>(f), {});
+    };
+    auto key = [](const std::string &ini, const std::string &section, const std::string &name) {
+        const std::size_t s = ini.find("[" + section + "]");
+        const std::size_t k = ini.find("\n" + name + "=", s);
+        return s == std::string::npos || k == std::string::npos ? std::string("?")
+                                                               : ini.substr(k + name.size() + 2, ini.find('\n', k + 1) - k - name.size() - 2);
+    };
+    std::string ini;
+    {
+        Window first;
+        ini = closeAndRead(first);
+    }
+    const grid::ViewShape vertical{grid::kViewVertical, 14, 1, 1};
+    const grid::ViewShape dump{grid::kViewDataDump, 35, 1, 1};
+    EXPECT_EQ(key(ini, "DispMode1", "Column2"), std::to_string(grid::ColumnWidth(vertical, 2, 1016, 3)));
+    EXPECT_EQ(key(ini, "DispMode4", "Column18"), std::to_string(grid::ColumnWidth(dump, 18, 1016, 3)));
+    EXPECT_NE(key(ini, "DispMode4", "Column18"), key(ini, "DispMode4", "Column19")); // not one width for all
+
+    Window again({}, nullptr, "[DispMode1]\nColumn2=77\n[DispMode3]\nColumn325=5\n");
+    ini = closeAndRead(again);
+    EXPECT_EQ(key(ini, "DispMode1", "Column2"), "77");
+    EXPECT_EQ(key(ini, "DispMode3", "Column325"), "5");
+    EXPECT_EQ(key(ini, "DispMode1", "Column1"), std::to_string(grid::ColumnWidth(vertical, 1, 1016, 3)));
 }
