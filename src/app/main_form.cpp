@@ -317,6 +317,8 @@ void TFormMain::showEvent(QShowEvent *event)
 
 void TFormMain::FormShow()
 {
+    if (quitting_)
+        return; // ended before it was ever shown: nothing to load, nothing to record
     TFormProgress progress(this);
     progress.show();
     progress.step(S(28), 10);
@@ -357,6 +359,13 @@ void TFormMain::closeEvent(QCloseEvent *event)
 
 void TFormMain::quitCleanly()
 {
+    if (messageForm_->isWaiting()) {
+        // A question is open (a start-up error, say): answer it "no", let its
+        // caller finish, and end once it has.
+        messageForm_->reject();
+        QTimer::singleShot(0, this, &TFormMain::quitCleanly);
+        return;
+    }
     if (isRecording() || isPaused())
         btnStopClick();
     saveConfiguration();

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLabel>
@@ -655,4 +656,31 @@ TEST(MainForm, FirstStartSavesTheGridsWidthsAndKeptWidthsComeBackUnchanged)
     EXPECT_EQ(key(ini, "DispMode1", "Column2"), "77");
     EXPECT_EQ(key(ini, "DispMode3", "Column325"), "5");
     EXPECT_EQ(key(ini, "DispMode1", "Column1"), std::to_string(grid::ColumnWidth(vertical, 1, 1016, 3)));
+}
+
+TEST(MainForm, EndingWhileAStartUpErrorWaitsClosesTheWindow)
+{
+    // SIGTERM (quitCleanly) while the program's own message box reports a record
+    // file it cannot open: the box is answered, start-up finishes, the window closes.
+    test::TempDir dir;
+    std::filesystem::create_directories(dir.path() / "recordings" / "x.ksr"); // a folder, not a file
+    MainFormOptions o;
+    o.args = ParseStartupArgs({"kestrel", "--simulate", "--record", (dir.path() / "recordings" / "x.ksr").string()});
+    o.dataFolder = dir.path().string() + "/";
+    o.skipUnloadDelay = true;
+    TFormMain w(std::move(o));
+    w.show();
+    bool rescued = false;
+    QTimer::singleShot(100, &w, [&w] { w.quitCleanly(); });
+    QTimer::singleShot(5000, &w, [&w, &rescued] { // keeps a broken build from hanging the test run
+        for (QDialog *d : w.findChildren<QDialog *>())
+            if (d->isVisible()) {
+                rescued = true;
+                d->reject();
+            }
+    });
+    pump(600); // the first show runs FormShow, which waits in the 3001 box until quitCleanly answers it
+    EXPECT_FALSE(rescued);
+    EXPECT_FALSE(w.isVisible());
+    EXPECT_FALSE(w.isRecording());
 }
