@@ -213,8 +213,10 @@ void TFormMain::LEDToggleTimerTimer()
         apdLEDViewHold->toggle();
     else
         apdLEDViewHold->setLit(false);
-    if (recording)
+    if (recording) {
         apdLEDRecorder->toggle();
+        updateSizeLabel(); // the header shows the file growing, not its size at the start
+    }
     else
         apdLEDRecorder->setLit(false);
     if (!viewHold_ && !recording) {

@@ -20,6 +20,7 @@
 #include "app/signal_light_controller.h"
 #include "capture/clock.h"
 #include "capture/port_scan.h"
+#include "capture/record_paths.h"
 #include "capture/record_reader.h"
 #include "capture/recorder.h"
 #include "capture/sim_port.h"
@@ -310,7 +311,7 @@ TEST(MainForm, LosingAPortStopsCleanlyAndReportsOnce)
 {
     Window win;
     win.click("btnREC");
-    pump(100);
+    pump(400); // a few KB on the simulated line
     win.w->simulatedLine()->disconnect(kSimPortA);
     win.w->simulatedLine()->disconnect(kSimPortB);
     pump(100);
@@ -344,7 +345,11 @@ TEST(MainForm, ViewHoldAndRecorderLightsBlinkOnTheTimer)
     EXPECT_FALSE(hold->isLit());
 
     win.click("btnREC");
+    pump(400); // a few KB on the simulated line
     win.w->LEDToggleTimerTimer();
+    // The header follows the growing file on the same tick.
+    EXPECT_EQ(win.find<QLabel>("lblRecordFileSize")->text().toStdString(),
+              RecordSizeLabel(win.w->recordFile(), std::filesystem::file_size(win.w->recordFile())));
     const bool r1 = rec->isLit();
     win.w->LEDToggleTimerTimer();
     EXPECT_NE(rec->isLit(), r1);
