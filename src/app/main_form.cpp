@@ -283,6 +283,12 @@ void TFormMain::ApplyLanguage()
     ActionManager1->action("actLangEnglish")->setChecked(!german);
     messageForm_->InitialLoads();
     confirmRecordMode_->InitialLoads();
+    updateWindowTitle();
+}
+
+void TFormMain::updateWindowTitle()
+{
+    // Program name and the environment in use, as the title bar always showed them.
     setWindowTitle(S(1) + " - " + QString::fromStdString(std::filesystem::path(environmentFile_).filename().string()));
 }
 

@@ -118,6 +118,7 @@ private:
     void StartupPrepare();
     void ScanPortsAndApplySettings();
     void ApplyLanguage(); // InitialLoads of the window and its dialogs
+    void updateWindowTitle();
     void FormDestroy();
     // CloseSteps
     void closeRecordHandles() override;
