@@ -26,6 +26,7 @@
 #include "app/message_form.h"
 #include "app/monitored_ports.h"
 #include "app/progress_form.h"
+#include "present/grid/grid_layout.h"
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
 #include "app/signal_light.h"
@@ -47,6 +48,20 @@ QString S(int n) { return QString::fromStdString(Str(n)); }
 // Line names of the control centre in both naming schemes, order D1, D2, S1, S2, M1, M2, M5, M3.
 constexpr const char *kCircuitNames[8] = {"D1", "D2", "S1", "S2", "M1", "M2", "M5", "M3"};
 constexpr const char *kPinNames[8] = {"Tx", "Rx", "DTR", "RTS", "DSR", "CTS", "DCD", "RNG"};
+
+// The grid's own widths for every kept column of a view, so that a first start
+// writes what the grid shows and not a placeholder; the description column of
+// the vertical view gets what a window of the default size leaves it.
+std::vector<int> BuiltInColumnWidths(int view, std::size_t columns)
+{
+    constexpr int kDefaultClientWidth = 1016;
+    constexpr int kDefaultSecondaryMode = 3;
+    const grid::ViewShape shape{view, static_cast<int>(columns), 1, 1};
+    std::vector<int> widths(columns);
+    for (std::size_t c = 0; c < columns; ++c)
+        widths[c] = std::max(0, grid::ColumnWidth(shape, static_cast<int>(c), kDefaultClientWidth, kDefaultSecondaryMode));
+    return widths;
+}
 
 } // namespace
 
@@ -129,13 +144,15 @@ void TFormMain::StartupPrepare()
     // The hardware profile first; the [Port Standards] lists of Kestrel.ini win over its lists.
     std::error_code ec;
     hadConfigFile_ = std::filesystem::exists(configPath(), ec);
+    // Keys the file lacks keep these; keys it has come back as they were written.
+    for (auto [view, settings] : {std::pair{1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}})
+        settings->columnWidths = BuiltInColumnWidths(view, settings->columnWidths.size());
     (void)LoadMainConfiguration(std::filesystem::path(dataFolder_), *config_);
     applyConfiguration();
 
     // Files named on the command line win over the ones the configuration and environment name.
-    environmentFile_ = config_->EnvironmentFilename;
-    if (!args_.environmentFile.empty())
-        environmentFile_ = args_.environmentFile;
+    environmentFile_ = args_.environmentFile.empty() ? EnvironmentFilePath(config_->EnvironmentFilename, dataFolder_)
+                                                     : args_.environmentFile;
     if (std::filesystem::path(environmentFile_).parent_path().empty())
         environmentFile_ = dataFolder_ + environmentFile_;
     recordFile_.setPath(args_.recordFile.empty() ? DefaultRecordFile(dataFolder_) : args_.recordFile);
@@ -266,6 +283,12 @@ void TFormMain::ApplyLanguage()
     ActionManager1->action("actLangEnglish")->setChecked(!german);
     messageForm_->InitialLoads();
     confirmRecordMode_->InitialLoads();
+    updateWindowTitle();
+}
+
+void TFormMain::updateWindowTitle()
+{
+    // Program name and the environment in use, as the title bar always showed them.
     setWindowTitle(S(1) + " - " + QString::fromStdString(std::filesystem::path(environmentFile_).filename().string()));
 }
 
@@ -300,6 +323,8 @@ void TFormMain::showEvent(QShowEvent *event)
 
 void TFormMain::FormShow()
 {
+    if (quitting_)
+        return; // ended before it was ever shown: nothing to load, nothing to record
     TFormProgress progress(this);
     progress.show();
     progress.step(S(28), 10);
@@ -340,6 +365,13 @@ void TFormMain::closeEvent(QCloseEvent *event)
 
 void TFormMain::quitCleanly()
 {
+    if (messageForm_->isWaiting()) {
+        // A question is open (a start-up error, say): answer it "no", let its
+        // caller finish, and end once it has.
+        messageForm_->reject();
+        QTimer::singleShot(0, this, &TFormMain::quitCleanly);
+        return;
+    }
     if (isRecording() || isPaused())
         btnStopClick();
     saveConfiguration();

@@ -48,6 +48,7 @@ class SimLine;
 struct Environment;
 struct ProgramConfig;
 class SignalLight;
+class SignalLightController;
 class TFormConfirmRecordMode;
 class TMessageForm;
 
@@ -117,6 +118,7 @@ private:
     void StartupPrepare();
     void ScanPortsAndApplySettings();
     void ApplyLanguage(); // InitialLoads of the window and its dialogs
+    void updateWindowTitle();
     void FormDestroy();
     // CloseSteps
     void closeRecordHandles() override;
@@ -175,6 +177,8 @@ private:
     QWidget *buildLinePanel();
     QWidget *buildGaugePanel();
     void buildStatusBar();
+    [[nodiscard]] static int statusTextWidth(const QLabel *panel, const QString &text);
+    void fitStatusPanel(QLabel *panel, const QString &text);
     void connectActions();
     void connectGrid();
     void syncModeButtons();
@@ -244,7 +248,8 @@ private:
     QTimer *TriggerTimer = nullptr;
     QTimer *SoundTimer = nullptr;
     QTimer *lineLightTimer_ = nullptr;
-    std::uint64_t lastD1Count_ = 0, lastD2Count_ = 0;
+    SignalLightController *SlcA = nullptr; // port A: D2, M2, M1, M5, M3
+    SignalLightController *SlcB = nullptr; // port B: D1, S2, S1
     QList<QLabel *> captionLabels_;      // labels whose text number is in their "textNo" property
     QList<QWidget *> captionGroups_;     // group boxes likewise
     QList<QPair<QMenu *, int>> menuTitles_;
@@ -252,7 +257,6 @@ private:
     ControlLock recordLock_;
     bool viewHold_ = false;
     bool hadConfigFile_ = false;
-    bool lightsMonitoring_ = false;
     bool shown_ = false;
     bool quitting_ = false;
     int pinNaming_ = 0; // 0 circuit names, 1 pin names

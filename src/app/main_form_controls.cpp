@@ -12,6 +12,7 @@
 #include "app/action_registry.h"
 #include "app/main_form.h"
 #include "app/signal_light.h"
+#include "app/signal_light_controller.h"
 #include "app/line_gauge.h"
 #include "capture/record_store.h"
 #include "present/grid/record_grid.h"
@@ -112,7 +113,7 @@ void TFormMain::connectGrid()
 
     connect(g, &grid::RecordGrid::statusLineChanged, this, [this](const QStringList &panels) {
         for (int i = 0; i < 4; ++i)
-            statusPanels_[i + 1]->setText(i < panels.size() ? panels[i] : QString());
+            fitStatusPanel(statusPanels_[i + 1], i < panels.size() ? panels[i] : QString());
     });
     connect(g, &grid::RecordGrid::progressTextChanged, statusPanels_[0], &QLabel::setText);
     connect(g, &grid::RecordGrid::gaugeChanged, this, [this](int gauge, int percent) {
@@ -199,18 +200,10 @@ void TFormMain::btnViewHoldClick()
 
 void TFormMain::LineLightsTimer()
 {
-    // SlcA / SlcB: the lights follow the newest MP; a data light flashes when its count moved.
-    if (!lightsMonitoring_ || !store_)
+    if (!store_)
         return;
-    const MpRecord &mp = store_->previous();
-    const std::uint64_t d1 = mp.count(Counter::D1), d2 = mp.count(Counter::D2);
-    lineLights_[0]->setLit(d1 != lastD1Count_);
-    lineLights_[1]->setLit(d2 != lastD2Count_);
-    lastD1Count_ = d1;
-    lastD2Count_ = d2;
-    const std::uint8_t levels[6] = {mp.s1, mp.s2, mp.m1, mp.m2, mp.m5, mp.m3};
-    for (int i = 0; i < 6; ++i)
-        lineLights_[2 + i]->setLit(levels[i] != 0);
+    SlcA->follow(store_->previous());
+    SlcB->follow(store_->previous());
 }
 
 void TFormMain::LEDToggleTimerTimer()
@@ -220,8 +213,10 @@ void TFormMain::LEDToggleTimerTimer()
         apdLEDViewHold->toggle();
     else
         apdLEDViewHold->setLit(false);
-    if (recording)
+    if (recording) {
         apdLEDRecorder->toggle();
+        updateSizeLabel(); // the header shows the file growing, not its size at the start
+    }
     else
         apdLEDRecorder->setLit(false);
     if (!viewHold_ && !recording) {

@@ -103,7 +103,7 @@ void TFormMain::applyEnvironment(const Environment &env)
     if (!setup.recordFile.empty())
         recordFile_.setPath(setup.recordFile);
     showPortDevices();
-    setWindowTitle(S(1) + " - " + QString::fromStdString(std::filesystem::path(environmentFile_).filename().string()));
+    updateWindowTitle();
 }
 
 void TFormMain::ShowChangedRecordFile()
@@ -190,7 +190,7 @@ void TFormMain::SaveEnvDialog()
     }
     *env_ = env;
     envChanged_ = false;
-    setWindowTitle(S(1) + " - " + QString::fromStdString(std::filesystem::path(environmentFile_).filename().string()));
+    updateWindowTitle();
 }
 
 } // namespace kestrel

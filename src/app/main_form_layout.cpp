@@ -17,11 +17,13 @@
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/action_registry.h"
 #include "app/line_gauge.h"
 #include "app/main_form.h"
 #include "app/signal_light.h"
+#include "app/signal_light_controller.h"
 #include "present/grid/record_grid.h"
 #include "resources/string_table.h"
 
@@ -296,6 +298,17 @@ QWidget *TFormMain::buildLinePanel()
         grid->addWidget(lineLights_[i], 0, i, Qt::AlignHCenter);
         grid->addWidget(lineLabels_[i], 1, i);
     }
+    // Order of lineLights_: D1, D2, S1, S2, M1, M2, M5, M3.
+    SlcA = new SignalLightController("SlcA", Counter::D2, this);
+    SlcA->setDataLight(lineLights_[1]);
+    SlcA->addLevelLight(lineLights_[5], &MpRecord::m2);
+    SlcA->addLevelLight(lineLights_[4], &MpRecord::m1);
+    SlcA->addLevelLight(lineLights_[6], &MpRecord::m5);
+    SlcA->addLevelLight(lineLights_[7], &MpRecord::m3);
+    SlcB = new SignalLightController("SlcB", Counter::D1, this);
+    SlcB->setDataLight(lineLights_[0]);
+    SlcB->addLevelLight(lineLights_[3], &MpRecord::s2);
+    SlcB->addLevelLight(lineLights_[2], &MpRecord::s1);
     btnSwitchPin = new QToolButton(g);
     btnSwitchPin->setObjectName("btnSwitchPin");
     btnSwitchPin->setDefaultAction(ActionManager1->action("actShowCCITTV24Pin"));
@@ -369,18 +382,37 @@ void TFormMain::buildStatusBar()
 {
     QStatusBar *bar = statusBar();
     bar->setObjectName("StatusBar");
-    const int stretch[6] = {2, 3, 2, 2, 2, 0};
+    // The free text takes what is left; the figures keep room for their widest values,
+    // so that a time stamp is never cut off in the middle of its microseconds.
+    const int stretch[6] = {1, 0, 0, 0, 0, 0};
+    const char *widest[6] = {"", "MP: 4294967295", "Tx: 2088-88-88 88:88:88,888888",
+                             "Dx: 8888 Tag(e)  88:88:88,888888", "PE: 8888 FE: 8888 LE: 8888", ""};
     for (int i = 0; i < 6; ++i) {
         statusPanels_[i] = new QLabel(bar);
         statusPanels_[i]->setObjectName(QString("pnlStatusBarPanel%1").arg(i + 1));
-        statusPanels_[i]->setMinimumWidth(60);
+        statusPanels_[i]->setMinimumWidth(std::max(60, statusTextWidth(statusPanels_[i], QString::fromLatin1(widest[i]))));
         bar->addPermanentWidget(statusPanels_[i], stretch[i]);
     }
     QFont bold = statusPanels_[5]->font();
     bold.setBold(true);
     statusPanels_[5]->setFont(bold);
-    statusPanels_[5]->setMinimumWidth(150);
+    statusPanels_[5]->setMinimumWidth(
+        std::max(150, std::max(statusTextWidth(statusPanels_[5], S(4273)), statusTextWidth(statusPanels_[5], S(4274)))));
     statusPanels_[5]->setAlignment(Qt::AlignCenter);
+}
+
+int TFormMain::statusTextWidth(const QLabel *panel, const QString &text)
+{
+    return panel->fontMetrics().horizontalAdvance(text) + 2 * panel->margin() + 12;
+}
+
+void TFormMain::fitStatusPanel(QLabel *panel, const QString &text)
+{
+    // Grow only: a panel that jumps back and forth with every row would make the bar dance.
+    panel->setText(text);
+    const int need = statusTextWidth(panel, text);
+    if (need > panel->minimumWidth())
+        panel->setMinimumWidth(need);
 }
 
 } // namespace kestrel

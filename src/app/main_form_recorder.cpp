@@ -15,6 +15,7 @@
 #include "app/main_form.h"
 #include "app/monitored_ports.h"
 #include "app/signal_light.h"
+#include "app/signal_light_controller.h"
 #include "capture/port_scan.h"
 #include "capture/record_paths.h"
 #include "capture/record_store.h"
@@ -156,16 +157,12 @@ void TFormMain::setPauseButton(bool down)
 
 void TFormMain::setLightsMonitoring(bool on)
 {
-    lightsMonitoring_ = on;
-    if (on) {
-        lastD1Count_ = store_->previous().count(Counter::D1);
-        lastD2Count_ = store_->previous().count(Counter::D2);
+    SlcA->setMonitoring(on, store_->previous());
+    SlcB->setMonitoring(on, store_->previous());
+    if (on)
         lineLightTimer_->start();
-    } else {
+    else
         lineLightTimer_->stop();
-        for (SignalLight *l : lineLights_)
-            l->setLit(false);
-    }
 }
 
 void TFormMain::startBlinkTimer() { LEDToggleTimer->start(); }

@@ -1,5 +1,6 @@
 #include "app/startup_args.h"
 
+#include <cctype>
 #include <cstdlib>
 
 namespace kestrel {
@@ -11,6 +12,18 @@ std::string LastArgContaining(const std::vector<std::string> &args, std::string_
         if (args[i].find(needle) != std::string::npos)
             found = args[i];
     return found;
+}
+
+std::string EnvironmentFilePath(const std::string &stored, const std::string &dataFolder)
+{
+    const bool drive = stored.size() >= 2 && std::isalpha(static_cast<unsigned char>(stored[0])) && stored[1] == ':';
+    const bool windows = drive || stored.find('\\') != std::string::npos; // a drive, a share or a backslash folder
+    std::string name = stored;
+    if (windows)
+        name = stored.substr(stored.find_last_of("\\/:") + 1);
+    else if (stored.find('/') != std::string::npos)
+        return stored;
+    return dataFolder + (name.empty() ? std::string("Default.kef") : name);
 }
 
 namespace {

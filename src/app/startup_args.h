@@ -26,6 +26,12 @@ struct StartupArgs {
 // The last of args[1..] that contains needle (plain substring, case-sensitive); empty when none.
 [[nodiscard]] std::string LastArgContaining(const std::vector<std::string> &args, std::string_view needle);
 
+// Where the environment file named in Kestrel.ini lives: a bare name, or a
+// path written on Windows ("C:\Kestrel\line.kef", "\\server\share\line.kef"),
+// is the file of that name in the data folder (which ends with '/'); an
+// empty name is "Default.kef" there. Any other path is taken as it stands.
+[[nodiscard]] std::string EnvironmentFilePath(const std::string &stored, const std::string &dataFolder);
+
 // args[0] is the program name.
 [[nodiscard]] StartupArgs ParseStartupArgs(const std::vector<std::string> &args);
 

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLabel>
@@ -16,11 +17,14 @@
 #include "app/main_form.h"
 #include "app/monitored_ports.h"
 #include "app/signal_light.h"
+#include "app/signal_light_controller.h"
 #include "capture/clock.h"
 #include "capture/port_scan.h"
+#include "capture/record_paths.h"
 #include "capture/record_reader.h"
 #include "capture/recorder.h"
 #include "capture/sim_port.h"
+#include "present/grid/grid_layout.h"
 #include "present/grid/record_grid.h"
 #include "resources/string_table.h"
 #include "support/scripted_prompter.h"
@@ -307,7 +311,7 @@ TEST(MainForm, LosingAPortStopsCleanlyAndReportsOnce)
 {
     Window win;
     win.click("btnREC");
-    pump(100);
+    pump(400); // a few KB on the simulated line
     win.w->simulatedLine()->disconnect(kSimPortA);
     win.w->simulatedLine()->disconnect(kSimPortB);
     pump(100);
@@ -341,7 +345,11 @@ TEST(MainForm, ViewHoldAndRecorderLightsBlinkOnTheTimer)
     EXPECT_FALSE(hold->isLit());
 
     win.click("btnREC");
+    pump(400); // a few KB on the simulated line
     win.w->LEDToggleTimerTimer();
+    // The header follows the growing file on the same tick.
+    EXPECT_EQ(win.find<QLabel>("lblRecordFileSize")->text().toStdString(),
+              RecordSizeLabel(win.w->recordFile(), std::filesystem::file_size(win.w->recordFile())));
     const bool r1 = rec->isLit();
     win.w->LEDToggleTimerTimer();
     EXPECT_NE(rec->isLit(), r1);
@@ -554,4 +562,130 @@ TEST(MainForm, SavedEnvironmentCarriesThePortSettingsAndTheRecordFile)
     EXPECT_NE(text.find("Parity=1"), std::string::npos) << text; // odd
     EXPECT_NE(text.find("Record data=" + win.w->recordFile()), std::string::npos) << text;
     EXPECT_NE(text.find("DevicePath=sim:A"), std::string::npos) << text;
+}
+
+TEST(MainForm, StatusBarShowsEveryFigureWhole)
+{
+    Window win;
+    win.w->resize(1000, 760); // narrower than the first-start size: the free text gives way first
+    win.w->show();
+    win.click("btnREC");
+    pump(200);
+    win.click("btnSTOP");
+    win.w->grid().btnScrollEnd(); // the status line describes the last MP: long times, real counters
+    pump(50);
+    for (int i = 2; i <= 6; ++i) {
+        const auto *panel = win.w->findChild<QLabel *>(QString("pnlStatusBarPanel%1").arg(i));
+        ASSERT_NE(panel, nullptr);
+        ASSERT_FALSE(panel->text().isEmpty()) << i;
+        EXPECT_GE(panel->width(), panel->fontMetrics().horizontalAdvance(panel->text()))
+            << "panel " << i << " cuts \"" << panel->text().toStdString() << "\"";
+    }
+}
+
+TEST(MainForm, AWindowsEnvironmentPathInTheConfigurationIsFoundInTheDataFolder)
+{
+    Window win({}, nullptr, "[Environment]\nFilename=C:\\Programme\\Kestrel\\line.kef\n");
+    EXPECT_EQ(win.w->environmentFile(), win.dir.path().string() + "/line.kef");
+}
+
+TEST(MainForm, PortLightControllersFollowTheirOwnLinesWhileMonitoring)
+{
+    Window win;
+    auto *slcA = win.find<SignalLightController>("SlcA");
+    auto *slcB = win.find<SignalLightController>("SlcB");
+    ASSERT_NE(slcA, nullptr);
+    ASSERT_NE(slcB, nullptr);
+    auto lit = [&win](const char *name) { return win.find<SignalLight>(name)->isLit(); };
+
+    MpRecord mp;
+    mp.m3 = 1; // ring on port A
+    mp.s1 = 1; // DTR on port B
+    slcA->follow(mp);
+    EXPECT_FALSE(lit("LedM3")) << "dark while not monitoring";
+
+    win.click("btnREC");
+    EXPECT_TRUE(slcA->monitoring());
+    EXPECT_TRUE(slcB->monitoring());
+    mp = MpRecord{};
+    mp.m3 = 1;
+    mp.s1 = 1;
+    mp.counts[static_cast<int>(Counter::D2)] = win.w->store().previous().count(Counter::D2) + 1;
+    mp.counts[static_cast<int>(Counter::D1)] = win.w->store().previous().count(Counter::D1);
+    slcA->follow(mp);
+    EXPECT_TRUE(lit("LedM3"));
+    EXPECT_FALSE(lit("LedS1")) << "SlcA must not drive port B's lamps";
+    slcB->follow(mp);
+    EXPECT_TRUE(lit("LedD2"));  // port A received
+    EXPECT_TRUE(lit("LedS1"));  // now SlcB has looked
+    EXPECT_FALSE(lit("LedD1")); // port B's count stood still
+    EXPECT_FALSE(lit("LedM1"));
+    slcA->follow(mp);
+    EXPECT_FALSE(lit("LedD2")) << "the data light flashes once per change";
+
+    win.click("btnSTOP");
+    EXPECT_FALSE(slcA->monitoring());
+    EXPECT_FALSE(slcB->monitoring());
+    for (const char *name : {"LedD1", "LedD2", "LedS1", "LedS2", "LedM1", "LedM2", "LedM5", "LedM3"})
+        EXPECT_FALSE(lit(name)) << name;
+}
+
+TEST(MainForm, FirstStartSavesTheGridsWidthsAndKeptWidthsComeBackUnchanged)
+{
+    auto closeAndRead = [](Window &win) {
+        win.w->show();
+        win.prompter.answerNext(MsgResult::Yes);
+        EXPECT_TRUE(win.w->close());
+        std::ifstream f(win.dir.path() / "Kestrel.ini");
+        return std::string(std::istreambuf_iterator<char>(f), {});
+    };
+    auto key = [](const std::string &ini, const std::string &section, const std::string &name) {
+        const std::size_t s = ini.find("[" + section + "]");
+        const std::size_t k = ini.find("\n" + name + "=", s);
+        return s == std::string::npos || k == std::string::npos ? std::string("?")
+                                                               : ini.substr(k + name.size() + 2, ini.find('\n', k + 1) - k - name.size() - 2);
+    };
+    std::string ini;
+    {
+        Window first;
+        ini = closeAndRead(first);
+    }
+    const grid::ViewShape vertical{grid::kViewVertical, 14, 1, 1};
+    const grid::ViewShape dump{grid::kViewDataDump, 35, 1, 1};
+    EXPECT_EQ(key(ini, "DispMode1", "Column2"), std::to_string(grid::ColumnWidth(vertical, 2, 1016, 3)));
+    EXPECT_EQ(key(ini, "DispMode4", "Column18"), std::to_string(grid::ColumnWidth(dump, 18, 1016, 3)));
+    EXPECT_NE(key(ini, "DispMode4", "Column18"), key(ini, "DispMode4", "Column19")); // not one width for all
+
+    Window again({}, nullptr, "[DispMode1]\nColumn2=77\n[DispMode3]\nColumn325=5\n");
+    ini = closeAndRead(again);
+    EXPECT_EQ(key(ini, "DispMode1", "Column2"), "77");
+    EXPECT_EQ(key(ini, "DispMode3", "Column325"), "5");
+    EXPECT_EQ(key(ini, "DispMode1", "Column1"), std::to_string(grid::ColumnWidth(vertical, 1, 1016, 3)));
+}
+
+TEST(MainForm, EndingWhileAStartUpErrorWaitsClosesTheWindow)
+{
+    // SIGTERM (quitCleanly) while the program's own message box reports a record
+    // file it cannot open: the box is answered, start-up finishes, the window closes.
+    test::TempDir dir;
+    std::filesystem::create_directories(dir.path() / "recordings" / "x.ksr"); // a folder, not a file
+    MainFormOptions o;
+    o.args = ParseStartupArgs({"kestrel", "--simulate", "--record", (dir.path() / "recordings" / "x.ksr").string()});
+    o.dataFolder = dir.path().string() + "/";
+    o.skipUnloadDelay = true;
+    TFormMain w(std::move(o));
+    w.show();
+    bool rescued = false;
+    QTimer::singleShot(100, &w, [&w] { w.quitCleanly(); });
+    QTimer::singleShot(5000, &w, [&w, &rescued] { // keeps a broken build from hanging the test run
+        for (QDialog *d : w.findChildren<QDialog *>())
+            if (d->isVisible()) {
+                rescued = true;
+                d->reject();
+            }
+    });
+    pump(600); // the first show runs FormShow, which waits in the 3001 box until quitCleanly answers it
+    EXPECT_FALSE(rescued);
+    EXPECT_FALSE(w.isVisible());
+    EXPECT_FALSE(w.isRecording());
 }

@@ -39,6 +39,22 @@ TEST(StartupArgs, FileArgumentsFollowTheLastMatchRule)
     EXPECT_EQ(LastArgContaining({"/opt/x.ksr/kestrel"}, ".ksr"), "");
 }
 
+TEST(StartupArgs, EnvironmentFileOfTheConfigurationLandsInTheDataFolder)
+{
+    const std::string data = "/home/u/.local/share/Kestrel/";
+    const std::pair<std::string, std::string> cases[] = {
+        {"Default.kef", data + "Default.kef"},
+        {"", data + "Default.kef"},
+        {"C:\\Programme\\Kestrel\\line.kef", data + "line.kef"},
+        {"c:line.kef", data + "line.kef"},
+        {"\\\\server\\share\\lab.kef", data + "lab.kef"},
+        {"C:\\Kestrel\\", data + "Default.kef"},
+        {"/srv/setups/line.kef", "/srv/setups/line.kef"},
+    };
+    for (const auto &[stored, expected] : cases)
+        EXPECT_EQ(EnvironmentFilePath(stored, data), expected) << stored;
+}
+
 TEST(StartupArgs, SimulateTakesAnOptionalScenario)
 {
     EXPECT_TRUE(parse({"--simulate"}).simulate);
