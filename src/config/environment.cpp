@@ -49,14 +49,14 @@ std::string LocalRecordPath(const std::string &stored, const std::filesystem::pa
     if (!drive && !share)
         return stored;
     const std::string name = stored.substr(stored.find_last_of("\\/") + 1);
-    return (dataFolder / kRecordingsFolder / (name.empty() ? kDefaultRecordName : name)).string();
+    return (dataFolder / kRecordingsFolder / (name.empty() ? kDefaultRecordFileName : name)).string();
 }
 
 } // namespace
 
 std::string DefaultRecordFile(const std::filesystem::path &dataFolder)
 {
-    return (dataFolder / kRecordingsFolder / kDefaultRecordName).string();
+    return (dataFolder / kRecordingsFolder / kDefaultRecordFileName).string();
 }
 
 std::string EffectiveRecordFile(const std::string &fromEnvironment, const std::optional<std::string> &commandLineRecord)

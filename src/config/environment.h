@@ -13,7 +13,7 @@
 namespace kestrel {
 
 inline constexpr const char *kDefaultEnvironmentName = "Default.kef";
-inline constexpr const char *kDefaultRecordName = "Default.ksr";
+inline constexpr const char *kDefaultRecordFileName = "Default.ksr";
 inline constexpr const char *kRecordingsFolder = "recordings";
 // Device-path key beside the integer Device key; it wins when present and not empty.
 inline constexpr const char *kDevicePathKey = "DevicePath";
