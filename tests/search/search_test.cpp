@@ -91,28 +91,6 @@ TEST(SearchLoop, EndMpIsNeverTested)
     EXPECT_EQ(RunSearch(g.reader, back).mp, 0);
 }
 
-TEST(SearchLoop, DateTimeComparisonIsStrictBothWays)
-{
-    RecordingBuilder b(45000.0, 1.0); // one MP per second
-    b.d1('a').d1('b').d1('c');        // MPs 2, 3, 4
-    Fixture f(b);
-    SearchCriteria c;
-    c.kind = SearchKind::DateTime;
-    c.dateTime = b.mps()[3].time; // exactly MP 3's stamp
-
-    SearchOutcome fwd = f.run(c, +1, -1);
-    ASSERT_EQ(fwd.status, SearchStatus::Found);
-    EXPECT_EQ(fwd.mp, 4);
-    SearchOutcome back = f.run(c, -1, 5);
-    ASSERT_EQ(back.status, SearchStatus::Found);
-    EXPECT_EQ(back.mp, 2);
-
-    c.dateTime = b.mps()[4].time;
-    SearchOutcome none = f.run(c, +1, -1);
-    EXPECT_EQ(none.status, SearchStatus::NotFound);
-    EXPECT_EQ(none.messageNo, 2201);
-}
-
 TEST(SearchLoop, ErrorCriteriaHoldOnOnePortsTripleOnly)
 {
     RecordingBuilder b;
@@ -144,27 +122,6 @@ TEST(SearchLoop, ErrorCriteriaHoldOnOnePortsTripleOnly)
     clear.kind = SearchKind::Error;
     clear.error.flag[0] = 1;
     EXPECT_EQ(f.run(clear, +1, 1).mp, 2);
-}
-
-TEST(DataSearch, WalksForwardSkippingMpsWithoutAByteOnThatCircuit)
-{
-    RecordingBuilder b;
-    b.d1('A');               // 2
-    b.d2('B');               // 3: D2 only, skipped by the D1 walk
-    b.plain();               // 4: no data at all
-    b.d1('B');               // 5
-    b.d1('C');               // 6
-    Fixture f(b);
-    EXPECT_EQ(f.run(data({'A', 'B', 'C'}, true, false), +1, -1).mp, 2);
-    // The same pattern on D2 does not exist; mixing circuits is no match.
-    EXPECT_EQ(f.run(data({'A', 'B', 'C'}, false, true), +1, -1).status, SearchStatus::NotFound);
-    EXPECT_EQ(f.run(data({'B'}, true, true), -1, 7).mp, 5);
-    // Backward the hit is still reported at the first pattern byte.
-    EXPECT_EQ(f.run(data({'A', 'B'}, true, false), -1, 7).mp, 2);
-    // A pattern that runs off the end of the recording is no hit.
-    const SearchOutcome o = f.run(data({'C', 'D'}, true, false), +1, -1);
-    EXPECT_EQ(o.status, SearchStatus::NotFound);
-    EXPECT_EQ(o.messageNo, 2203);
 }
 
 TEST(DataSearch, ResumesTwoAfterAPartialMatch)
