@@ -55,29 +55,21 @@ TEST(ExportRun, RawModeWritesBareBytesOfTheCheckedCircuits)
     EXPECT_EQ(run(true, false, {4, 7}), "bc");
 }
 
-TEST(ExportRun, CsvRangeWithHeadLineAndLineEnds)
+// Range, head line and line ends are pinned end to end by the CLI tests; the
+// switch without a head line and a torn tail are not.
+TEST(ExportRun, NoHeadLineAndATornTailThatDoesNotCount)
 {
     RecordingBuilder b;
     for (int i = 0; i < 10; ++i)
         b.d1(static_cast<std::uint8_t>('0' + i));
-    Recording r(b, 17); // a torn tail does not count
-    ASSERT_EQ(r.reader.recordCount(), 12u);
+    Recording r(b, 17);
     ExportOptions o;
+    o.header = false;
     StringSink sink;
     ExportTimeState t(TimeLocale::Fixed());
-    ExportResult res = RunExport(r.reader, o, {3, 5}, sink, t);
-    ASSERT_EQ(res.status, ExportStatus::Done);
-    EXPECT_EQ(res.exported, 3u);
-    EXPECT_EQ(countLines(sink.data), 4u);
-    EXPECT_EQ(sink.data.substr(sink.data.size() - 2), "\r\n");
-    EXPECT_NE(sink.data.find("\r\n\"\";\"3\";"), std::string::npos);
-    EXPECT_EQ(sink.data.find("\"6\";"), std::string::npos);
-
-    o.header = false;
-    StringSink noHead;
-    res = RunExport(r.reader, o, FullRange(r.reader), noHead, t);
-    EXPECT_EQ(countLines(noHead.data), 12u);
-    EXPECT_EQ(noHead.data.rfind("\"\";\"0\";", 0), 0u);
+    ASSERT_EQ(RunExport(r.reader, o, FullRange(r.reader), sink, t).status, ExportStatus::Done);
+    EXPECT_EQ(countLines(sink.data), 12u);
+    EXPECT_EQ(sink.data.rfind("\"\";\"0\";", 0), 0u);
 }
 
 TEST(ExportRun, RejectsRangesOutsideTheRecording)
