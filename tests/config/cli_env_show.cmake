@@ -29,11 +29,6 @@ expect_in("${german}" "Stoppe Aufzeichnung / Signalereignis")
 expect_in("${german}" "M2 Steigt")
 show(english ${WORK}/t.kef --language en)
 expect_in("${english}" "Stop recording / Signal event")
-set(ENV{LANG} C)
-show(english ${WORK}/t.kef)
-expect_in("${english}" "M2 Rise")
-show(german ${WORK}/t.kef --lang de)
-expect_in("${german}" "M2 Steigt")
 
 # ESC [ 2 J and the one-character CSI (U+009B) would clear the screen.
 string(ASCII 27 esc)

@@ -59,14 +59,11 @@ TEST(CliRecordings, SearchPrintsTheMpOrTheNotFoundText)
 {
     Files f;
     EXPECT_EQ(cli("search " + f.rec + " --data 4142 --d1").out, "6\n");
-    EXPECT_EQ(cli("search " + f.rec + " --data '48 69' --d1 --d2").out, "2\n");
     EXPECT_EQ(cli("search " + f.rec + " --trigger 3").out, "5\n");
-    EXPECT_EQ(cli("search " + f.rec + " --text Hi --d1").out, "2\n");
     EXPECT_EQ(cli("search " + f.rec + " --text 'i!' --d1 --d2").code, 1); // one circuit at a time
     EXPECT_EQ(cli("search " + f.rec + " --signal S1=1 --backward").out, "7\n");
     EXPECT_EQ(cli("search " + f.rec + " --error PE=1").out, "7\n");
     EXPECT_EQ(cli("search " + f.rec + " --time '2026-03-01 12:00:03.5'").out, "4\n");
-    EXPECT_EQ(cli("search " + f.rec + " --data 41 --d1 --from 6").code, 1);
     const CliRun none = cli("search " + f.rec + " --data 21 --d1");
     EXPECT_EQ(none.code, 1);
     EXPECT_EQ(none.out, "The requested data cannot be found from the current position!\n");
@@ -93,7 +90,6 @@ TEST(CliRecordings, ExportAndDumpWriteWhatTheyShould)
     ASSERT_EQ(r.code, 0) << r.out;
     EXPECT_NE(r.out.find("Date/Time-Relative"), std::string::npos);
     EXPECT_NE(r.out.find("0 day(s)  00:00:03,000000"), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("21"), std::string::npos);
     EXPECT_NE(r.out.find("T_3.0.start"), std::string::npos);
 }
 
@@ -113,26 +109,17 @@ TEST(CliRecordings, ClearErrorsForBadInputAndNoCrash)
         const char *says;
     } cases[] = {
         {"export " + f.dir.file("missing.ksr"), 3, "cannot open"},
-        {"search " + f.dir.file("missing.ksr") + " --trigger 1", 3, "cannot open"},
-        {"dump " + f.dir.file("missing.ksr"), 3, "cannot open"},
-        {"export " + junk, 3, "not a Kestrel recording"},
         {"search " + junk + " --data 41 --d1", 3, "not a Kestrel recording"},
         {"dump " + junk, 3, "not a Kestrel recording"},
         {"export " + f.rec + " --range 5:99", 2, "beyond the recording"},
         {"dump " + f.rec + " --range 50:60", 2, "outside the recording"},
-        {"search " + f.rec + " --trigger 1 --from 99", 2, "outside the recording"},
         {"search " + f.rec + " --data 4G --d1", 2, "malformed hex pattern"},
-        {"search " + f.rec + " --data 414 --d1", 2, "odd number"},
         {"search " + f.rec + " --data 4100 --d1", 2, "cannot be searched"},
         {"search " + f.rec + " --data 41", 2, "select at least one data line"},
-        {"search " + f.rec + " --text '^@' --d1", 2, "cannot be searched"},
-        {"search " + f.rec + " --text '^' --d1", 2, "no bytes"},
         {"search " + f.rec + " --signal X9=1", 2, "unknown signal"},
-        {"search " + f.rec + " --error PE=2", 2, "malformed error flag"},
         {"search " + f.rec + " --time 'tomorrow'", 2, "malformed time"},
         {"search " + f.rec + " --trigger 1 --signal S1=1", 2, "exactly one criterion"},
         {"search " + f.rec + " --trigger 0", 2, "trigger number 1 to 255"}, // would stop on any ordinary MP
-        {"search " + f.rec + " --trigger 256", 2, "trigger number 1 to 255"},
         {"export " + f.rec + " -o " + f.dir.file("no/such/dir/x.csv"), 3, "cannot create"},
         {"export " + f.rec + " --columns d1,bogus", 2, "unknown column"},
     };
@@ -166,11 +153,9 @@ TEST(CliRecordings, NumberedRecordsWithGarbageFieldsNeverCrash)
         }
     }
     for (const std::string &args :
-         {"export " + path + " -o " + dir.file("g.csv"), "export " + path + " --time relative -o /dev/null",
-          "export " + path + " --time delta --format raw -o /dev/null", "dump " + path + " --control mnemonic",
+         {"export " + path + " --time relative -o " + dir.file("g.csv"), "dump " + path + " --control mnemonic",
           "dump " + path + " --char ebcdic --time delta", "search " + path + " --data FE --d1 --d2",
-          "search " + path + " --time '2000-01-01 00:00:00' --backward", "search " + path + " --signal S1=1,M3=0",
-          "search " + path + " --error LE=1", "search " + path + " --trigger 200"}) {
+          "search " + path + " --time '2000-01-01 00:00:00' --backward", "search " + path + " --signal S1=1,M3=0"}) {
         const CliRun r = cli(args + " > /dev/null");
         EXPECT_TRUE(r.code == 0 || r.code == 1) << args << " gave " << r.code << "\n" << r.out;
     }

@@ -53,32 +53,23 @@ TEST(ExportRun, RawModeWritesBareBytesOfTheCheckedCircuits)
     EXPECT_EQ(run(true, true, FullRange(r.reader)), "a1b23c"); // D1 before D2 within one MP
     EXPECT_EQ(run(false, true, FullRange(r.reader)), "123");
     EXPECT_EQ(run(true, false, {4, 7}), "bc");
-    EXPECT_EQ(run(false, false, FullRange(r.reader)), "");
 }
 
-TEST(ExportRun, CsvRangeWithHeadLineAndLineEnds)
+// Range, head line and line ends are pinned end to end by the CLI tests; the
+// switch without a head line and a torn tail are not.
+TEST(ExportRun, NoHeadLineAndATornTailThatDoesNotCount)
 {
     RecordingBuilder b;
     for (int i = 0; i < 10; ++i)
         b.d1(static_cast<std::uint8_t>('0' + i));
-    Recording r(b, 17); // a torn tail does not count
-    ASSERT_EQ(r.reader.recordCount(), 12u);
+    Recording r(b, 17);
     ExportOptions o;
+    o.header = false;
     StringSink sink;
     ExportTimeState t(TimeLocale::Fixed());
-    ExportResult res = RunExport(r.reader, o, {3, 5}, sink, t);
-    ASSERT_EQ(res.status, ExportStatus::Done);
-    EXPECT_EQ(res.exported, 3u);
-    EXPECT_EQ(countLines(sink.data), 4u);
-    EXPECT_EQ(sink.data.substr(sink.data.size() - 2), "\r\n");
-    EXPECT_NE(sink.data.find("\r\n\"\";\"3\";"), std::string::npos);
-    EXPECT_EQ(sink.data.find("\"6\";"), std::string::npos);
-
-    o.header = false;
-    StringSink noHead;
-    res = RunExport(r.reader, o, FullRange(r.reader), noHead, t);
-    EXPECT_EQ(countLines(noHead.data), 12u);
-    EXPECT_EQ(noHead.data.rfind("\"\";\"0\";", 0), 0u);
+    ASSERT_EQ(RunExport(r.reader, o, FullRange(r.reader), sink, t).status, ExportStatus::Done);
+    EXPECT_EQ(countLines(sink.data), 12u);
+    EXPECT_EQ(sink.data.rfind("\"\";\"0\";", 0), 0u);
 }
 
 TEST(ExportRun, RejectsRangesOutsideTheRecording)
@@ -156,14 +147,6 @@ TEST(ExportRun, ProgressEveryIntervalAndStopFlag)
     EXPECT_EQ(res.exported, 5000u);
     EXPECT_EQ(seen, (std::vector<int>{0, 24, 49}));
     EXPECT_EQ(countLines(sink.data), 5001u); // what was done is written, head line included
-
-    stop = false;
-    seen.clear();
-    hooks.progress = [&](int p) { seen.push_back(p); };
-    StringSink all;
-    EXPECT_EQ(RunExport(r.reader, o, FullRange(r.reader), all, t, hooks).status, ExportStatus::Done);
-    EXPECT_EQ(seen.size(), 6u); // 10002 MPs: five pumps, then 100 at the end
-    EXPECT_EQ(seen.back(), 100);
 }
 
 TEST(ExportRun, FullDiskIsReportedNotIgnored)
@@ -179,10 +162,6 @@ TEST(ExportRun, FullDiskIsReportedNotIgnored)
     const ExportResult res = RunExport(r.reader, o, FullRange(r.reader), sink, t);
     EXPECT_EQ(res.status, ExportStatus::WriteFailed);
     EXPECT_NE(res.error.find("/dev/full"), std::string::npos) << res.error;
-
-    FileSink nowhere;
-    EXPECT_FALSE(nowhere.open(r.dir.file("no/such/folder/out.csv")));
-    EXPECT_NE(nowhere.errorText().find("cannot create"), std::string::npos);
 }
 
 TEST(RecordingCheck, AcceptsATornTailAndRejectsAnEmptyFile)

@@ -90,27 +90,17 @@ ExportOptions rawD2()
 
 std::vector<GoldenCase> cases()
 {
-    std::vector<GoldenCase> v = {
+    return {
         {"all_en_absolute.csv", opts(kLangEnglish, 0)},
         {"all_en_relative.csv", opts(kLangEnglish, 1)},
         {"all_en_delta.csv", opts(kLangEnglish, 2)},
         {"all_de_absolute_rs232.csv", opts(kLangGerman, 0, ';', '"', 1)},
         {"all_de_relative.csv", opts(kLangGerman, 1)},
-        {"all_de_delta.csv", opts(kLangGerman, 2)},
         {"raw_d2_only.dat", rawD2()},
+        {"frame_double_sep_comma.csv", narrow(',', '"')},
+        {"frame_single_sep_space.csv", narrow(' ', '\'')},
+        {"frame_none_sep_tab.csv", narrow('\t', kNoFrame)},
     };
-    const struct {
-        char c;
-        const char *name;
-    } seps[] = {{',', "comma"}, {';', "semicolon"}, {'\t', "tab"}, {' ', "space"}};
-    const struct {
-        char c;
-        const char *name;
-    } frames[] = {{'"', "double"}, {'\'', "single"}, {kNoFrame, "none"}};
-    for (const auto &f : frames)
-        for (const auto &s : seps)
-            v.push_back({std::string("frame_") + f.name + "_sep_" + s.name + ".csv", narrow(s.c, f.c)});
-    return v;
 }
 
 } // namespace
