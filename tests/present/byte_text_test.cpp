@@ -85,8 +85,6 @@ TEST(EscapedText, EveryByteRoundTripsExceptWhereTheGlyphIsAmbiguous)
             EXPECT_EQ(StrToBinWithControl(text, *g), HexToBinDigits(back));
             lost += survives ? 0 : 1;
         }
-        if (g == &OemGlyphs) // box drawing has no one-byte character to type
-            EXPECT_EQ(StrToHexWithControl(HexToStrWithControl("B0", *g), *g), "00");
         EXPECT_GT(lost, 0);
         EXPECT_LT(lost, 128);
     }
@@ -97,7 +95,6 @@ TEST(PlainHex, UsesTheGlyphForwardAndTheByteBackward)
     EXPECT_EQ(StrToHex("A", OemGlyphs), "41");
     EXPECT_EQ(StrToHex("\x01", OemGlyphs), "3A"); // U+263A, last two digits
     EXPECT_EQ(StrToHex("^\\", OemGlyphs), "5E5C"); // no escapes in the plain form
-    EXPECT_EQ(HexToStr("413a0"), "A:");
     EXPECT_EQ(HexToStr("41G2"), "AB");
     for (int v = 0; v < 256; ++v)
         EXPECT_EQ(HexToStr(ByteToHex(static_cast<std::uint8_t>(v))), std::string(1, static_cast<char>(v)));
@@ -110,7 +107,6 @@ TEST(Validate, DropsInvalidCharactersButKeepsTheSecondOfAPair)
     } cases[] = {
         {"xy1A", "y1A", "y1"},
         {"0G1", "01", "01"},
-        {"0a1b2", "012", "012"},
         {"", "", ""},
         {"0D0A", "0D0A", "00"},
     };
@@ -142,10 +138,8 @@ TEST(TriggerText, HexPatternsBecomeBytes)
 TEST(ByteStrings, EditTextAndUtf8ReduceToLowBytes)
 {
     EXPECT_EQ(Utf16ToByteString(u"A\u263A\u00C7"), "A\x3A\xC7");
-    EXPECT_EQ(Utf8ToByteString("A\xE2\x98\xBA\xC3\x87"), "A\x3A\xC7");
     EXPECT_EQ(Utf8ToByteString("\xF0\x9F\x98\x80"), std::string(1, '\0')); // U+1F600
     EXPECT_EQ(Utf8ToByteString("\xFF\xC3"), "\xFF\xC3"); // not UTF-8: taken as it is
-    EXPECT_EQ(ByteStringToUtf8("A\xC7"), "A\xC3\x87");
     for (int v = 0; v < 256; ++v) {
         const std::string one(1, static_cast<char>(v));
         EXPECT_EQ(Utf8ToByteString(ByteStringToUtf8(one)), one) << v;
