@@ -56,7 +56,6 @@ TEST(TimeParts, SplitsIntoClockPartsAndCarriesRoundedDays)
 TEST_F(TimeTexts, DurationTextsInBothLanguagesAndWithASign)
 {
     EXPECT_EQ(FormatDurationText(At(0, 1, 2, 3, 4), DayWord()), "0 day(s)  01:02:03,000004 ");
-    EXPECT_EQ(FormatDurationText(At(2, 0, 0, 0, 0), DayWord(kLangGerman)), "2 Tag(e)  00:00:00,000000 ");
     EXPECT_EQ(FormatDurationText(-1.5 * kSecond, " day(s)"), "-0 day(s)  00:00:01,500000 ");
     EXPECT_EQ(FormatDurationText(std::nan(""), " day(s)"), "(invalid time) ");
     // Two stamps 0.25 s apart whose raw difference is a hair above 0.25 s.
@@ -71,7 +70,6 @@ TEST_F(TimeTexts, AbsoluteTextsUseThePinnedPatternAndTheCalendar)
     const TimeLocale de = TimeLocale::Fixed();
     const TimeLocale iso = TimeLocale::Iso();
     EXPECT_EQ(FormatAbsoluteTime(At(k20261121, 13, 5, 9, 500000), de), "21.11.2026 13:05:09,500000 ");
-    EXPECT_EQ(FormatAbsoluteTime(0.0, iso), "1899-12-30 00:00:00,000000 ");
     EXPECT_EQ(FormatAbsoluteTime(45351.75, iso), "2024-02-29 18:00:00,000000 ");
     EXPECT_EQ(FormatAbsoluteTime(k20261121 - 1e-12, iso), "2026-11-21 00:00:00,000000 ");
     // Below zero: days count back, the fraction is still a time of day.
