@@ -47,16 +47,3 @@ TEST(MpRecord, DecodeKeepsEveryByteOfARandomRecord)
         in[i] = static_cast<std::uint8_t>(i * 37 + 11);
     EXPECT_EQ(EncodeMp(DecodeMp(in.data())), in);
 }
-
-TEST(MpRecord, MarkKinds)
-{
-    MpRecord mp;
-    EXPECT_FALSE(mp.isSystemMark());
-    EXPECT_FALSE(mp.isTriggerMark());
-    mp.markCode = 2;
-    EXPECT_TRUE(mp.isTriggerMark());
-    mp.markKind = kSystemMarkKind;
-    EXPECT_TRUE(mp.isSystemMark());
-    EXPECT_FALSE(mp.isTriggerMark());
-    EXPECT_EQ(MpOffset(100'000'000), 8'000'000'000ULL);
-}
