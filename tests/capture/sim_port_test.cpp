@@ -1,5 +1,5 @@
 // The simulated line on a virtual clock: pacing, FIFO chunks, modem lines,
-// errors, port loss, status triggers, and the scenario text format.
+// overruns, and the scenario text format.
 
 #include <gtest/gtest.h>
 
@@ -94,45 +94,6 @@ TEST_F(SimFixture, ModemWordsDeltasAndTheTrailingEdgeOfRing)
     EXPECT_EQ(logB.notes, (std::vector<std::string>{"modem"}));
 }
 
-TEST_F(SimFixture, StatusTriggersFireOnceUntilArmedAgain)
-{
-    start("error B parity framing\nwait 1ms\nerror B overrun\nwait 1ms\nerror B break\n");
-    SimPort &b = line->portB();
-    const int lineTrig = b.addStatusTrigger(StatusTriggerKind::Line);
-    const int modemTrig = b.addStatusTrigger(StatusTriggerKind::Modem);
-    ASSERT_TRUE(b.setStatusTrigger(lineTrig, 15, true));
-    ASSERT_TRUE(b.setStatusTrigger(modemTrig, 180, true));
-    at(0);
-    at(1 * kMs); // not armed again: no second firing
-    ASSERT_TRUE(b.setStatusTrigger(lineTrig, LineError::Parity, true));
-    at(2 * kMs); // armed, but break is not in the mask
-    const std::string t = "tstatus " + std::to_string(lineTrig);
-    EXPECT_EQ(logB.notes, (std::vector<std::string>{"error 6", t, "error 1", "error 8"}));
-    EXPECT_FALSE(b.setStatusTrigger(9999, 15, true));
-}
-
-TEST_F(SimFixture, ClosedPortDropsBytesButKeepsItsLineLevels)
-{
-    start("modem A DCD\na \"lost\"\nwait 1ms\n", false);
-    at(10 * kMs);
-    EXPECT_EQ(line->droppedBytes(), 4u);
-    ASSERT_TRUE(line->portA().open());
-    EXPECT_EQ(line->portA().modemStatus() & 0xF0, Msr::Dcd);
-    EXPECT_FALSE(line->portA().charReady());
-}
-
-TEST_F(SimFixture, LostPortIsReportedOnceAndCannotReopenUntilReconnected)
-{
-    start("a \"x\"\nlost A\nlost A\na \"y\"\n");
-    at(10 * kMs);
-    EXPECT_EQ(logA.notes, (std::vector<std::string>{"data 1", "lost"}));
-    line->portA().close();
-    EXPECT_FALSE(line->portA().open());
-    EXPECT_FALSE(line->portA().errorText().empty());
-    line->reconnect(kSimPortA);
-    EXPECT_TRUE(line->portA().open());
-}
-
 TEST_F(SimFixture, InjectedOverflowIsLostVisiblyAsAnOverrun)
 {
     start("");
@@ -209,22 +170,6 @@ TEST(Scenario, GarbageNeverCrashesAndErrorsAlwaysNameALine)
             EXPECT_FALSE(err.reason.empty()) << text;
         }
     }
-}
-
-TEST_F(SimFixture, BuiltInDemoLooksLikeARealLine)
-{
-    ScenarioError err;
-    ASSERT_TRUE(LoadScenario("", err)) << "the shipped demo must parse: " << err.text();
-    start(std::string(DemoScenarioText()));
-    for (std::int64_t t = 0; t < 4000 * kMs; t += kMs)
-        at(t);
-    EXPECT_NE(logB.bytes.find("ATDT"), std::string::npos);
-    EXPECT_NE(logA.bytes.find("CONNECT 9600"), std::string::npos);
-    EXPECT_NE(logA.bytes.find('\x02'), std::string::npos); // STX
-    EXPECT_NE(logA.bytes.find('\x03'), std::string::npos); // ETX
-    EXPECT_GE(logA.count("error 2"), 1);                   // parity error on D2
-    EXPECT_GE(logB.count("error 4"), 1);                   // framing error on D1
-    EXPECT_FALSE(line->finished()); // loops for ever
 }
 
 } // namespace
