@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "capture/record_summary.h"
+#include "pty_pair.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
@@ -241,37 +242,13 @@ TEST_F(CliFixture, BadInvocationsSayWhyAndExitNonZero)
     EXPECT_EQ(summary().mpCount, before.mpCount);
 }
 
-namespace {
-
-// A pseudo-terminal pair: the test writes into the master, kestrel-cli reads the slave.
-struct Pty {
-    Pty()
-    {
-        master = ::posix_openpt(O_RDWR | O_NOCTTY);
-        ::fcntl(master, F_SETFD, FD_CLOEXEC); // kestrel-cli must not hold our end open
-        ::grantpt(master);
-        ::unlockpt(master);
-        slave = ::ptsname(master);
-    }
-    ~Pty()
-    {
-        if (master >= 0)
-            ::close(master);
-    }
-    void send(const std::string &bytes) const { ASSERT_EQ(::write(master, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size())); }
-    int master = -1;
-    std::string slave;
-};
-
-} // namespace
-
 TEST_F(CliFixture, RealPortsRecordEveryByteAndStopWhenUnplugged)
 {
     for (const bool unplug : {false, true}) {
-        Pty a, b;
+        test::PtyPair a, b;
         ASSERT_GE(a.master, 0);
-        const std::vector<std::string> args{"record", "-o", ksr, "--replace", "--port-a", a.slave,
-                                            "--port-b", b.slave, "--baud", "115200"};
+        const std::vector<std::string> args{"record", "-o", ksr, "--replace", "--port-a", a.slavePath,
+                                            "--port-b", b.slavePath, "--baud", "115200"};
         std::filesystem::remove(ksr);
         const pid_t pid = startCli(args, out);
         ASSERT_TRUE(waitForRecording());
@@ -283,8 +260,7 @@ TEST_F(CliFixture, RealPortsRecordEveryByteAndStopWhenUnplugged)
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
         if (unplug) {
-            ::close(a.master); // the other side goes away: the port is lost
-            a.master = -1;
+            a.closeMaster(); // the other side goes away: the port is lost
         } else {
             ::kill(pid, SIGTERM);
         }

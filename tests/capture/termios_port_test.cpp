@@ -19,6 +19,7 @@
 #include "capture/port_settings.h"
 #include "capture/termios_port.h"
 #include "note_log.h"
+#include "pty_pair.h"
 #include "support/event_loop.h"
 #include "support/temp_dir.h"
 
@@ -28,30 +29,8 @@ namespace {
 using test::NoteLog;
 using test::SpinUntil;
 
-struct Pty {
-    int master = -1;
-    std::string slavePath;
-    Pty()
-    {
-        master = posix_openpt(O_RDWR | O_NOCTTY);
-        if (master >= 0 && grantpt(master) == 0 && unlockpt(master) == 0)
-            slavePath = ptsname(master);
-    }
-    ~Pty() { closeMaster(); }
-    void closeMaster()
-    {
-        if (master >= 0)
-            ::close(master);
-        master = -1;
-    }
-    void write(const std::string &bytes) const
-    {
-        ASSERT_EQ(::write(master, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-    }
-};
-
 struct TermiosFixture : ::testing::Test {
-    Pty pty;
+    test::PtyPair pty;
     NoteLog log;
     TermiosPort port;
     int slaveFd = -1; // the test's own view of the slave settings
@@ -118,12 +97,12 @@ TEST_F(TermiosFixture, MarkedBytesBecomeLineErrorsBeforeTheirByte)
     s.parity = Parity::Even;
     openPort(s);
     clearParmrk();
-    pty.write(std::string("ab\xff\x00X", 5));
+    pty.send(std::string("ab\xff\x00X", 5));
     ASSERT_TRUE(SpinUntil([&] { return log.bytes.size() >= 3; }));
     // Split across two reads, and a break (a marked zero byte).
-    pty.write("\xff");
+    pty.send("\xff");
     SpinUntil([] { return false; }, 30);
-    pty.write(std::string("\x00Y\xff\x00\x00", 5));
+    pty.send(std::string("\x00Y\xff\x00\x00", 5));
     ASSERT_TRUE(SpinUntil([&] { return log.bytes.size() >= 5; }));
     EXPECT_EQ(log.bytes, std::string("abXY\0", 5));
     std::vector<std::string> errors;
@@ -165,7 +144,7 @@ TEST_F(TermiosFixture, FullBufferHoldsTheReaderBackAndLosesNothing)
 TEST_F(TermiosFixture, OtherSideClosingIsPortLostOnce)
 {
     openPort();
-    pty.write("z");
+    pty.send("z");
     ASSERT_TRUE(SpinUntil([&] { return log.bytes == "z"; }));
     pty.closeMaster();
     ASSERT_TRUE(SpinUntil([&] { return log.count("lost") >= 1; }));
@@ -186,7 +165,7 @@ TEST_F(TermiosFixture, CloseWhileThreadsAreBlockedDoesNotHang)
     }
     // Closed ports report nothing, even for bytes that were already on their way.
     openPort();
-    pty.write("late");
+    pty.send("late");
     port.close();
     SpinUntil([] { return false; }, 30);
     EXPECT_EQ(log.count("data"), 0);
