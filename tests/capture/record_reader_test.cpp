@@ -29,14 +29,3 @@ TEST(RecordReader, SingleAndBlockReadsAgreeAndATornTailCountsOnlyWholeRecords)
     MpRecord mp;
     EXPECT_FALSE(r.read(1000, mp));
 }
-
-TEST(RecordReader, MissingFileAndDirectoryFailWithText)
-{
-    test::TempDir dir;
-    RecordReader r;
-    EXPECT_FALSE(r.open(dir.file("nope.ksr")));
-    EXPECT_FALSE(r.errorText().empty());
-    EXPECT_FALSE(r.open(dir.path().string()));
-    EXPECT_FALSE(r.isOpen());
-    EXPECT_EQ(r.recordCount(), 0u);
-}
