@@ -14,7 +14,7 @@
 #include <string>
 #include <unistd.h>
 
-#include "capture/mp_record.h"
+#include "record/mp_record.h"
 #include "present/grid/record_grid.h"
 
 using namespace kestrel;

@@ -19,10 +19,10 @@
 #include <fstream>
 #include <string>
 
-#include "app/console_prompter.h"
+#include "base/console_prompter.h"
 #include "app/main_form.h"
-#include "capture/record_reader.h"
-#include "capture/sim_port.h"
+#include "record/record_reader.h"
+#include "ports/sim_port.h"
 
 namespace {
 

@@ -15,11 +15,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "app/prompt.h"
+#include "base/prompt.h"
 #include "capture/capture.h"
-#include "capture/clock.h"
-#include "capture/sim_port.h"
-#include "capture/termios_port.h"
+#include "record/clock.h"
+#include "ports/sim_port.h"
+#include "ports/termios_port.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include "present/byte_render.h"
 #include "present/time_text.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 using namespace kestrel;
 

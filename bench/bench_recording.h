@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-#include "capture/mp_record.h"
-#include "capture/record_reader.h"
+#include "record/mp_record.h"
+#include "record/record_reader.h"
 
 namespace kestrel::bench {
 

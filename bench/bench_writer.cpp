@@ -12,15 +12,16 @@
 #include <string>
 #include <unistd.h>
 
-#include "app/prompt.h"
+#include "base/prompt.h"
 #include "capture/capture.h"
 #include "capture/capture_wiring.h"
-#include "capture/clock.h"
-#include "capture/record_reader.h"
+#include "record/clock.h"
+#include "record/record_reader.h"
 #include "capture/recorder.h"
-#include "capture/sim_port.h"
-#include "capture/record_file.h"
-#include "capture/record_store.h"
+#include "ports/port_timing.h"
+#include "ports/sim_port.h"
+#include "record/record_file.h"
+#include "record/record_store.h"
 
 using namespace kestrel;
 
@@ -34,12 +35,12 @@ double run(const std::string &path, int burstSize)
     RecordStore store(clock);
     RecordFile file;
     file.setPath(path);
-    if (!file.create(RecordHandle::Record)) {
-        std::fprintf(stderr, "bench_writer: cannot create %s: %s\n", path.c_str(), file.errorText().c_str());
+    if (const Result made = file.create(RecordHandle::Record); !made) {
+        std::fprintf(stderr, "bench_writer: cannot create %s: %s\n", path.c_str(), made.detail.c_str());
         std::exit(1);
     }
     store.setSink(&file);
-    store.SetLineTiming({921600, 8, Parity::None, StopBits::One});
+    store.SetLineTiming(ComputeLineTiming({921600, 8, Parity::None, StopBits::One}, store.frequency()));
     store.ResetCounters();
     (void)store.WriteSystemMark(SystemMark::NewFile, true);
     (void)store.WriteSystemMark(SystemMark::Started);
@@ -61,14 +62,14 @@ double run(const std::string &path, int burstSize)
                 e.d2 = static_cast<std::uint8_t>(~byte);
                 e.d2Valid = (byte & 3) == 0;
                 if (store.RecordComEvent(static_cast<std::uint16_t>(i)) != WriteResult::Ok) {
-                    std::fprintf(stderr, "bench_writer: write failed: %s\n", file.errorText().c_str());
+                    std::fprintf(stderr, "bench_writer: write failed: %s\n", file.writeError().c_str());
                     std::exit(1);
                 }
                 e.clearData();
                 ++byte;
             }
             if (burstSize > 1 && store.endBurst() != WriteResult::Ok) {
-                std::fprintf(stderr, "bench_writer: write failed: %s\n", file.errorText().c_str());
+                std::fprintf(stderr, "bench_writer: write failed: %s\n", file.writeError().c_str());
                 std::exit(1);
             }
             mps += static_cast<std::uint64_t>(burstSize);

@@ -5,7 +5,7 @@
 #include <QIcon>
 #include <array>
 
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

@@ -1,6 +1,6 @@
 #include "app/close_query.h"
 
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

@@ -3,7 +3,7 @@
 // while recording, ask whether to close, close the record file's handles,
 // offer to save a changed environment, save the configuration.
 
-#include "app/prompt.h"
+#include "base/prompt.h"
 
 namespace kestrel {
 

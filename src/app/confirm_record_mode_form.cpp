@@ -7,7 +7,7 @@
 #include <QToolTip>
 #include <QVBoxLayout>
 
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

@@ -13,7 +13,7 @@
 #include "app/startup_args.h"
 #include "config/data_folder.h"
 #include "config/program_config.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace {
 

@@ -30,14 +30,14 @@
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
 #include "app/signal_light.h"
-#include "capture/clock.h"
-#include "capture/record_store.h"
+#include "record/clock.h"
+#include "record/record_store.h"
 #include "capture/recorder.h"
 #include "config/environment.h"
 #include "config/hardware_profile.h"
 #include "config/program_config.h"
 #include "config/startup_settings.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

@@ -12,7 +12,7 @@
 
 #include "app/close_query.h"
 #include "capture/receive_event.h"
-#include "capture/record_file.h"
+#include "record/record_file.h"
 #include "capture/recorder_view.h"
 
 #include "app/control_lock.h"

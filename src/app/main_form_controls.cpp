@@ -14,9 +14,9 @@
 #include "app/signal_light.h"
 #include "app/signal_light_controller.h"
 #include "app/line_gauge.h"
-#include "capture/record_store.h"
+#include "record/record_store.h"
 #include "present/grid/record_grid.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

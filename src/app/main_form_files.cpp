@@ -10,14 +10,16 @@
 #include "app/action_registry.h"
 #include "app/main_form.h"
 #include "app/monitored_ports.h"
-#include "capture/clock.h"
-#include "capture/record_file.h"
+#include "record/clock.h"
+#include "base/error_report.h"
+#include "capture/changed_record_file.h"
+#include "record/record_file.h"
 #include "capture/recorder.h"
 #include "config/environment.h"
 #include "config/port_combo.h"
 #include "config/program_config.h"
 #include "config/record_setup.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 
@@ -112,11 +114,12 @@ void TFormMain::ShowChangedRecordFile()
     const auto folder = std::filesystem::path(recordFile_.path()).parent_path();
     if (!folder.empty())
         std::filesystem::create_directories(folder, ec); // a failure is reported as 3002 below
-    const ChangedRecordFile r = kestrel::ShowChangedRecordFile(recordFile_, *prompter_);
-    if (r.ok) {
-        if (r.environmentChanged)
-            envChanged_ = true;
+    const ChangedRecordFile r = OpenChangedRecordFile(recordFile_);
+    if (r.result) {
+        envChanged_ = true;
         redrawGrid(); // opens the file in the grid, from its first row
+    } else {
+        ReportError(*prompter_, 3000, r.result.code, {"RecordFile", __LINE__}, r.result.detail);
     }
     updateSizeLabel();
 }

@@ -25,7 +25,7 @@
 #include "app/signal_light.h"
 #include "app/signal_light_controller.h"
 #include "present/grid/record_grid.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

@@ -16,13 +16,14 @@
 #include "app/monitored_ports.h"
 #include "app/signal_light.h"
 #include "app/signal_light_controller.h"
-#include "capture/port_scan.h"
-#include "capture/record_paths.h"
-#include "capture/record_store.h"
+#include "ports/port_scan.h"
+#include "ports/port_timing.h"
+#include "record/record_paths.h"
+#include "record/record_store.h"
 #include "capture/recorder.h"
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 
@@ -61,7 +62,9 @@ void TFormMain::createRecorder(const MainFormOptions &options)
         h.portLost = [this](ComPort &port, const std::string &reason) {
             recorder_->onPortLost(port.device(), reason);
         };
-        h.settingsApplied = [this](const PortSettings &s) { store_->SetLineTiming(s); };
+        h.settingsApplied = [this](const PortSettings &s) {
+            store_->SetLineTiming(ComputeLineTiming(s, store_->frequency()));
+        };
         h.environmentChanged = [this] { envChanged_ = true; };
     }
 }

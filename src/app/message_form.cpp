@@ -12,7 +12,7 @@
 #include <QPushButton>
 #include <QSvgRenderer>
 
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

@@ -8,7 +8,7 @@
 #include <QPixmap>
 #include <array>
 
-#include "app/prompt.h"
+#include "base/prompt.h"
 
 class QLabel;
 class QPushButton;

@@ -1,10 +1,10 @@
 #include "app/monitored_ports.h"
 
-#include "capture/termios_port.h"
-#include "capture/record_store.h"
-#include "capture/scenario.h"
-#include "capture/sim_port.h"
-#include "resources/string_table.h"
+#include "ports/termios_port.h"
+#include "record/record_store.h"
+#include "ports/scenario.h"
+#include "ports/sim_port.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

@@ -5,7 +5,7 @@
 #include <QProgressBar>
 #include <QVBoxLayout>
 
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

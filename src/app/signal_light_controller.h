@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "capture/mp_record.h"
+#include "record/mp_record.h"
 
 namespace kestrel {
 

@@ -5,8 +5,8 @@
 #include <charconv>
 #include <string_view>
 
-#include "app/error_report.h"
-#include "resources/string_table.h"
+#include "base/error_report.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

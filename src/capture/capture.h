@@ -17,10 +17,10 @@
 #include <string>
 #include <vector>
 
-#include "app/prompt.h"
-#include "capture/com_event.h"
-#include "capture/com_port.h"
-#include "capture/port_settings.h"
+#include "base/prompt.h"
+#include "record/com_event.h"
+#include "ports/com_port.h"
+#include "ports/port_settings.h"
 
 namespace kestrel {
 

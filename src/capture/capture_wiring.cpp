@@ -1,5 +1,7 @@
 #include "capture/capture_wiring.h"
 
+#include "ports/port_timing.h"
+
 namespace kestrel {
 
 void ConnectCaptureToRecorder(Capture &capture, Recorder &recorder, RecordStore &store, ReceiveEvent &event)
@@ -15,7 +17,9 @@ void ConnectCaptureToRecorder(Capture &capture, Recorder &recorder, RecordStore 
         recorder.endBurst(); // every MP of the burst is in the file before the event is set
         event.set();
     };
-    h.settingsApplied = [&store](const PortSettings &portA) { store.SetLineTiming(portA); };
+    h.settingsApplied = [&store](const PortSettings &portA) {
+        store.SetLineTiming(ComputeLineTiming(portA, store.frequency()));
+    };
     h.portLost = [&recorder](ComPort &port, const std::string &reason) { recorder.onPortLost(port.device(), reason); };
 }
 

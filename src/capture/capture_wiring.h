@@ -5,7 +5,7 @@
 
 #include "capture/capture.h"
 #include "capture/receive_event.h"
-#include "capture/record_store.h"
+#include "record/record_store.h"
 #include "capture/recorder.h"
 #include "capture/recorder_ports.h"
 

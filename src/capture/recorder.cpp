@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <thread>
 
-#include "app/error_report.h"
-#include "capture/record_paths.h"
-#include "resources/string_table.h"
+#include "base/error_report.h"
+#include "record/record_paths.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 namespace {
@@ -79,17 +79,18 @@ void Recorder::SetRecordOffControls()
     view_->setLightsMonitoring(false);
 }
 
-void Recorder::reportFile(int messageNumber, int line)
+void Recorder::reportFile(int messageNumber, const std::string &reason, int line)
 {
     std::string detail = "\n\n" + file_.path();
-    if (!file_.errorText().empty())
-        detail += "\n" + file_.errorText();
+    if (!reason.empty())
+        detail += "\n" + reason;
     ReportError(prompter_, kTitleFile, messageNumber, {"Recorder", line}, detail);
 }
 
-int Recorder::failLoad(int messageNumber, int line)
+int Recorder::failLoad(int messageNumber, const Result &why, int line)
 {
-    reportFile(messageNumber, line);
+    // A file held by another recorder says so; any other failure gives the system's reason.
+    reportFile(messageNumber, why.code == kRecordFileBusy ? Str(kRecordFileBusy) : why.detail, line);
     file_.close(RecordHandle::Record);
     SetRecordOffControls();
     recordMode_ = RecordMode::None;
@@ -190,8 +191,8 @@ int Recorder::LoadRecorder()
     }
 
     if (file_.exists()) {
-        if (!file_.open(RecordHandle::Record))
-            return failLoad(kMsgOpenFailed, __LINE__);
+        if (Result r = file_.open(RecordHandle::Record); !r)
+            return failLoad(kMsgOpenFailed, r, __LINE__);
         // A file without a whole record holds no data: replace it without asking.
         if (file_.recordCount() == 0)
             recordMode_ = RecordMode::Replace;
@@ -209,25 +210,26 @@ int Recorder::LoadRecorder()
 
     switch (recordMode_) {
     case RecordMode::Append:
-        if (!file_.isOpen(RecordHandle::Record) && !file_.open(RecordHandle::Record))
-            return failLoad(kMsgOpenFailed, __LINE__);
+        if (!file_.isOpen(RecordHandle::Record))
+            if (Result r = file_.open(RecordHandle::Record); !r)
+                return failLoad(kMsgOpenFailed, r, __LINE__);
         break;
     case RecordMode::Replace:
         file_.close(RecordHandle::View);
         file_.close(RecordHandle::Record);
         view_->resetViewToStart();
-        if (!file_.removeFile())
-            return failLoad(kMsgDeleteFailed, __LINE__);
-        if (!file_.create(RecordHandle::Record))
-            return failLoad(kMsgCreateFailed, __LINE__);
-        if (!file_.open(RecordHandle::View))
-            return failLoad(kMsgOpenFailed, __LINE__);
+        if (Result r = file_.removeFile(); !r)
+            return failLoad(kMsgDeleteFailed, r, __LINE__);
+        if (Result r = file_.create(RecordHandle::Record); !r)
+            return failLoad(kMsgCreateFailed, r, __LINE__);
+        if (Result r = file_.open(RecordHandle::View); !r)
+            return failLoad(kMsgOpenFailed, r, __LINE__);
         store_.ResetComEvent();
         store_.ResetCounters();
         break;
     default: // new file
-        if (!file_.create(RecordHandle::Record))
-            return failLoad(kMsgCreateFailed, __LINE__);
+        if (Result r = file_.create(RecordHandle::Record); !r)
+            return failLoad(kMsgCreateFailed, r, __LINE__);
         if (!file_.isOpen(RecordHandle::View))
             (void)file_.open(RecordHandle::View); // readers only; recording does not need it
         store_.ResetComEvent();
@@ -265,7 +267,7 @@ int Recorder::LoadRecorder()
     if (written != WriteResult::Ok) {
         writeFailed_ = true;
         file_.close(RecordHandle::Record);
-        reportFile(kMsgWriteFailed, __LINE__);
+        reportFile(kMsgWriteFailed, file_.writeError(), __LINE__);
         SetRecordOffControls();
         recordMode_ = RecordMode::None;
         return recordMode_;
@@ -362,7 +364,7 @@ void Recorder::noteWrite(int result)
     // Report a full disk once and stop: recording on would only lose more.
     writeFailed_ = true;
     post_([this] {
-        reportFile(kMsgWriteFailed, __LINE__);
+        reportFile(kMsgWriteFailed, file_.writeError(), __LINE__);
         if (loaded())
             btnStopClick();
     });

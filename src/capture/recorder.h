@@ -10,9 +10,9 @@
 #include <functional>
 #include <string>
 
-#include "app/prompt.h"
-#include "capture/record_file.h"
-#include "capture/record_store.h"
+#include "base/prompt.h"
+#include "record/record_file.h"
+#include "record/record_store.h"
 #include "capture/recorder_ports.h"
 #include "capture/recorder_view.h"
 
@@ -109,9 +109,9 @@ public:
 private:
     void SetRecordOnControls();
     void SetRecordOffControls();
-    void reportFile(int messageNumber, int line);
+    void reportFile(int messageNumber, const std::string &reason, int line);
     void noteWrite(int result);
-    int failLoad(int messageNumber, int line);
+    int failLoad(int messageNumber, const Result &why, int line);
 
     RecordStore &store_;
     RecordFile &file_;

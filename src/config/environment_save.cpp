@@ -1,6 +1,6 @@
 #include "config/environment_save.h"
 
-#include "app/error_report.h"
+#include "base/error_report.h"
 
 namespace kestrel {
 

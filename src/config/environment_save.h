@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "app/prompt.h"
+#include "base/prompt.h"
 #include "config/environment.h"
 
 namespace kestrel {

@@ -1,7 +1,7 @@
 #include "config/options_confirm.h"
 
-#include "app/error_report.h"
-#include "resources/string_table.h"
+#include "base/error_report.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "app/prompt.h"
+#include "base/prompt.h"
 #include "config/hardware_profile.h"
 #include "config/program_config.h"
 

@@ -3,9 +3,9 @@
 #include <charconv>
 #include <optional>
 
-#include "export/mark_text.h"
+#include "present/mark_text.h"
 #include "present/byte_render.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 namespace {
@@ -65,16 +65,6 @@ void AppendFramed(std::string &out, std::string_view text, char frame)
     out += frame;
 }
 
-std::string ErrorLetters(bool pe, bool fe, bool le, int langOffset)
-{
-    std::string letters;
-    const bool set[3] = {pe, fe, le};
-    for (int k = 0; k < 3; ++k)
-        if (set[k])
-            letters += StrIn(ExportText::ParityLetter + k, langOffset);
-    return letters;
-}
-
 std::string BuildCSVColumn(std::uint8_t byte, char frame)
 {
     std::string out;
@@ -87,12 +77,12 @@ std::string BuildCSVHeadLine(const ExportOptions &o)
     const ExportColumns &c = o.columns;
     std::string line;
     if (c.prefix)
-        appendField(line, StrIn(ExportText::MarkTrigger, o.langOffset), o);
+        appendField(line, StrIn(ColumnText::MarkTrigger, o.langOffset), o);
     if (c.mpNo)
-        appendField(line, StrIn(ExportText::EventNo, o.langOffset), o);
+        appendField(line, StrIn(ColumnText::EventNo, o.langOffset), o);
     if (c.timestamp) {
         const int mode = o.timeMode >= 0 && o.timeMode <= 2 ? o.timeMode : 0;
-        appendField(line, StrIn(ExportText::DateTime, o.langOffset) + StrIn(ExportText::TimeModeSuffix + mode, o.langOffset), o);
+        appendField(line, StrIn(ColumnText::DateTime, o.langOffset) + StrIn(ColumnText::TimeModeSuffix + mode, o.langOffset), o);
     }
     for (Circuit circuit : {Circuit::D1, Circuit::D2}) {
         if (!(circuit == Circuit::D1 ? c.d1 : c.d2))
@@ -120,7 +110,7 @@ std::string BuildCSVHeadLine(const ExportOptions &o)
             appendField(line, std::string(CircuitName(Circuit::D2, o.naming)) + "[PFL]", o);
     }
     if (c.description)
-        appendField(line, StrIn(ExportText::Description, o.langOffset), o);
+        appendField(line, StrIn(ColumnText::Description, o.langOffset), o);
     return line;
 }
 

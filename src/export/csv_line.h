@@ -15,21 +15,12 @@
 #include <string>
 #include <string_view>
 
-#include "capture/mp_record.h"
+#include "present/column_texts.h"
+#include "record/mp_record.h"
 #include "export/export_options.h"
 #include "export/export_time.h"
 
 namespace kestrel {
-
-// Column names (German under n, English under n + 10000).
-namespace ExportText {
-inline constexpr int MarkTrigger = 8155;
-inline constexpr int EventNo = 8156;
-inline constexpr int DateTime = 8157;
-inline constexpr int TimeModeSuffix = 8176; // + time mode: "-Absolute/Local", "-Relative", "-Delta"
-inline constexpr int Description = 8158;
-inline constexpr int ParityLetter = 4291;   // "P"; 4292 "F", 4293 "L"
-} // namespace ExportText
 
 [[nodiscard]] std::string BuildCSVHeadLine(const ExportOptions &options);
 
@@ -59,7 +50,5 @@ private:
 
 void AppendFramed(std::string &out, std::string_view text, char frame);
 
-// "P", "F", "L" (texts 4291-4293) for the flags that are set, in that order.
-[[nodiscard]] std::string ErrorLetters(bool pe, bool fe, bool le, int langOffset);
 
 } // namespace kestrel

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

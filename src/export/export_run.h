@@ -16,7 +16,7 @@
 #include <functional>
 #include <string>
 
-#include "capture/record_reader.h"
+#include "record/record_reader.h"
 #include "export/export_options.h"
 #include "export/export_sink.h"
 #include "export/export_time.h"

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "capture/mp_record.h"
+#include "record/mp_record.h"
 #include "present/time_text.h"
 
 namespace kestrel {

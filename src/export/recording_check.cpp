@@ -4,8 +4,8 @@ namespace kestrel {
 
 bool OpenRecording(RecordReader &reader, const std::string &path, std::string &error)
 {
-    if (!reader.open(path)) {
-        error = "cannot open " + path + (reader.errorText().empty() ? "" : ": " + reader.errorText());
+    if (const Result opened = reader.open(path); !opened) {
+        error = "cannot open " + path + (opened.detail.empty() ? "" : ": " + opened.detail);
         return false;
     }
     const std::uint64_t count = reader.recordCount();

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "capture/record_reader.h"
+#include "record/record_reader.h"
 
 namespace kestrel {
 

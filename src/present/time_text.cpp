@@ -6,7 +6,7 @@
 #include <langinfo.h>
 #include <locale.h>
 
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel {
 

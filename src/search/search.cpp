@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "search/block_cursor.h"
-#include "search/mp_fields.h"
+#include "record/block_cursor.h"
+#include "record/mp_fields.h"
 
 namespace kestrel {
 namespace {

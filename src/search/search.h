@@ -18,7 +18,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "capture/record_reader.h"
+#include "record/record_reader.h"
 #include "search/search_criteria.h"
 
 namespace kestrel {

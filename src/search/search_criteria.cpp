@@ -1,6 +1,6 @@
 #include "search/search_criteria.h"
 
-#include "search/mp_fields.h"
+#include "record/mp_fields.h"
 
 namespace kestrel {
 

@@ -7,8 +7,8 @@
 #include <functional>
 
 #include "app/message_form.h"
-#include "app/error_report.h"
-#include "resources/string_table.h"
+#include "base/error_report.h"
+#include "base/string_table.h"
 
 using namespace kestrel;
 

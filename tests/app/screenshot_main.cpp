@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "app/console_prompter.h"
+#include "base/console_prompter.h"
 #include "app/main_form.h"
 #include "present/grid/record_grid.h"
 

@@ -2,7 +2,7 @@
 
 #include "app/close_query.h"
 #include "app/startup_args.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 #include "support/scripted_prompter.h"
 
 using namespace kestrel;

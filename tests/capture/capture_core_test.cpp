@@ -8,9 +8,9 @@
 #include <deque>
 
 #include "capture/capture.h"
-#include "capture/clock.h"
-#include "capture/sim_port.h"
-#include "resources/string_table.h"
+#include "record/clock.h"
+#include "ports/sim_port.h"
+#include "base/string_table.h"
 #include "support/event_loop.h"
 #include "support/scripted_prompter.h"
 

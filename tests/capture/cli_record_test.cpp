@@ -15,8 +15,8 @@
 #include <thread>
 #include <unistd.h>
 
-#include "capture/record_summary.h"
-#include "pty_pair.h"
+#include "record/record_summary.h"
+#include "support/pty_pair.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;

@@ -4,7 +4,7 @@
 #include <optional>
 #include <thread>
 
-#include "capture/live_buffer.h"
+#include "record/live_buffer.h"
 #include "capture/receive_event.h"
 
 using namespace kestrel;

@@ -6,9 +6,9 @@
 #include <random>
 #include <vector>
 
-#include "capture/record_reader.h"
+#include "record/record_reader.h"
 #include "capture/recorder.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
 

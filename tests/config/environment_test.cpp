@@ -6,7 +6,7 @@
 
 #include "config/environment.h"
 #include "config/environment_save.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
 

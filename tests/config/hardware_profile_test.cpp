@@ -6,7 +6,7 @@
 #include "config/hardware_profile.h"
 #include "config/options_confirm.h"
 #include "config/startup_settings.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
 

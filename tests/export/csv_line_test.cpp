@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "export/csv_line.h"
-#include "export/mark_text.h"
+#include "present/mark_text.h"
 #include "only_columns.h"
 
 using namespace kestrel;

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "present/time_text.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 using namespace kestrel;
 

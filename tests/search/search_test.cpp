@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "search/block_cursor.h"
+#include "record/block_cursor.h"
 #include "search/search.h"
 #include "support/recording_builder.h"
 #include "support/temp_dir.h"

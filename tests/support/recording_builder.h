@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "capture/mp_record.h"
+#include "record/mp_record.h"
 
 namespace kestrel::test {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "resources/string_table.h"
+#include "base/string_table.h"
 #include "triggers/trigger_list.h"
 #include "triggers/trigger_texts.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "command.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel::cli {
 

@@ -10,7 +10,7 @@
 #include "export/csv_line.h"
 #include "export/export_args.h"
 #include "export/export_run.h"
-#include "export/mark_text.h"
+#include "present/mark_text.h"
 #include "export/recording_check.h"
 #include "present/byte_render.h"
 #include "present/time_text.h"
@@ -156,13 +156,13 @@ int runDump(const std::vector<std::string> &args)
     }
     std::string line;
     pad(line, "MP", numberWidth);
-    pad(line, cli::MessageText(ExportText::MarkTrigger, lang), markWidth);
-    pad(line, StrIn(ExportText::DateTime, lang) + StrIn(ExportText::TimeModeSuffix + timeMode, lang), timeWidth);
+    pad(line, cli::MessageText(ColumnText::MarkTrigger, lang), markWidth);
+    pad(line, StrIn(ColumnText::DateTime, lang) + StrIn(ColumnText::TimeModeSuffix + timeMode, lang), timeWidth);
     for (int c = 0; c < 8; ++c)
         pad(line, CircuitName(static_cast<Circuit>(c), naming), c < 2 ? byteWidth : 3);
     pad(line, std::string(CircuitName(Circuit::D1, naming)) + "Err", 5);
     pad(line, std::string(CircuitName(Circuit::D2, naming)) + "Err", 5);
-    line += StrIn(ExportText::Description, lang);
+    line += StrIn(ColumnText::Description, lang);
     std::puts(line.c_str());
 
     std::vector<MpRecord> block;

@@ -12,7 +12,7 @@
 #include "config/date_time_text.h"
 #include "config/environment.h"
 #include "config/record_setup.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 #include "triggers/trigger_texts.h"
 
 namespace {

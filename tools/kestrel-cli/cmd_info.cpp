@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <string>
 
-#include "capture/record_reader.h"
-#include "capture/record_summary.h"
+#include "record/record_reader.h"
+#include "record/record_summary.h"
 #include "command.h"
 
 namespace kestrel::cli {
@@ -138,8 +138,8 @@ int runInfo(const std::vector<std::string> &args)
         return kExitUsage;
     }
     RecordReader reader;
-    if (!reader.open(path)) {
-        std::fprintf(stderr, "kestrel-cli info: cannot open %s: %s\n", path.c_str(), reader.errorText().c_str());
+    if (const Result opened = reader.open(path); !opened) {
+        std::fprintf(stderr, "kestrel-cli info: cannot open %s: %s\n", path.c_str(), opened.detail.c_str());
         return kExitFailure;
     }
     const RecordingSummary s = SummarizeRecording(reader);

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "capture/port_scan.h"
+#include "ports/port_scan.h"
 #include "command.h"
 
 namespace kestrel::cli {

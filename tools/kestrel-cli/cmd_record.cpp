@@ -21,20 +21,20 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "app/console_prompter.h"
+#include "base/console_prompter.h"
 #include "capture/capture.h"
 #include "capture/capture_wiring.h"
-#include "capture/clock.h"
-#include "capture/record_file.h"
-#include "capture/record_store.h"
+#include "record/clock.h"
+#include "record/record_file.h"
+#include "record/record_store.h"
 #include "capture/recorder.h"
-#include "capture/scenario.h"
-#include "capture/sim_port.h"
-#include "capture/termios_port.h"
+#include "ports/scenario.h"
+#include "ports/sim_port.h"
+#include "ports/termios_port.h"
 #include "config/data_folder.h"
 #include "config/date_time_text.h"
 #include "config/record_setup.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 #include "command.h"
 
 namespace kestrel::cli {

@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "capture/scenario.h"
+#include "ports/scenario.h"
 #include "command.h"
 
 namespace kestrel::cli {

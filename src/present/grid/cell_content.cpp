@@ -2,7 +2,7 @@
 
 #include "present/grid/grid_texts.h"
 #include "present/grid/waveform.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel::grid {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "capture/record_reader.h"
+#include "record/record_reader.h"
 
 namespace kestrel::grid {
 

@@ -11,7 +11,7 @@
 #include <optional>
 #include <vector>
 
-#include "capture/mp_record.h"
+#include "record/mp_record.h"
 
 namespace kestrel {
 class RecordReader;

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 
-#include "export/csv_line.h"
+#include "present/column_texts.h"
 #include "present/grid/grid_texts.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel::grid {
 
@@ -178,13 +178,13 @@ std::string HeaderText(const ViewShape &shape, int col, int namingSet, int timeM
     const int naming = namingSet == kNamingPin ? 1 : 0;
     if (shape.view == kViewVertical) {
         switch (col) {
-        case 0: return StrIn(ExportText::MarkTrigger, lang);
-        case 1: return StrIn(ExportText::EventNo, lang);
+        case 0: return StrIn(ColumnText::MarkTrigger, lang);
+        case 1: return StrIn(ColumnText::EventNo, lang);
         case 2: {
             const int mode = timeMode >= 0 && timeMode <= 2 ? timeMode : 0;
-            return StrIn(ExportText::DateTime, lang) + StrIn(ExportText::TimeModeSuffix + mode, lang);
+            return StrIn(ColumnText::DateTime, lang) + StrIn(ColumnText::TimeModeSuffix + mode, lang);
         }
-        case 13: return StrIn(ExportText::Description, lang);
+        case 13: return StrIn(ColumnText::Description, lang);
         default:
             if (col >= 3 && col <= 12)
                 return kSignalHeaders[static_cast<std::size_t>(col - 3)][static_cast<std::size_t>(naming)];
@@ -194,7 +194,7 @@ std::string HeaderText(const ViewShape &shape, int col, int namingSet, int timeM
     if (col == 0)
         return StrIn(txt::kHeaderLine, lang);
     if (col == 1)
-        return StrIn(ExportText::EventNo, lang);
+        return StrIn(ColumnText::EventNo, lang);
     if (shape.view == kViewDataOnly) {
         if (col > shape.mpsPerRow + 2)
             return {};

@@ -4,8 +4,8 @@
 
 namespace kestrel::grid::txt {
 
-// The vertical view's column names are the CSV export's (ExportText in
-// export/csv_line.h); only the data views' first header is the grid's own.
+// The vertical view's column names are shared with the export (ColumnText in
+// present/column_texts.h); only the data views' first header is the grid's own.
 inline constexpr int kHeaderLine = 7707;
 
 // Box of the horizontal view button (that view does not exist).

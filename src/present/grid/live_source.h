@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "capture/mp_record.h"
+#include "record/mp_record.h"
 
 namespace kestrel::grid {
 

@@ -1,6 +1,6 @@
 #include "present/grid/mark_cell.h"
 
-#include "export/mark_text.h"
+#include "present/mark_text.h"
 
 namespace kestrel::grid {
 

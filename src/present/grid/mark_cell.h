@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "capture/mp_record.h"
+#include "record/mp_record.h"
 
 namespace kestrel::grid {
 

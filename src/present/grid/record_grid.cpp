@@ -9,12 +9,12 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "app/prompt.h"
+#include "base/prompt.h"
 #include "present/grid/glyph_painter.h"
 #include "present/grid/grid_texts.h"
 #include "present/grid/live_source.h"
 #include "present/grid/redraw_thread.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 namespace kestrel::grid {
 
@@ -98,8 +98,8 @@ bool RecordGrid::OpenRecording(const QString &path)
         error_ = Q(Str(txt::kNotARecordFile));
         return false;
     }
-    if (!reader_.open(path.toStdString())) {
-        error_ = Q(reader_.errorText());
+    if (const Result opened = reader_.open(path.toStdString()); !opened) {
+        error_ = Q(opened.detail);
         return false;
     }
     error_.clear();

@@ -13,7 +13,7 @@
 #include <QStringList>
 #include <memory>
 
-#include "capture/record_reader.h"
+#include "record/record_reader.h"
 #include "present/grid/cell_content.h"
 #include "present/grid/fetch_buffer.h"
 #include "present/grid/grid_keys.h"

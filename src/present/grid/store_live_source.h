@@ -5,7 +5,7 @@
 // RecordGrid::StartRedraw from RecorderView::startRedrawThread.
 
 #include "capture/receive_event.h"
-#include "capture/record_store.h"
+#include "record/record_store.h"
 #include "present/grid/live_source.h"
 
 namespace kestrel::grid {

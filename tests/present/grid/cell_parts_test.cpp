@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "export/mark_text.h"
+#include "present/mark_text.h"
 #include "present/grid/grid_layout.h"
 #include "present/grid/mark_cell.h"
 #include "present/grid/view_modes.h"
 #include "present/grid/waveform.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 using namespace kestrel;
 using namespace kestrel::grid;

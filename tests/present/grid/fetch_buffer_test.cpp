@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <fstream>
 
-#include "capture/record_reader.h"
+#include "record/record_reader.h"
 #include "present/grid/fetch_buffer.h"
 #include "support/temp_dir.h"
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "present/grid/grid_layout.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 
 using namespace kestrel;
 using namespace kestrel::grid;

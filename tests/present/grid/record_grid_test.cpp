@@ -18,7 +18,7 @@
 
 #include "present/grid/live_source.h"
 #include "present/grid/record_grid.h"
-#include "resources/string_table.h"
+#include "base/string_table.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
 
@@ -313,9 +313,9 @@ TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
     QApplication::processEvents(); // steps queued before the stop are dropped harmlessly
 }
 
-#include "capture/clock.h"
+#include "record/clock.h"
 #include "capture/receive_event.h"
-#include "capture/record_store.h"
+#include "record/record_store.h"
 #include "present/grid/store_live_source.h"
 
 namespace {

@@ -1,0 +1,242 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "record/record_store.h"
+
+using namespace kestrel;
+
+namespace {
+
+// Keeps what reached the "file"; refuses everything past a byte budget.
+class MemorySink final : public MpSink {
+public:
+    std::size_t appendRecords(const std::uint8_t *data, std::size_t bytes) override
+    {
+        ++writes;
+        std::size_t n = std::min(bytes, budget);
+        n -= n % kMpSize; // a disk that fills up mid-record still keeps whole records only
+        budget -= n;
+        bytes_.insert(bytes_.end(), data, data + n);
+        return n;
+    }
+    [[nodiscard]] std::vector<MpRecord> records() const
+    {
+        std::vector<MpRecord> out;
+        for (std::size_t at = 0; at + kMpSize <= bytes_.size(); at += kMpSize)
+            out.push_back(DecodeMp(bytes_.data() + at));
+        return out;
+    }
+    std::size_t budget = SIZE_MAX;
+    int writes = 0;
+
+private:
+    std::vector<std::uint8_t> bytes_;
+};
+
+constexpr std::int64_t kF = 1'000'000'000;
+
+struct StoreFixture : ::testing::Test {
+    ManualClock clock{46000.25, kF};
+    RecordStore store{clock};
+    MemorySink sink;
+    void SetUp() override
+    {
+        store.setSink(&sink);
+        store.SetLineTiming({10 * kF / 9600 + 1, 960.0}); // 9600 baud, 10 bits a character
+    }
+    void startNewFile()
+    {
+        store.ResetCounters();
+        ASSERT_EQ(store.WriteSystemMark(SystemMark::NewFile, true), 0);
+        ASSERT_EQ(store.WriteSystemMark(SystemMark::Started), 0);
+        store.RebaseCounter();
+    }
+    int byteOnD1(std::uint8_t b, std::uint16_t burst = 0)
+    {
+        store.pending().d1 = b;
+        store.pending().d1Valid = 1;
+        const int r = store.RecordComEvent(burst);
+        store.pending().clearData();
+        return r;
+    }
+};
+
+} // namespace
+
+TEST_F(StoreFixture, FreshFileStartsWithMarksZeroAndSixAndZeroCounters)
+{
+    startNewFile();
+    const auto recs = sink.records();
+    ASSERT_EQ(recs.size(), 2u);
+    EXPECT_EQ(recs[0].markCode, SystemMark::NewFile);
+    EXPECT_EQ(recs[1].number, 1u);
+    EXPECT_EQ(recs[1].markCode, SystemMark::Started);
+    EXPECT_EQ(recs[0].time, clock.nowDateTime());
+}
+
+TEST_F(StoreFixture, BurstBytesAreSpreadOneCharacterTimeApart)
+{
+    startNewFile();
+    const std::int64_t tchar = store.lineTiming().tchar;
+    clock.advance(100 * tchar); // the burst arrives well after the start marks
+    for (std::uint16_t i = 0; i < 10; ++i) {
+        ASSERT_EQ(byteOnD1(static_cast<std::uint8_t>('0' + i), i), 0);
+        clock.advance(2 * tchar); // a slow read pass: the counter runs ahead of the line
+    }
+    const auto recs = sink.records();
+    ASSERT_EQ(recs.size(), 12u);
+    const double tcharDays = static_cast<double>(tchar) / kF / 86400.0;
+    // The first two bytes take the counter; from the third on, exactly one Tchar apart.
+    EXPECT_GT(recs[2].time - recs[1].time, 50 * tcharDays);
+    EXPECT_NEAR(recs[3].time - recs[2].time, 2 * tcharDays, 2e-11);
+    for (std::size_t i = 4; i < recs.size(); ++i)
+        EXPECT_NEAR(recs[i].time - recs[i - 1].time, tcharDays, 2e-11) << "MP " << i;
+}
+
+TEST_F(StoreFixture, CountersLoadAndQuality)
+{
+    startNewFile();
+    EXPECT_EQ(sink.records()[1].quality, 0); // no data at all
+    const std::int64_t tchar = store.lineTiming().tchar;
+    for (int i = 0; i < 100; ++i) {
+        clock.advance(tchar);
+        store.pending().d2 = static_cast<std::uint8_t>(i);
+        store.pending().d2Valid = 1;
+        store.pending().peD2 = (i % 40 == 5) ? 1 : 0; // 3 parity errors
+        ASSERT_EQ(store.RecordComEvent(0), 0);
+        store.pending().clearData();
+        store.pending().clearErrors();
+    }
+    const MpRecord last = sink.records().back();
+    EXPECT_EQ(last.count(Counter::D2), 100u);
+    EXPECT_EQ(last.count(Counter::D1), 0u);
+    EXPECT_EQ(last.count(Counter::PE), 3u);
+    EXPECT_EQ(last.quality, 97);
+    // Within the first second any data means 100 %.
+    EXPECT_EQ(last.loadActual, 100);
+    EXPECT_EQ(last.loadPeak, 100);
+
+    // Two seconds later: 100 characters (the busier line) in 2 s at 960 cps = 5 %; the peak stays.
+    clock.advance(2 * kF);
+    ASSERT_EQ(byteOnD1(1), 0);
+    const MpRecord later = sink.records().back();
+    EXPECT_EQ(later.loadActual, 100 * 100 / (2 * 960));
+    EXPECT_EQ(later.loadPeak, 100);
+}
+
+TEST_F(StoreFixture, LiveBufferHoldsTheNNewestInOrder)
+{
+    store.liveBuffer().setSize(3);
+    store.ResetCounters();
+    ASSERT_EQ(store.WriteSystemMark(SystemMark::NewFile, true), 0);
+    for (int i = 0; i < 5; ++i)
+        ASSERT_EQ(byteOnD1(static_cast<std::uint8_t>(i)), 0);
+    const auto live = store.liveBuffer().snapshot();
+    ASSERT_EQ(live.size(), 3u);
+    EXPECT_EQ(live[0].number, 3u);
+    EXPECT_EQ(live[1].number, 4u);
+    EXPECT_EQ(live[2].number, 5u);
+
+    // Past the ring's own size the order still holds.
+    store.liveBuffer().setSize(kLiveBufferSlots);
+    for (int i = 0; i < 12'345; ++i)
+        ASSERT_EQ(byteOnD1(static_cast<std::uint8_t>(i)), 0);
+    const auto full = store.liveBuffer().snapshot();
+    ASSERT_EQ(full.size(), kLiveBufferSlots);
+    EXPECT_EQ(full.back().number, 5u + 12'345u);
+    EXPECT_EQ(full.front().number, full.back().number - (kLiveBufferSlots - 1));
+    store.ClearLiveBuffer();
+    EXPECT_TRUE(store.liveBuffer().snapshot().empty());
+}
+
+TEST_F(StoreFixture, AppendContinuesNumbersCountersAndTime)
+{
+    MpRecord first;
+    first.time = 45000.0;
+    first.counts[0] = 0;
+    MpRecord last;
+    last.number = 41;
+    last.time = clock.nowDateTime() + 1.0; // ran ahead of the wall clock
+    last.counts[0] = 30;
+    last.counts[2] = 2;
+    last.loadPeak = 77;
+    store.RestoreFromFirstMp(&first);
+    store.RestoreFromLastMp(&last);
+    ASSERT_EQ(store.WriteSystemMark(SystemMark::Appended), 0);
+    ASSERT_EQ(byteOnD1(9), 0);
+    const auto recs = sink.records();
+    ASSERT_EQ(recs.size(), 2u);
+    EXPECT_EQ(recs[0].number, 42u);
+    EXPECT_EQ(recs[0].markCode, SystemMark::Appended);
+    EXPECT_GE(recs[0].time, last.time);
+    EXPECT_EQ(recs[1].number, 43u);
+    EXPECT_EQ(recs[1].count(Counter::D1), 31u);
+    EXPECT_EQ(recs[1].count(Counter::PE), 2u);
+    EXPECT_EQ(recs[1].loadPeak, 77);
+}
+
+TEST_F(StoreFixture, AppendedLoadIsAveragedFromTheFilesOwnStart)
+{
+    // An earlier recording of this session must not decide the load of an appended file:
+    // its counters hold the whole file, so the seconds count from the file's first MP.
+    startNewFile();
+    clock.advance(3600 * kF);
+    MpRecord first;
+    first.time = clock.nowDateTime() - 10.0 / 86400.0;
+    MpRecord last = first;
+    last.number = 99;
+    last.counts[0] = 4799;
+    store.RestoreFromFirstMp(&first);
+    store.RestoreFromLastMp(&last);
+    ASSERT_EQ(byteOnD1('x'), 0);
+    // 4800 characters in 10 s at 960 characters per second.
+    EXPECT_EQ(sink.records().back().loadActual, 50);
+}
+
+TEST_F(StoreFixture, BurstIsOneWriteAndAShortOneRollsBackToTheLastWholeRecord)
+{
+    startNewFile();
+    const int writesBefore = sink.writes;
+    store.beginBurst();
+    for (std::uint16_t i = 0; i < 50; ++i)
+        ASSERT_EQ(byteOnD1(static_cast<std::uint8_t>(i), i), 0);
+    EXPECT_EQ(store.endBurst(), 0);
+    EXPECT_EQ(sink.writes, writesBefore + 1);
+    EXPECT_EQ(store.writtenCounter().load(), 52u);
+
+    sink.budget = 20 * kMpSize + 33; // room for 20 whole records of the next burst
+    store.beginBurst();
+    for (std::uint16_t i = 0; i < 50; ++i)
+        ASSERT_EQ(byteOnD1(0xAA, i), 0);
+    EXPECT_EQ(store.endBurst(), WriteResult::WriteFailed);
+    EXPECT_EQ(store.previous().number, 71u);
+    EXPECT_EQ(store.previous().count(Counter::D1), 70u);
+    EXPECT_EQ(store.lostCount(), 30u);
+    sink.budget = SIZE_MAX;
+    ASSERT_EQ(byteOnD1(0xBB), 0);
+    const auto recs = sink.records();
+    for (std::size_t i = 0; i < recs.size(); ++i)
+        ASSERT_EQ(recs[i].number, i);
+}
+
+TEST_F(StoreFixture, LastChangeTableFollowsDataAndLevels)
+{
+    startNewFile();
+    store.pending().m1 = 1;
+    store.ResetLastChange();
+    const double base = store.lastChange()[static_cast<int>(Channel::M1)].time;
+    EXPECT_EQ(store.lastChange()[static_cast<int>(Channel::M1)].value, 1);
+
+    clock.advance(kF);
+    ASSERT_EQ(byteOnD1('x'), 0); // M1 still high: a non-zero level counts as a change
+    const auto &t = store.lastChange();
+    EXPECT_EQ(t[static_cast<int>(Channel::D1)].value, 'x');
+    EXPECT_GT(t[static_cast<int>(Channel::M1)].time, base);
+
+    const double d1Time = t[static_cast<int>(Channel::D1)].time;
+    clock.advance(kF);
+    ASSERT_EQ(byteOnD1('x'), 0); // same byte again: no change of D1
+    EXPECT_EQ(store.lastChange()[static_cast<int>(Channel::D1)].time, d1Time);
+}
