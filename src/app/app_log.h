@@ -1,0 +1,9 @@
+#pragma once
+// Logging of the main window and its forms: category "kestrel.app". Debug and info messages are
+// off by default; QT_LOGGING_RULES="kestrel.*=true" or --verbose turns them on.
+
+#include <QLoggingCategory>
+
+namespace kestrel {
+Q_DECLARE_LOGGING_CATEGORY(lcApp)
+}

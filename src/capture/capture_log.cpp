@@ -1,0 +1,6 @@
+#include "capture/capture_log.h"
+
+namespace kestrel {
+// Warnings and worse by default; what is logged here is info or debug.
+Q_LOGGING_CATEGORY(lcCapture, "kestrel.capture", QtWarningMsg)
+}
