@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 #include <vector>
 
 #include "record/record_store.h"
@@ -21,6 +22,7 @@ public:
         bytes_.insert(bytes_.end(), data, data + n);
         return n;
     }
+    [[nodiscard]] MpRecord last() const { return DecodeMp(bytes_.data() + bytes_.size() - kMpSize); }
     [[nodiscard]] std::vector<MpRecord> records() const
     {
         std::vector<MpRecord> out;
@@ -124,6 +126,84 @@ TEST_F(StoreFixture, CountersLoadAndQuality)
     const MpRecord later = sink.records().back();
     EXPECT_EQ(later.loadActual, 100 * 100 / (2 * 960));
     EXPECT_EQ(later.loadPeak, 100);
+}
+
+// Quality is the exact integer (data - errors) * 100 / data, 0 once errors reach the data.
+// Uneven ratios tell it apart from "100 - errors", from "100 - errors * 100 / data" and
+// from the floating-point (1 - errors / data) * 100, which gives 19 for 4 errors in 5 bytes.
+TEST_F(StoreFixture, QualityIsTheExactIntegerShareOfGoodData)
+{
+    struct Case {
+        int data, errors, quality;
+    };
+    const Case cases[] = {{5, 4, 20}, {3, 1, 66}, {7, 2, 71}, {9, 8, 11}, {200, 1, 99},
+                          {100, 3, 97}, {1, 0, 100}, {6, 6, 0}, {4, 5, 0}};
+    for (const Case &c : cases) {
+        SCOPED_TRACE(testing::Message() << c.errors << " errors in " << c.data << " bytes");
+        startNewFile();
+        // Errors of every kind on both circuits; each error MP also carries one byte.
+        for (int i = 0; i < std::max(c.data, c.errors); ++i) {
+            ComEvent &e = store.pending();
+            if (i < c.data) {
+                (i % 2 ? e.d1Valid : e.d2Valid) = 1;
+            }
+            if (i < c.errors) {
+                std::uint8_t *flags[] = {&e.peD1, &e.feD2, &e.leD1, &e.peD2, &e.feD1, &e.leD2};
+                *flags[i % 6] = 1;
+            }
+            ASSERT_EQ(store.RecordComEvent(0), 0);
+            e.clearData();
+            e.clearErrors();
+        }
+        EXPECT_EQ(sink.last().quality, c.quality);
+    }
+}
+
+// Every field of random events survives the writer and the codec, and the counters
+// follow the valid and error flags (an error kind counts once per MP, whichever port).
+TEST_F(StoreFixture, EveryFieldOfARandomEventReachesTheFile)
+{
+    startNewFile();
+    std::mt19937 rng(20261123);
+    auto bit = [&] { return static_cast<std::uint8_t>(rng() & 1); };
+    std::uint64_t counts[5] = {};
+    double before = sink.last().time;
+    for (int i = 0; i < 2000; ++i) {
+        ComEvent e;
+        e.d1 = static_cast<std::uint8_t>(rng());
+        e.d2 = static_cast<std::uint8_t>(rng());
+        e.d1Valid = bit();
+        e.d2Valid = bit();
+        std::uint8_t *levels[] = {&e.s1, &e.m1, &e.s2, &e.m2, &e.m5, &e.m3};
+        for (auto *l : levels)
+            *l = bit();
+        std::uint8_t *errors[] = {&e.peD1, &e.feD1, &e.leD1, &e.peD2, &e.feD2, &e.leD2};
+        for (auto *f : errors)
+            *f = (rng() % 8 == 0) ? 1 : 0;
+        store.pending() = e;
+        clock.advance(static_cast<std::int64_t>(rng() % (3 * kF / 1000)));
+        ASSERT_EQ(store.RecordComEvent(static_cast<std::uint16_t>(rng() % 3)), 0);
+
+        counts[0] += e.d1Valid;
+        counts[1] += e.d2Valid;
+        counts[2] += (e.peD1 | e.peD2);
+        counts[3] += (e.feD1 | e.feD2);
+        counts[4] += (e.leD1 | e.leD2);
+        const MpRecord mp = sink.last();
+        ASSERT_EQ(mp.number, static_cast<std::uint32_t>(i + 2));
+        const std::pair<std::uint8_t, std::uint8_t> fields[] = {
+            {mp.d1, e.d1},     {mp.d2, e.d2},     {mp.d1Valid, e.d1Valid}, {mp.d2Valid, e.d2Valid},
+            {mp.s1, e.s1},     {mp.m1, e.m1},     {mp.s2, e.s2},           {mp.m2, e.m2},
+            {mp.m5, e.m5},     {mp.m3, e.m3},     {mp.peD1, e.peD1},       {mp.feD1, e.feD1},
+            {mp.leD1, e.leD1}, {mp.peD2, e.peD2}, {mp.feD2, e.feD2},       {mp.leD2, e.leD2},
+            {mp.markCode, 0},  {mp.markKind, 0},  {mp.markExtra, 0}};
+        for (std::size_t f = 0; f < std::size(fields); ++f)
+            ASSERT_EQ(fields[f].first, fields[f].second) << "field " << f << " of MP " << mp.number;
+        for (int c = 0; c < 5; ++c)
+            ASSERT_EQ(mp.counts[c], counts[c]) << "counter " << c << " of MP " << mp.number;
+        ASSERT_GT(mp.time, before);
+        before = mp.time;
+    }
 }
 
 TEST_F(StoreFixture, LiveBufferHoldsTheNNewestInOrder)
