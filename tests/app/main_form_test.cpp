@@ -15,7 +15,7 @@
 
 #include "app/action_registry.h"
 #include "app/main_form.h"
-#include "app/monitored_ports.h"
+#include "capture/recording_session.h"
 #include "app/signal_light.h"
 #include "app/signal_light_controller.h"
 #include "record/clock.h"
@@ -312,8 +312,8 @@ TEST(MainForm, LosingAPortStopsCleanlyAndReportsOnce)
     Window win;
     win.click("btnREC");
     pump(400); // a few KB on the simulated line
-    win.w->simulatedLine()->disconnect(kSimPortA);
-    win.w->simulatedLine()->disconnect(kSimPortB);
+    win.w->session().simLine()->disconnect(kSimPortA);
+    win.w->session().simLine()->disconnect(kSimPortB);
     pump(100);
     EXPECT_FALSE(win.w->isRecording());
     const Marks m = readMarks(win.w->recordFile());
