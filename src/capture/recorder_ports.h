@@ -12,7 +12,8 @@ public:
     // Opens port B, then port A, raised to time-critical delivery, receive buffers
     // flushed. On failure the port error to show (2010 / 2011) and nothing stays open.
     [[nodiscard]] virtual Result openForRecording() = 0;
-    // Records whatever the ports still hold, then flushes and closes port A, then port B.
+    // Records whatever the ports still hold (no gate check: it arrived while recording),
+    // then flushes and closes port A, then port B.
     virtual void closeAfterRecording() = 0;
     // Line (mask 15) and modem (mask 180) status triggers on each open port.
     virtual void armStatusTriggers() = 0;
@@ -20,8 +21,6 @@ public:
     virtual void forgetStatusTriggers() {}
     // Both ports' modem status into the pending event.
     virtual void readModemStatus() = 0;
-    // Records whatever the open ports still hold (no gate check).
-    virtual void readAllPending() = 0;
 };
 
 } // namespace kestrel

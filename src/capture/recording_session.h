@@ -111,7 +111,6 @@ private:
     void armStatusTriggers() override { capture_->ArmStatusTriggers(); }
     void forgetStatusTriggers() override { capture_->ForgetStatusTriggers(); }
     void readModemStatus() override { capture_->ReadModemStatuses(); }
-    void readAllPending() override { capture_->ComReadAllPendingData(); }
 
     Reporter &reporter_;
     std::unique_ptr<Clock> ownClock_;
