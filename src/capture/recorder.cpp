@@ -298,7 +298,7 @@ bool Recorder::StartRecorder()
     store_.ResetLastChange(); // the levels just read are the baseline
     if (RecordingGate())
         noteWrite(store_.RecordComEvent(0));
-    qCInfo(lcCapture) << "recording into" << file_.path().c_str() << "from MP" << store_.writtenCounter().load()
+    qCInfo(lcCapture) << "recording into" << file_.path().c_str() << "record mode" << recordMode_
                       << (triggers ? "(trigger controlled)" : "");
     return true;
 }
