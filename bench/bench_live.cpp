@@ -22,6 +22,7 @@
 #include "base/console_prompter.h"
 #include "app/main_form.h"
 #include "record/record_reader.h"
+#include "capture/recording_session.h"
 #include "ports/sim_port.h"
 
 namespace {
@@ -78,7 +79,7 @@ int main(int argc, char **argv)
     w->findChild<QComboBox *>("cbPortBaudRate")->setCurrentText("921600");
 
     // The bench feeds the line itself, so it can count what was handed over.
-    kestrel::SimLine *line = w->simulatedLine();
+    kestrel::SimLine *line = w->session().simLine();
     line->stopTimer();
     std::uint64_t events = 0;
     QTimer feeder;

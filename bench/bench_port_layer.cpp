@@ -23,11 +23,6 @@
 
 namespace {
 
-class SilentPrompter final : public kestrel::Prompter {
-public:
-    int ShowMessage(const std::string &, const std::string &, int, int) override { return kestrel::MsgResult::Ok; }
-};
-
 double seconds(std::chrono::steady_clock::duration d)
 {
     return std::chrono::duration<double>(d).count();
@@ -43,16 +38,15 @@ void benchSimulated()
     ManualClock clock;
     SimLine line(*sc, clock);
     ComEvent ev;
-    SilentPrompter prompter;
     std::uint64_t mps = 0;
-    Capture cap(line.portA(), line.portB(), ev, prompter, {});
+    Capture cap(line.portA(), line.portB(), ev, {});
     cap.hooks().record = [&](std::uint16_t) {
         ++mps;
         return 0;
     };
     cap.setPortList({"sim:A", "sim:B"});
     cap.setStoredIndexes(0, 1);
-    cap.InitInterface({"921600", "8", "N", "1"});
+    (void)cap.InitInterface({"921600", "8", "N", "1"});
     if (!cap.OpenPortsForRecording())
         return;
     const auto t0 = std::chrono::steady_clock::now();
@@ -76,8 +70,8 @@ void benchPseudoTerminal()
     PortSettings s;
     s.baud = 921600;
     port.setSettings(s);
-    if (!port.open()) {
-        std::fprintf(stderr, "pty: %s\n", port.errorText().c_str());
+    if (const Result opened = port.open(); !opened) {
+        std::fprintf(stderr, "pty: %s\n", opened.detail.c_str());
         return;
     }
     const std::size_t total = 8u << 20;

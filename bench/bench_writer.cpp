@@ -1,7 +1,7 @@
 // MPs per second through RecordComEvent into a record file: once the way the
 // data handler writes (one write per receive burst), once with one write per
 // MP for comparison, and once the whole way from the simulated line through
-// Capture and the recorder into the file.
+// the recording session (capture, recorder, writer) into the file.
 
 #include <QCoreApplication>
 
@@ -13,8 +13,8 @@
 #include <unistd.h>
 
 #include "base/prompt.h"
-#include "capture/capture.h"
-#include "capture/capture_wiring.h"
+#include "base/reporter.h"
+#include "capture/recording_session.h"
 #include "record/clock.h"
 #include "record/record_reader.h"
 #include "capture/recorder.h"
@@ -98,26 +98,19 @@ double runRecording(const std::string &path)
         std::exit(1);
     }
     SystemClock clock;
-    SimLine line(std::move(*scenario), clock);
     SilentPrompter prompter;
-    RecordStore store(clock);
-    RecordFile file;
-    file.setPath(path);
-    ReceiveEvent event;
-    Capture capture(line.portA(), line.portB(), store.pending(), prompter);
-    CaptureRecorderPorts ports(capture);
-    Recorder recorder(store, file, ports, prompter);
-    recorder.setDelay([](std::chrono::milliseconds) {});
-    recorder.setAppendReplace(RecordMode::Replace);
-    ConnectCaptureToRecorder(capture, recorder, store, event);
-    capture.setPortList({line.portA().device(), line.portB().device()});
-    capture.setStoredIndexes(0, 1);
-    capture.InitInterface({"921600", "8", "N", "1"});
-    recorder.btnRecordClick();
-    if (!recorder.recording()) {
+    PromptReporter reporter(prompter);
+    auto session = RecordingSession::Simulated(std::move(*scenario), reporter, &clock);
+    session->file().setPath(path);
+    session->recorder().setDelay([](std::chrono::milliseconds) {});
+    session->recorder().setAppendReplace(RecordMode::Replace);
+    (void)session->applySettings({"921600", "8", "N", "1"});
+    session->record();
+    if (!session->recording()) {
         std::fprintf(stderr, "bench_writer: recording did not start\n");
         std::exit(1);
     }
+    SimLine &line = *session->simLine();
     line.restart();
     const auto start = std::chrono::steady_clock::now();
     auto now = start;
@@ -126,7 +119,7 @@ double runRecording(const std::string &path)
         QCoreApplication::processEvents();
         now = std::chrono::steady_clock::now();
     }
-    recorder.drainAndStop();
+    session->drainAndStop();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     RecordReader check;
     const double mps = check.open(path) ? static_cast<double>(check.recordCount()) : 0.0;

@@ -1,6 +1,7 @@
 // kestrel: the main window program.
 
 #include <QApplication>
+#include <QLoggingCategory>
 #include <QSocketNotifier>
 #include <csignal>
 #include <cstdio>
@@ -62,7 +63,7 @@ int main(int argc, char **argv)
         args.push_back(a.toStdString());
     kestrel::StartupArgs parsed = kestrel::ParseStartupArgs(args);
     const char *usage = "usage: kestrel [--simulate [SCENARIO.ksc]] [--record] [--data-dir DIR] "
-                        "[--quit-after SECONDS] [FILE.kef] [FILE.ksr]\n";
+                        "[--quit-after SECONDS] [--verbose] [FILE.kef] [FILE.ksr]\n";
     if (parsed.help) {
         std::printf("%s", usage);
         return 0;
@@ -73,6 +74,9 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "%s", usage);
         return 2;
     }
+
+    if (parsed.verbose)
+        QLoggingCategory::setFilterRules(QStringLiteral("kestrel.*=true"));
 
     kestrel::MainFormOptions options;
     const std::filesystem::path dataFolder = kestrel::ResolveDataFolder(parsed.dataDir);

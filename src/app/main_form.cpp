@@ -24,15 +24,15 @@
 #include "app/confirm_record_mode_form.h"
 #include "app/line_gauge.h"
 #include "app/message_form.h"
-#include "app/monitored_ports.h"
 #include "app/progress_form.h"
 #include "present/grid/grid_layout.h"
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
 #include "app/signal_light.h"
+#include "base/reporter.h"
+#include "capture/recording_session.h"
 #include "record/clock.h"
 #include "record/record_store.h"
-#include "capture/recorder.h"
 #include "config/environment.h"
 #include "config/hardware_profile.h"
 #include "config/program_config.h"
@@ -76,12 +76,6 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     env_ = std::make_unique<Environment>();
     messageForm_ = std::make_unique<TMessageForm>(this);
     prompter_ = options.prompter != nullptr ? options.prompter : messageForm_.get();
-    if (options.clock != nullptr) {
-        clock_ = options.clock;
-    } else {
-        ownClock_ = std::make_unique<SystemClock>();
-        clock_ = ownClock_.get();
-    }
 
     ActionManager1 = new ActionManager(this);
     addActions(ActionManager1->actions()); // shortcuts work with the menu closed
@@ -119,7 +113,7 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     lineLightTimer_->setInterval(60);
     connect(lineLightTimer_, &QTimer::timeout, this, &TFormMain::LineLightsTimer);
 
-    createRecorder(options);
+    createSession(options);
     resize(1180, 860); // first start; a saved placement replaces it
     connectActions();
     FormCreate();
@@ -155,9 +149,9 @@ void TFormMain::StartupPrepare()
                                                      : args_.environmentFile;
     if (std::filesystem::path(environmentFile_).parent_path().empty())
         environmentFile_ = dataFolder_ + environmentFile_;
-    recordFile_.setPath(args_.recordFile.empty() ? DefaultRecordFile(dataFolder_) : args_.recordFile);
+    session_->file().setPath(args_.recordFile.empty() ? DefaultRecordFile(dataFolder_) : args_.recordFile);
 
-    if (!clock_->highResolution())
+    if (!session_->clock().highResolution())
         prompter_->ShowMessage(Str(203), Str(70), Buttons::Ok, Icon::Warning);
 
     SetModeText(4274);
@@ -338,7 +332,7 @@ void TFormMain::FormShow()
     ctx.dataFolder = dataFolder_;
     if (!args_.recordFile.empty())
         ctx.commandLineRecord = args_.recordFile;
-    ctx.now = clock_->nowDateTime();
+    ctx.now = session_->clock().nowDateTime();
     EnvLoadResult loaded = LoadEnvironment(std::filesystem::path(environmentFile_), ctx);
     if (!loaded.status.ok)
         prompter_->ShowMessage(Str(205), Str(7652) + "\n\n" + environmentFile_ + "\n" + loaded.status.error,
@@ -382,8 +376,8 @@ void TFormMain::quitCleanly()
 void TFormMain::FormDestroy()
 {
     // Never leave a recording without its stop mark, however the window goes.
-    if (recorder_ && (recorder_->recording() || recorder_->loaded()))
-        recorder_->btnStopClick();
+    if (session_ && (session_->recording() || session_->loaded()))
+        session_->stop();
     if (DrawGrid1 != nullptr)
         DrawGrid1->StopRedraw();
     LEDToggleTimer->stop();
@@ -393,8 +387,8 @@ void TFormMain::FormDestroy()
 
 void TFormMain::closeRecordHandles()
 {
-    recordFile_.close(RecordHandle::View);
-    recordFile_.close(RecordHandle::Record);
+    session_->file().close(RecordHandle::View);
+    session_->file().close(RecordHandle::Record);
 }
 
 void TFormMain::saveEnvironmentDialog() { SaveEnvDialog(); }

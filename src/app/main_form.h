@@ -1,18 +1,19 @@
 #pragma once
-// The main window: owns the two monitored ports, the record store, the
-// recorder, the record grid and the control centre. Its handlers keep the
-// names of the commands they serve (btnRecordClick, FormCloseQuery, ...) and
-// stay thin: the work is done by the capture, presentation and configuration
-// libraries underneath.
+// The main window: holds the widgets, the record grid and the control centre,
+// and one recording session (ports, capture, store, record file, recorder).
+// Its handlers keep the names of the commands they serve (btnRecordClick,
+// FormCloseQuery, ...) and stay thin: the work is done by the capture,
+// presentation and configuration libraries underneath.
 
 #include <QMainWindow>
 #include <QPointer>
 #include <memory>
 #include <string>
+#include <vector>
+
+#include "base/result.h"
 
 #include "app/close_query.h"
-#include "capture/receive_event.h"
-#include "record/record_file.h"
 #include "capture/recorder_view.h"
 
 #include "app/control_lock.h"
@@ -38,13 +39,14 @@ namespace kestrel {
 
 class ActionManager;
 class Clock;
+class ComPort;
 class LineGauge;
 class Prompter;
 class RecordStore;
 class Recorder;
-class RecorderPorts;
-class MonitoredPorts;
-class SimLine;
+class RecordingSession;
+struct PortComboTexts;
+class Reporter;
 struct Environment;
 struct ProgramConfig;
 class SignalLight;
@@ -58,7 +60,9 @@ struct MainFormOptions {
     Prompter *prompter = nullptr;  // nullptr: the window's own message box
     Clock *clock = nullptr;        // nullptr: the system clock
     bool skipUnloadDelay = false;  // tests: no 500 ms wait when a recording is unloaded
-    RecorderPorts *ports = nullptr; // tests: stands in for the two monitored ports
+    // Tests: the two monitored ports (both or neither), kept alive longer than the window.
+    ComPort *portA = nullptr;
+    ComPort *portB = nullptr;
 };
 
 class TFormMain final : public QMainWindow, private CloseSteps, private RecorderView {
@@ -75,12 +79,11 @@ public:
     [[nodiscard]] Prompter &prompter() const { return *prompter_; }
     [[nodiscard]] const std::string &dataFolder() const { return dataFolder_; }
     [[nodiscard]] const std::string &environmentFile() const { return environmentFile_; }
-    [[nodiscard]] const std::string &recordFile() const { return recordFile_.path(); }
-    [[nodiscard]] RecordStore &store() const { return *store_; }
-    [[nodiscard]] Recorder &recorder() const { return *recorder_; }
+    [[nodiscard]] const std::string &recordFile() const;
+    [[nodiscard]] RecordingSession &session() const { return *session_; }
+    [[nodiscard]] RecordStore &store() const;
+    [[nodiscard]] Recorder &recorder() const;
     [[nodiscard]] grid::RecordGrid &grid() const { return *DrawGrid1; }
-    // The simulated line under --simulate, else nullptr.
-    [[nodiscard]] SimLine *simulatedLine() const;
     [[nodiscard]] const ProgramConfig &config() const { return *config_; }
     [[nodiscard]] bool isEnvironmentChanged() const { return envChanged_; }
     [[nodiscard]] bool isRecording() const override;
@@ -145,7 +148,8 @@ private:
     void environmentChanged() override;
     void startRedrawThread() override;
     void stopRedrawThread() override;
-    void createRecorder(const MainFormOptions &options);
+    void createSession(const MainFormOptions &options);
+    void reportPortResults(const std::vector<Result> &results);
     [[nodiscard]] int chooseRecordMode();
     void applyConfiguration();
     void placeOnMonitor(int savedMonitor);
@@ -158,6 +162,7 @@ private:
     void LoadEnvDialog();
     void SaveEnvDialog();
     void portSettingChanged();
+    [[nodiscard]] PortComboTexts comboTexts() const;
     void updateSizeLabel();
     void showPortDevices();
     [[nodiscard]] std::string configPath() const;
@@ -187,12 +192,6 @@ private:
 
     std::string dataFolder_;
     std::string environmentFile_;
-    RecordFile recordFile_;
-    std::unique_ptr<RecordStore> store_;
-    std::unique_ptr<Recorder> recorder_;
-    std::unique_ptr<MonitoredPorts> ownPorts_;
-    RecorderPorts *ports_ = nullptr;
-    ReceiveEvent receiveEvent_;
     std::unique_ptr<ProgramConfig> config_;
     std::unique_ptr<Environment> env_;
     bool envChanged_ = false; // the settings differ from the environment file
@@ -201,8 +200,8 @@ private:
 
     std::unique_ptr<TMessageForm> messageForm_;
     Prompter *prompter_ = nullptr;
-    std::unique_ptr<Clock> ownClock_;
-    Clock *clock_ = nullptr;
+    std::unique_ptr<Reporter> reporter_; // failures of the session, shown through prompter_
+    std::unique_ptr<RecordingSession> session_;
     TFormConfirmRecordMode *confirmRecordMode_ = nullptr;
 
     // components (names kept as objectName)

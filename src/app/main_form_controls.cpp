@@ -200,10 +200,8 @@ void TFormMain::btnViewHoldClick()
 
 void TFormMain::LineLightsTimer()
 {
-    if (!store_)
-        return;
-    SlcA->follow(store_->previous());
-    SlcB->follow(store_->previous());
+    SlcA->follow(store().previous());
+    SlcB->follow(store().previous());
 }
 
 void TFormMain::LEDToggleTimerTimer()

@@ -9,12 +9,12 @@
 
 #include "app/action_registry.h"
 #include "app/main_form.h"
-#include "app/monitored_ports.h"
-#include "record/clock.h"
 #include "base/error_report.h"
+#include "base/reporter.h"
 #include "capture/changed_record_file.h"
+#include "capture/recording_session.h"
+#include "record/clock.h"
 #include "record/record_file.h"
-#include "capture/recorder.h"
 #include "config/environment.h"
 #include "config/port_combo.h"
 #include "config/program_config.h"
@@ -42,28 +42,25 @@ void selectText(QComboBox *c, const std::string &text)
 
 } // namespace
 
+PortComboTexts TFormMain::comboTexts() const
+{
+    return {cbPortBaudRate->currentText().toStdString(), cbPortDataBits->currentText().toStdString(),
+            cbPortParity->currentText().toStdString(), cbPortStopBits->currentText().toStdString()};
+}
+
 void TFormMain::ScanPortsAndApplySettings()
 {
     fillPortCombos();
     for (QComboBox *c : {cbPortBaudRate, cbPortDataBits, cbPortParity, cbPortStopBits})
         connect(c, &QComboBox::currentIndexChanged, this, &TFormMain::portSettingChanged);
-    if (ownPorts_)
-        ownPorts_->capture().InitInterface({cbPortBaudRate->currentText().toStdString(),
-                                            cbPortDataBits->currentText().toStdString(),
-                                            cbPortParity->currentText().toStdString(),
-                                            cbPortStopBits->currentText().toStdString()});
+    ReportCaptureResult(*reporter_, session_->applySettings(comboTexts()));
     showPortDevices();
 }
 
 void TFormMain::showPortDevices()
 {
-    if (!ownPorts_) {
-        lblPortA->clear();
-        lblPortB->clear();
-        return;
-    }
-    Capture &c = ownPorts_->capture();
-    const QString suffix = ownPorts_->simulated() ? "  (" + S(7645) + ")" : QString();
+    Capture &c = session_->capture();
+    const QString suffix = session_->simulated() ? "  (" + S(7645) + ")" : QString();
     const bool none = c.portList().empty();
     lblPortA->setText(none ? S(7646) : QString::fromStdString(c.ComA().device()) + suffix);
     lblPortB->setText(none ? S(7646) : QString::fromStdString(c.ComB().device()) + suffix);
@@ -72,11 +69,7 @@ void TFormMain::showPortDevices()
 void TFormMain::portSettingChanged()
 {
     envChanged_ = true;
-    if (ownPorts_)
-        (void)ownPorts_->capture().TryToOpenPorts({cbPortBaudRate->currentText().toStdString(),
-                                                   cbPortDataBits->currentText().toStdString(),
-                                                   cbPortParity->currentText().toStdString(),
-                                                   cbPortStopBits->currentText().toStdString()});
+    reportPortResults(session_->tryPorts(comboTexts()));
     showPortDevices();
 }
 
@@ -90,20 +83,19 @@ void TFormMain::applyEnvironment(const Environment &env)
     selectText(cbPortDataBits, setup.portA.dataBits);
     selectText(cbPortParity, setup.portA.parity);
     selectText(cbPortStopBits, setup.portA.stopBits);
-    if (ownPorts_) {
-        Capture &c = ownPorts_->capture();
-        // The devices of the environment, where the scan found them.
-        const auto &list = c.portList();
-        for (std::size_t i = 0; i < list.size(); ++i) {
-            if (list[i] == setup.portA.device)
-                c.setStoredIndexes(static_cast<int>(i), c.storedIndexB());
-            if (list[i] == setup.portB.device)
-                c.setStoredIndexes(c.storedIndexA(), static_cast<int>(i));
-        }
-        c.InitInterface({setup.portA.baud, setup.portA.dataBits, setup.portA.parity, setup.portA.stopBits});
+    Capture &c = session_->capture();
+    // The devices of the environment, where the scan found them.
+    const auto &list = c.portList();
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        if (list[i] == setup.portA.device)
+            c.setStoredIndexes(static_cast<int>(i), c.storedIndexB());
+        if (list[i] == setup.portB.device)
+            c.setStoredIndexes(c.storedIndexA(), static_cast<int>(i));
     }
+    ReportCaptureResult(*reporter_, session_->applySettings({setup.portA.baud, setup.portA.dataBits,
+                                                             setup.portA.parity, setup.portA.stopBits}));
     if (!setup.recordFile.empty())
-        recordFile_.setPath(setup.recordFile);
+        session_->file().setPath(setup.recordFile);
     showPortDevices();
     updateWindowTitle();
 }
@@ -111,10 +103,11 @@ void TFormMain::applyEnvironment(const Environment &env)
 void TFormMain::ShowChangedRecordFile()
 {
     std::error_code ec;
-    const auto folder = std::filesystem::path(recordFile_.path()).parent_path();
+    RecordFile &file = session_->file();
+    const auto folder = std::filesystem::path(file.path()).parent_path();
     if (!folder.empty())
         std::filesystem::create_directories(folder, ec); // a failure is reported as 3002 below
-    const ChangedRecordFile r = OpenChangedRecordFile(recordFile_);
+    const ChangedRecordFile r = OpenChangedRecordFile(file);
     if (r.result) {
         envChanged_ = true;
         redrawGrid(); // opens the file in the grid, from its first row
@@ -131,7 +124,7 @@ void TFormMain::btnNewRecordFileClick()
                                                       QFileDialog::DontConfirmOverwrite);
     if (path.isEmpty())
         return;
-    recordFile_.setPath(path.endsWith(".ksr") ? path.toStdString() : path.toStdString() + ".ksr");
+    session_->file().setPath(path.endsWith(".ksr") ? path.toStdString() : path.toStdString() + ".ksr");
     ShowChangedRecordFile();
 }
 
@@ -141,7 +134,7 @@ void TFormMain::btnOpenRecordFileClick()
                                                       QString::fromStdString(dataFolder_ + "recordings"), S(7654));
     if (path.isEmpty())
         return;
-    recordFile_.setPath(path.toStdString());
+    session_->file().setPath(path.toStdString());
     ShowChangedRecordFile();
 }
 
@@ -154,7 +147,7 @@ void TFormMain::LoadEnvDialog()
     environmentFile_ = path.toStdString();
     EnvLoadContext ctx;
     ctx.dataFolder = dataFolder_;
-    ctx.now = clock_->nowDateTime();
+    ctx.now = session_->clock().nowDateTime();
     const EnvLoadResult loaded = LoadEnvironment(std::filesystem::path(environmentFile_), ctx);
     if (!loaded.status.ok) {
         prompter_->ShowMessage(Str(205), Str(7652) + "\n\n" + environmentFile_ + "\n" + loaded.status.error,
@@ -180,11 +173,9 @@ void TFormMain::SaveEnvDialog()
     const std::string stopBits = cbPortStopBits->currentText().toStdString();
     env.comA = WithComboTexts(env.comA, baud, dataBits, parity, stopBits);
     env.comB = WithComboTexts(env.comB, baud, dataBits, parity, stopBits); // B always follows A
-    if (ownPorts_) {
-        env.comA.DevicePath = ownPorts_->capture().ComA().device();
-        env.comB.DevicePath = ownPorts_->capture().ComB().device();
-    }
-    env.recordFile = recordFile_.path();
+    env.comA.DevicePath = session_->capture().ComA().device();
+    env.comB.DevicePath = session_->capture().ComB().device();
+    env.recordFile = recordFile();
     const FileResult r = SaveEnvironment(env, std::filesystem::path(environmentFile_));
     if (!r.ok) {
         prompter_->ShowMessage(Str(206), Str(7656) + "\n\n" + environmentFile_ + "\n" + r.error, Buttons::Ok,

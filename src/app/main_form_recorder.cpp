@@ -1,5 +1,6 @@
-// Recorder wiring: the record, pause and stop buttons drive the recorder core;
-// the core tells the window what to show through RecorderView.
+// The window's side of the recording session: the record, pause and stop
+// buttons drive it; the recorder tells the window what to show through
+// RecorderView and reports failures through the window's message box.
 
 #include <QAction>
 #include <QComboBox>
@@ -13,66 +14,59 @@
 #include "app/confirm_record_mode_form.h"
 #include "app/line_gauge.h"
 #include "app/main_form.h"
-#include "app/monitored_ports.h"
 #include "app/signal_light.h"
 #include "app/signal_light_controller.h"
+#include "base/reporter.h"
+#include "capture/recorder.h"
+#include "capture/recording_session.h"
 #include "ports/port_scan.h"
-#include "ports/port_timing.h"
+#include "ports/sim_port.h"
 #include "record/record_paths.h"
 #include "record/record_store.h"
-#include "capture/recorder.h"
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
 #include "base/string_table.h"
 
 namespace kestrel {
 
-void TFormMain::createRecorder(const MainFormOptions &options)
+void TFormMain::createSession(const MainFormOptions &options)
 {
-    store_ = std::make_unique<RecordStore>(*clock_);
-    if (options.ports != nullptr) {
-        ports_ = options.ports;
+    reporter_ = std::make_unique<PromptReporter>(*prompter_);
+    if (options.portA != nullptr && options.portB != nullptr) {
+        session_ = RecordingSession::OverPorts(*options.portA, *options.portB,
+                                               {options.portA->device(), options.portB->device()}, *reporter_,
+                                               options.clock);
+        session_->capture().setStoredIndexes(0, 1);
+    } else if (args_.simulate) {
+        ScenarioChoice chosen = ScenarioOrDemo(args_.scenario);
+        if (!chosen.warning)
+            reporter_->report(205, chosen.warning, {}, Severity::Warning);
+        session_ = RecordingSession::Simulated(std::move(chosen.scenario), *reporter_, options.clock);
+        // The line runs whether we listen or not, as a real line would.
+        session_->simLine()->start(2);
     } else {
-        ownPorts_ = args_.simulate ? MonitoredPorts::Simulated(args_.scenario, *clock_, *store_, *prompter_)
-                                   : MonitoredPorts::Real(AvailablePorts(), *store_, *prompter_);
-        ports_ = ownPorts_.get();
+        session_ = RecordingSession::Serial(AvailablePorts(), *reporter_, options.clock);
     }
-    liveSource_ = std::make_unique<grid::StoreLiveSource>(*store_, receiveEvent_);
-    recorder_ = std::make_unique<Recorder>(*store_, recordFile_, *ports_, *prompter_);
-    recorder_->setView(this);
-    recorder_->setDataDir(dataFolder_);
+    liveSource_ = std::make_unique<grid::StoreLiveSource>(session_->store(), session_->receiveEvent());
+    Recorder &recorder = session_->recorder();
+    recorder.setView(this);
+    recorder.setDataDir(dataFolder_);
     if (options.skipUnloadDelay)
-        recorder_->setDelay([](std::chrono::milliseconds) {});
-    // Work that must not run inside a port notification (stopping after a lost port) waits one turn.
-    recorder_->setPoster([this](std::function<void()> work) {
-        QTimer::singleShot(0, this, [w = std::move(work)] { w(); });
-    });
-    if (ownPorts_) {
-        Capture::Hooks &h = ownPorts_->capture().hooks();
-        h.record = [this](std::uint16_t burst) { return recorder_->record(burst); };
-        h.gate = [this] { return recorder_->RecordingGate(); };
-        h.burstBegin = [this] {
-            receiveEvent_.reset();
-            recorder_->beginBurst();
-        };
-        h.burstEnd = [this] {
-            recorder_->endBurst();
-            receiveEvent_.set();
-        };
-        h.portLost = [this](ComPort &port, const std::string &reason) {
-            recorder_->onPortLost(port.device(), reason);
-        };
-        h.settingsApplied = [this](const PortSettings &s) {
-            store_->SetLineTiming(ComputeLineTiming(s, store_->frequency()));
-        };
-        h.environmentChanged = [this] { envChanged_ = true; };
-    }
+        recorder.setDelay([](std::chrono::milliseconds) {});
 }
 
-SimLine *TFormMain::simulatedLine() const { return ownPorts_ ? ownPorts_->simLine() : nullptr; }
+void TFormMain::reportPortResults(const std::vector<Result> &results)
+{
+    for (const Result &r : results)
+        ReportCaptureResult(*reporter_, r);
+}
 
-bool TFormMain::isRecording() const { return recorder_ && recorder_->recording(); }
-bool TFormMain::isPaused() const { return recorder_ && recorder_->paused(); }
+const std::string &TFormMain::recordFile() const { return session_->file().path(); }
+RecordStore &TFormMain::store() const { return session_->store(); }
+Recorder &TFormMain::recorder() const { return session_->recorder(); }
+
+bool TFormMain::isRecording() const { return session_ && session_->recording(); }
+bool TFormMain::isPaused() const { return session_ && session_->paused(); }
 
 int TFormMain::chooseRecordMode()
 {
@@ -83,7 +77,7 @@ int TFormMain::chooseRecordMode()
     if (replace->isChecked())
         return RecordMode::Replace;
     // Neither button is down: ask, but only when there is data to keep or lose.
-    const ResolvedRecordPath target = ResolveRecordPath(recordFile_.path(), dataFolder_);
+    const ResolvedRecordPath target = ResolveRecordPath(recordFile(), dataFolder_);
     std::error_code ec;
     const auto size = std::filesystem::file_size(target.path, ec);
     if (ec || size < kMpSize)
@@ -93,21 +87,21 @@ int TFormMain::chooseRecordMode()
 
 void TFormMain::btnRecordClick()
 {
-    if (isRecording() || recorder_->loaded())
+    if (isRecording() || session_->loaded())
         return;
-    recorder_->setAppendReplace(chooseRecordMode());
-    recorder_->btnRecordClick();
+    session_->recorder().setAppendReplace(chooseRecordMode());
+    session_->record();
 }
 
-void TFormMain::btnPauseClick() { recorder_->btnPauseClick(); }
+void TFormMain::btnPauseClick() { session_->togglePause(); }
 
 void TFormMain::btnStopClick()
 {
-    if (!recorder_->loaded() && !isRecording() && !isPaused()) {
+    if (!session_->loaded() && !isRecording() && !isPaused()) {
         setRecordButtons(false);
         return;
     }
-    recorder_->btnStopClick();
+    session_->stop();
 }
 
 void TFormMain::btnSaveRecordFileClick()
@@ -117,7 +111,7 @@ void TFormMain::btnSaveRecordFileClick()
                                                         QString::fromStdString(Str(7654)));
     if (target.isEmpty())
         return;
-    const CopyResult r = SaveRecordFileAs(recordFile_.path(), target.toStdString());
+    const CopyResult r = SaveRecordFileAs(recordFile(), target.toStdString());
     if (!r.ok)
         prompter_->ShowMessage(Str(3000), r.error + "\n\n" + target.toStdString(), Buttons::Ok, Icon::Error);
 }
@@ -139,7 +133,7 @@ void TFormMain::SetRecordOffControls()
 
 void TFormMain::setModeText(const std::string &text)
 {
-    statusPanels_[5]->setProperty("textNo", isRecording() || recorder_->loaded() ? 4273 : 4274);
+    statusPanels_[5]->setProperty("textNo", isRecording() || session_->loaded() ? 4273 : 4274);
     statusPanels_[5]->setText(QString::fromStdString(text));
 }
 
@@ -160,8 +154,8 @@ void TFormMain::setPauseButton(bool down)
 
 void TFormMain::setLightsMonitoring(bool on)
 {
-    SlcA->setMonitoring(on, store_->previous());
-    SlcB->setMonitoring(on, store_->previous());
+    SlcA->setMonitoring(on, store().previous());
+    SlcB->setMonitoring(on, store().previous());
     if (on)
         lineLightTimer_->start();
     else
@@ -173,7 +167,8 @@ void TFormMain::stopTriggerTimer() { TriggerTimer->stop(); }
 
 void TFormMain::updateSizeLabel()
 {
-    lblRecordFileSize->setText(QString::fromStdString(RecordSizeLabel(recordFile_.path(), recordFile_.fileSize())));
+    const RecordFile &file = session_->file();
+    lblRecordFileSize->setText(QString::fromStdString(RecordSizeLabel(file.path(), file.fileSize())));
 }
 
 void TFormMain::refreshSizeLabel(const std::string &label)
@@ -187,8 +182,9 @@ void TFormMain::clearGrid() { DrawGrid1->ClearGrid(); }
 void TFormMain::redrawGrid()
 {
     // After a recording the file has grown (or was made anew): read it afresh.
-    if (!recordFile_.path().empty() && recordFile_.exists())
-        (void)DrawGrid1->OpenRecording(QString::fromStdString(recordFile_.path()));
+    const RecordFile &file = session_->file();
+    if (!file.path().empty() && file.exists())
+        (void)DrawGrid1->OpenRecording(QString::fromStdString(file.path()));
     DrawGrid1->RedrawGrid();
 }
 
@@ -204,7 +200,7 @@ void TFormMain::environmentChanged() { envChanged_ = true; }
 void TFormMain::startRedrawThread()
 {
     // A replaced file is a new file: the grid's view handle must follow it.
-    (void)DrawGrid1->OpenRecording(QString::fromStdString(recordFile_.path()));
+    (void)DrawGrid1->OpenRecording(QString::fromStdString(recordFile()));
     DrawGrid1->SetFollowEnd(true);
     DrawGrid1->StartRedraw(liveSource_.get());
 }

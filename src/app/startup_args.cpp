@@ -79,6 +79,8 @@ StartupArgs ParseStartupArgs(const std::vector<std::string> &args)
             r.help = true;
         } else if (a == "--record") {
             r.recordAtStart = true;
+        } else if (a == "--verbose" || a == "-v") {
+            r.verbose = true;
         } else if (a == "--quit-after") {
             double s = 0;
             if (hasNext && parseSeconds(args[i + 1], s)) {

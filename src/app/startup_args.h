@@ -20,6 +20,7 @@ struct StartupArgs {
     bool recordAtStart = false;         // --record: begin recording once the window is up
     std::optional<double> quitAfterSeconds; // --quit-after S: stop and close on its own (demos)
     bool help = false;                  // --help / -h
+    bool verbose = false;               // --verbose / -v: every kestrel.* log category on
     std::vector<std::string> errors;    // bad options, as texts for the user
 };
 

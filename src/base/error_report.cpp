@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "base/reporter.h"
 #include "base/string_table.h"
 
 namespace kestrel {
@@ -75,6 +76,20 @@ void ReportError(Prompter &prompter, int titleNumber, int messageNumber, ErrorSo
     prompter.NormalizeTopMosts();
     prompter.ShowMessage(r.title, r.text, Buttons::Ok, Icon::Error);
     prompter.RestoreTopMosts();
+}
+
+} // namespace kestrel
+
+namespace kestrel {
+
+void PromptReporter::report(int title, const Result &result, ErrorSource source, Severity severity)
+{
+    if (severity == Severity::Error) {
+        ReportError(prompter_, title, result.code, source, result.detail);
+        return;
+    }
+    prompter_.ShowMessage(Str(title), Str(result.code) + result.detail, Buttons::Ok,
+                          severity == Severity::Warning ? Icon::Warning : Icon::Information);
 }
 
 } // namespace kestrel

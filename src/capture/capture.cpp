@@ -5,18 +5,12 @@
 #include <charconv>
 #include <string_view>
 
-#include "base/error_report.h"
-#include "base/string_table.h"
+#include "base/reporter.h"
+#include "capture/capture_log.h"
 
 namespace kestrel {
 
 namespace {
-
-constexpr int kTitleWarning = 205;
-constexpr int kTitlePortError = 2000;
-constexpr int kMsgPortA = 2010;
-constexpr int kMsgPortB = 2011;
-constexpr int kMsgFewPorts = 2053;
 
 // A drain after the ports stopped reporting ends at the latest after this many rounds.
 constexpr int kMaxDrainRounds = 1'000'000;
@@ -46,6 +40,16 @@ bool parseWhole(std::string_view s, T &out)
 }
 
 } // namespace
+
+void ReportCaptureResult(Reporter &reporter, const Result &result)
+{
+    if (result.ok())
+        return;
+    if (IsCaptureWarning(result))
+        reporter.report(CaptureMsg::WarningTitle, result, {}, Severity::Warning);
+    else
+        reporter.report(CaptureMsg::PortError, result);
+}
 
 ErrorFlags MapLineError(unsigned errorWord)
 {
@@ -108,8 +112,8 @@ PortChoice ChoosePorts(int count, int storedA, int storedB)
     return {a, b};
 }
 
-Capture::Capture(ComPort &portA, ComPort &portB, ComEvent &event, Prompter &prompter, Hooks hooks)
-    : a_(portA), b_(portB), ev_(event), prompter_(prompter), hooks_(std::move(hooks))
+Capture::Capture(ComPort &portA, ComPort &portB, ComEvent &event, Hooks hooks)
+    : a_(portA), b_(portB), ev_(event), hooks_(std::move(hooks))
 {
     a_.setListener(this);
     b_.setListener(this);
@@ -128,12 +132,13 @@ void Capture::setPortList(std::vector<std::string> ports)
     warnedFewPorts_ = false;
 }
 
-void Capture::InitInterface(const PortComboTexts &texts)
+Result Capture::InitInterface(const PortComboTexts &texts)
 {
     const int c = static_cast<int>(portList_.size());
+    Result warning;
     if (c < 2 && !warnedFewPorts_) {
         warnedFewPorts_ = true; // once per scan, not at every settings change
-        prompter_.ShowMessage(Str(kTitleWarning), Str(kMsgFewPorts), Buttons::Ok, Icon::Warning);
+        warning = Result::Fail(CaptureMsg::FewPorts);
     }
     const PortChoice choice = ChoosePorts(c, indexA_, indexB_);
     if (c == 0) {
@@ -150,59 +155,54 @@ void Capture::InitInterface(const PortComboTexts &texts)
     b_.setSettings(a_.settings()); // B always copies A
     if (hooks_.settingsApplied)
         hooks_.settingsApplied(a_.settings());
+    return warning;
 }
 
-std::string Capture::portName(int index)
+Result Capture::portFailure(int index, const Result &why)
 {
     ComPort &p = port(index);
-    std::string name = p.device();
-    if (!p.errorText().empty())
-        name += "\n" + p.errorText();
-    return name;
+    std::string detail = "\n\n" + p.device();
+    if (!why.detail.empty())
+        detail += "\n" + why.detail;
+    qCInfo(lcCapture) << "port" << (index == kA ? "A" : "B") << p.device().c_str() << "does not open:" << why.detail.c_str();
+    return Result::Fail(index == kA ? CaptureMsg::PortA : CaptureMsg::PortB, std::move(detail));
 }
 
-void Capture::reportPortError(int index)
+std::vector<Result> Capture::TryToOpenPorts(const PortComboTexts &texts)
 {
-    ReportError(prompter_, kTitlePortError, index == kA ? kMsgPortA : kMsgPortB, {}, "\n\n" + portName(index));
-}
-
-bool Capture::TryToOpenPorts(const PortComboTexts &texts)
-{
-    if (hooks_.environmentChanged)
-        hooks_.environmentChanged();
-    InitInterface(texts);
-    bool ok = true;
+    std::vector<Result> told;
+    if (Result warning = InitInterface(texts); !warning)
+        told.push_back(std::move(warning));
     for (int index : {kA, kB}) {
         ComPort &p = port(index);
         if (p.isOpen())
             p.close();
-        if (!p.open()) {
-            reportPortError(index);
-            ok = false;
+        if (const Result opened = p.open(); !opened) {
+            told.push_back(portFailure(index, opened));
             continue;
         }
         p.close();
     }
-    return ok;
+    return told;
 }
 
-bool Capture::OpenPortsForRecording()
+Result Capture::OpenPortsForRecording()
 {
     lostReported_ = {};
     for (int index : {kB, kA}) {
         ComPort &p = port(index);
         if (p.isOpen())
             continue;
-        if (!p.open()) {
-            reportPortError(index);
+        if (const Result opened = p.open(); !opened) {
+            Result failed = portFailure(index, opened);
             ClosePorts();
-            return false;
+            return failed;
         }
         lineHandle_[index] = modemHandle_[index] = 0; // a fresh session knows no triggers
         p.setDispatcherPriority(true, index == kA ? 2 : 0);
         p.flushInput();
     }
-    return true;
+    return Result::Ok();
 }
 
 void Capture::ClosePorts()
@@ -419,6 +419,7 @@ void Capture::onPortLost(ComPort &p, const std::string &reason)
     if (lostReported_[index])
         return;
     lostReported_[index] = true;
+    qCInfo(lcCapture) << "port" << (index == kA ? "A" : "B") << p.device().c_str() << "lost:" << reason.c_str();
     if (hooks_.portLost)
         hooks_.portLost(p, reason);
 }

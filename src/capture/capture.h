@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "base/prompt.h"
+#include "base/result.h"
 #include "record/com_event.h"
 #include "ports/com_port.h"
 #include "ports/port_settings.h"
@@ -54,6 +54,21 @@ struct PortChoice {
 // The device both ports use when no serial port was found.
 inline constexpr const char *kFallbackDevice = "/dev/ttyS0";
 
+// Message numbers of capture's results.
+namespace CaptureMsg {
+inline constexpr int PortError = 2000; // the title of a port failure
+inline constexpr int PortA = 2010;     // port A cannot be opened; detail: device and reason
+inline constexpr int PortB = 2011;
+inline constexpr int FewPorts = 2053;  // a warning: fewer than two ports, both use the same
+inline constexpr int WarningTitle = 205;
+} // namespace CaptureMsg
+
+class Reporter;
+// True for a result that only warns (2053): the ports can still be used.
+[[nodiscard]] inline bool IsCaptureWarning(const Result &r) { return r.code == CaptureMsg::FewPorts; }
+// Shows a result of capture: a warning under title 205, a port failure under title 2000.
+void ReportCaptureResult(Reporter &reporter, const Result &result);
+
 class Capture final : public ComPortListener {
 public:
     struct Hooks {
@@ -67,10 +82,9 @@ public:
         std::function<void(ComPort &port, const std::string &reason)> portLost; // once per port and recording
         std::function<void()> afterData;          // sound flag check after a data MP
         std::function<void(const PortSettings &)> settingsApplied; // recompute Tchar and Cps
-        std::function<void()> environmentChanged;
     };
 
-    Capture(ComPort &portA, ComPort &portB, ComEvent &event, Prompter &prompter, Hooks hooks = {});
+    Capture(ComPort &portA, ComPort &portB, ComEvent &event, Hooks hooks = {});
     ~Capture() override;
     Capture(const Capture &) = delete;
     Capture &operator=(const Capture &) = delete;
@@ -87,13 +101,17 @@ public:
     [[nodiscard]] int storedIndexA() const { return indexA_; }
     [[nodiscard]] int storedIndexB() const { return indexB_; }
 
-    // Applies devices and settings to both ports (warning 2053 when fewer than two ports).
-    void InitInterface(const PortComboTexts &texts);
-    // Tests the settings: open and close A, then B. Reports 2000/2010/2011; false on failure.
-    bool TryToOpenPorts(const PortComboTexts &texts);
+    // Applies devices and settings to both ports. The warning 2053 when fewer than two
+    // ports are listed, once per port list (not at every settings change).
+    Result InitInterface(const PortComboTexts &texts);
+    // Tests the settings: applies them, then opens and closes A, then B. What the user is
+    // to be told, in order: the warning of InitInterface, 2010 for A, 2011 for B (detail:
+    // the device and the port's reason). Empty when all went well.
+    [[nodiscard]] std::vector<Result> TryToOpenPorts(const PortComboTexts &texts);
 
-    // Recording: open B then A, raise their dispatchers, flush. Reports and closes again on failure.
-    [[nodiscard]] bool OpenPortsForRecording();
+    // Recording: open B then A, raise their dispatchers, flush. On failure 2010 / 2011 and
+    // nothing stays open.
+    [[nodiscard]] Result OpenPortsForRecording();
     // Flush and close A, then B.
     void ClosePorts();
     // Adds (if missing) and arms each open port's line (mask 15) and modem (mask 180) status trigger.
@@ -144,13 +162,11 @@ private:
     bool takeRound(); // one byte from each port into the pending event; true when any was taken
     void armLine(int index);
     void armModem(int index);
-    void reportPortError(int index);
-    [[nodiscard]] std::string portName(int index);
+    [[nodiscard]] Result portFailure(int index, const Result &why);
 
     ComPort &a_;
     ComPort &b_;
     ComEvent &ev_;
-    Prompter &prompter_;
     Hooks hooks_;
 
     std::vector<std::string> portList_;

@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <thread>
 
-#include "base/error_report.h"
-#include "record/record_paths.h"
 #include "base/string_table.h"
+#include "capture/capture_log.h"
+#include "record/record_paths.h"
 
 namespace kestrel {
 namespace {
@@ -48,8 +48,8 @@ int AskRecordMode(Prompter &prompter)
         prompter.ShowMessage(Str(kTitleConfirmation), Str(kMsgFileExists), Buttons::YesNoCancel, Icon::Confirmation));
 }
 
-Recorder::Recorder(RecordStore &store, RecordFile &file, RecorderPorts &ports, Prompter &prompter)
-    : store_(store), file_(file), ports_(ports), prompter_(prompter),
+Recorder::Recorder(RecordStore &store, RecordFile &file, RecorderPorts &ports, Reporter &reporter)
+    : store_(store), file_(file), ports_(ports), reporter_(reporter),
       delay_([](std::chrono::milliseconds ms) { std::this_thread::sleep_for(ms); }),
       post_([](std::function<void()> work) { work(); })
 {
@@ -84,7 +84,7 @@ void Recorder::reportFile(int messageNumber, const std::string &reason, int line
     std::string detail = "\n\n" + file_.path();
     if (!reason.empty())
         detail += "\n" + reason;
-    ReportError(prompter_, kTitleFile, messageNumber, {"Recorder", line}, detail);
+    reporter_.report(kTitleFile, Result::Fail(messageNumber, std::move(detail)), {"Recorder", line});
 }
 
 int Recorder::failLoad(int messageNumber, const Result &why, int line)
@@ -99,7 +99,7 @@ int Recorder::failLoad(int messageNumber, const Result &why, int line)
 
 // ---- buttons --------------------------------------------------------------
 
-void Recorder::btnRecordClick()
+void Recorder::record()
 {
     if (recording_ || loaded())
         return;
@@ -118,7 +118,7 @@ void Recorder::btnRecordClick()
     view_->scrollGridToEnd();
 }
 
-void Recorder::btnPauseClick()
+void Recorder::togglePause()
 {
     if (paused_) {
         paused_ = false;
@@ -140,7 +140,7 @@ void Recorder::btnPauseClick()
     view_->setLightsMonitoring(false);
 }
 
-void Recorder::btnStopClick()
+void Recorder::stop()
 {
     recDown_ = false;
     view_->setRecordButtons(false);
@@ -148,11 +148,11 @@ void Recorder::btnStopClick()
         StopRecorder();
     UnloadRecorder();
     if (paused_)
-        btnPauseClick();
+        togglePause();
     view_->scrollGridToEnd();
 }
 
-void Recorder::btnViewHoldClick()
+void Recorder::toggleViewHold()
 {
     viewHold_ = !viewHold_;
     if (viewHold_)
@@ -163,7 +163,7 @@ void Recorder::btnViewHoldClick()
     view_->setStatusLights(holdLight_, recordLight_);
 }
 
-void Recorder::LEDToggleTimerTimer()
+void Recorder::blinkTick()
 {
     holdLight_ = viewHold_ ? !holdLight_ : false;
     recordLight_ = recording_ ? !recordLight_ : false;
@@ -242,9 +242,10 @@ int Recorder::LoadRecorder()
     store_.ClearLiveBuffer();
     if (recordMode_ == RecordMode::Append) {
         if (const std::uint64_t torn = file_.cutTornTail(); torn > 0) {
-            prompter_.ShowMessage(Str(kTitleInformation),
-                                  Str(kMsgTornTailCut) + "\n\n" + file_.path() + "\n(" + std::to_string(torn) + " B)",
-                                  Buttons::Ok, Icon::Information);
+            qCInfo(lcCapture) << "cut a torn tail of" << torn << "bytes off" << file_.path().c_str();
+            reporter_.report(kTitleInformation,
+                             Result::Fail(kMsgTornTailCut, "\n\n" + file_.path() + "\n(" + std::to_string(torn) + " B)"),
+                             {}, Severity::Information);
         }
         file_.seekToStart();
         store_.ResetLastChange();
@@ -281,8 +282,9 @@ int Recorder::LoadRecorder()
 bool Recorder::StartRecorder()
 {
     recording_ = true;
-    if (!ports_.openForRecording()) {
+    if (const Result opened = ports_.openForRecording(); !opened) {
         recording_ = false;
+        reporter_.report(kTitlePort, opened);
         UnloadRecorder();
         return false;
     }
@@ -296,6 +298,8 @@ bool Recorder::StartRecorder()
     store_.ResetLastChange(); // the levels just read are the baseline
     if (RecordingGate())
         noteWrite(store_.RecordComEvent(0));
+    qCInfo(lcCapture) << "recording into" << file_.path().c_str() << "record mode" << recordMode_
+                      << (triggers ? "(trigger controlled)" : "");
     return true;
 }
 
@@ -305,11 +309,11 @@ void Recorder::StopRecorder()
     recording_ = false;
     if (stopTriggerTiming_)
         stopTriggerTiming_();
-    // What the ports received before the stop belongs to the recording; closing would flush it.
-    ports_.readAllPending();
+    // What the ports received before the stop belongs to the recording: read out, then closed.
     ports_.closeAfterRecording();
     noteWrite(store_.endBurst());
     view_->stopTriggerTimer();
+    qCInfo(lcCapture) << "recording stopped";
 }
 
 void Recorder::UnloadRecorder()
@@ -319,6 +323,7 @@ void Recorder::UnloadRecorder()
         // The stop mark is the last record; a full disk was reported already.
         if (store_.WriteSystemMark(SystemMark::Stopped) == WriteResult::Ok)
             ++stopMarks_;
+        qCInfo(lcCapture) << "closed" << file_.path().c_str() << "after" << file_.recordCount() << "MPs";
     }
     store_.liveBuffer().resetCount();
     store_.writtenCounter().store(0, std::memory_order_release);
@@ -337,7 +342,7 @@ void Recorder::UnloadRecorder()
 
 // ---- capture hooks ----------------------------------------------------------
 
-int Recorder::record(std::uint16_t burst)
+int Recorder::recordEvent(std::uint16_t burst)
 {
     if (!loaded())
         return WriteResult::WriteFailed; // no recording: nothing to report
@@ -363,10 +368,11 @@ void Recorder::noteWrite(int result)
         return;
     // Report a full disk once and stop: recording on would only lose more.
     writeFailed_ = true;
+    qCInfo(lcCapture) << "write to" << file_.path().c_str() << "fell short:" << file_.writeError().c_str();
     post_([this] {
         reportFile(kMsgWriteFailed, file_.writeError(), __LINE__);
         if (loaded())
-            btnStopClick();
+            stop();
     });
 }
 
@@ -375,10 +381,11 @@ void Recorder::onPortLost(const std::string &device, const std::string &reason)
     if (!recording_ || portLost_)
         return;
     portLost_ = true;
+    qCInfo(lcCapture) << "stopping: port" << device.c_str() << "lost";
     post_([this, device, reason] {
         if (recording_)
-            btnStopClick(); // records what the other port still holds
-        ReportError(prompter_, kTitlePort, kMsgPortLost, {"Recorder", __LINE__}, "\n\n" + device + ": " + reason);
+            stop(); // records what the other port still holds
+        reporter_.report(kTitlePort, Result::Fail(kMsgPortLost, "\n\n" + device + ": " + reason), {"Recorder", __LINE__});
     });
 }
 
@@ -388,7 +395,7 @@ void Recorder::drainAndStop()
         return;
     stopQueued_ = true;
     if (loaded() || recording_)
-        btnStopClick();
+        stop();
 }
 
 } // namespace kestrel

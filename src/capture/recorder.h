@@ -1,9 +1,9 @@
 #pragma once
 // Recorder control: the state machine behind the record, pause and stop
-// buttons. Idle -> btnRecordClick -> loaded (file open) -> StartRecorder ->
+// buttons. Idle -> record() -> loaded (file open) -> StartRecorder ->
 // recording; pause closes the ports and keeps the file open; stop writes the
 // stop mark and closes the file. Everything runs on the main thread; window
-// effects go through RecorderView, questions and reports through Prompter.
+// effects go through RecorderView, failures and notes through Reporter.
 
 #include <chrono>
 #include <cstdint>
@@ -11,6 +11,7 @@
 #include <string>
 
 #include "base/prompt.h"
+#include "base/reporter.h"
 #include "record/record_file.h"
 #include "record/record_store.h"
 #include "capture/recorder_ports.h"
@@ -40,7 +41,7 @@ struct TriggerGateStates {
 
 class Recorder {
 public:
-    Recorder(RecordStore &store, RecordFile &file, RecorderPorts &ports, Prompter &prompter);
+    Recorder(RecordStore &store, RecordFile &file, RecorderPorts &ports, Reporter &reporter);
     Recorder(const Recorder &) = delete;
     Recorder &operator=(const Recorder &) = delete;
 
@@ -59,14 +60,15 @@ public:
     void setTriggerPreparation(std::function<bool()> prepare) { prepareTriggers_ = std::move(prepare); }
     void setTriggerTimingStop(std::function<void()> stop) { stopTriggerTiming_ = std::move(stop); }
 
-    // The three buttons.
-    void btnRecordClick();
-    void btnPauseClick();
-    void btnStopClick();
+    // The three buttons: record (load, then start unless paused; ignored while
+    // recording), pause and resume, stop.
+    void record();
+    void togglePause();
+    void stop();
     // Display freeze: capture goes on, only the grid stops following.
-    void btnViewHoldClick();
+    void toggleViewHold();
     // The blink timer's tick (every 500 ms): each light toggles while its state lasts.
-    void LEDToggleTimerTimer();
+    void blinkTick();
 
     // Returns the record mode it ended with (0: nothing recorded, the file is closed).
     int LoadRecorder();
@@ -79,7 +81,7 @@ public:
     [[nodiscard]] bool RecordingGate() const;
 
     // Capture's hooks: write an MP from the pending event, and the receive burst around a data notification.
-    int record(std::uint16_t burst);
+    int recordEvent(std::uint16_t burst);
     // Trigger evaluation's mark (code t + 1, kind a, extra b); a short write is reported like any other.
     int WriteTriggerMark(std::uint8_t t, std::uint8_t a, std::uint8_t b);
     void beginBurst() { store_.beginBurst(); }
@@ -116,7 +118,7 @@ private:
     RecordStore &store_;
     RecordFile &file_;
     RecorderPorts &ports_;
-    Prompter &prompter_;
+    Reporter &reporter_;
     RecorderView noView_;
     RecorderView *view_ = &noView_;
     std::string dataDir_ = ".";

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "base/result.h"
 #include "ports/port_settings.h"
 
 namespace kestrel {
@@ -55,11 +56,11 @@ public:
     virtual void setSettings(const PortSettings &settings) = 0;
     [[nodiscard]] virtual PortSettings settings() const = 0;
 
-    // false with errorText() when the device is missing, busy or refuses the settings.
-    [[nodiscard]] virtual bool open() = 0;
+    // Fails when the device is missing, busy or refuses the settings: the code is the
+    // PortTextId of the failure, the detail the whole reason, ready to show.
+    [[nodiscard]] virtual Result open() = 0;
     virtual void close() = 0;
     [[nodiscard]] virtual bool isOpen() const = 0;
-    [[nodiscard]] virtual std::string errorText() const = 0;
 
     [[nodiscard]] virtual bool charReady() = 0;
     [[nodiscard]] virtual std::uint8_t getChar() = 0; // call only when charReady()

@@ -9,17 +9,18 @@ std::string PortText(PortTextId id)
     return Str(static_cast<int>(id));
 }
 
-bool ValidPortSettings(const PortSettings &s, std::string &reason)
+Result PortFailure(PortTextId id, const std::string &more)
 {
-    if (s.baud < 1 || s.baud > 20'000'000) {
-        reason = PortText(PortTextId::BadSettings) + " (baud " + std::to_string(s.baud) + ")";
-        return false;
-    }
-    if (s.dataBits < 5 || s.dataBits > 8) {
-        reason = PortText(PortTextId::BadSettings) + " (data bits " + std::to_string(s.dataBits) + ")";
-        return false;
-    }
-    return true;
+    return Result::Fail(static_cast<int>(id), PortText(id) + more);
+}
+
+Result ValidPortSettings(const PortSettings &s)
+{
+    if (s.baud < 1 || s.baud > 20'000'000)
+        return PortFailure(PortTextId::BadSettings, " (baud " + std::to_string(s.baud) + ")");
+    if (s.dataBits < 5 || s.dataBits > 8)
+        return PortFailure(PortTextId::BadSettings, " (data bits " + std::to_string(s.dataBits) + ")");
+    return Result::Ok();
 }
 
 int CharacterBitsTimesTwo(const PortSettings &s)

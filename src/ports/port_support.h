@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "base/result.h"
 #include "ports/port_settings.h"
 
 namespace kestrel {
@@ -22,8 +23,11 @@ enum class PortTextId {
 // The text in the active language.
 [[nodiscard]] std::string PortText(PortTextId id);
 
-// Baud 1..20,000,000, data bits 5..8; false with a reason otherwise.
-[[nodiscard]] bool ValidPortSettings(const PortSettings &s, std::string &reason);
+// A port failure: the text's number as the code, the text (and what follows it) as the detail.
+[[nodiscard]] Result PortFailure(PortTextId id, const std::string &more = {});
+
+// Baud 1..20,000,000, data bits 5..8; BadSettings with the value otherwise.
+[[nodiscard]] Result ValidPortSettings(const PortSettings &s);
 
 // Bits of one character (start + data + parity + stop), doubled so that 1.5 stop bits stay whole.
 // Two stop bits with five data bits are one and a half on the wire.

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "ports/port_support.h"
+#include "ports/ports_log.h"
 
 namespace kestrel {
 
@@ -24,28 +25,22 @@ SimPort::SimPort(SimLine &line, int index, std::string name)
 {
 }
 
-bool SimPort::open()
+Result SimPort::open()
 {
     if (open_)
-        return true;
-    error_.clear();
-    if (line_.gone_[index_]) {
-        error_ = PortText(PortTextId::Gone);
-        return false;
-    }
-    if (!line_.unavailable_[index_].empty()) {
-        error_ = line_.unavailable_[index_];
-        return false;
-    }
-    std::string why;
-    if (!ValidPortSettings(settings_, why)) {
-        error_ = why;
-        return false;
+        return Result::Ok();
+    Result r = line_.gone_[index_]                     ? PortFailure(PortTextId::Gone)
+             : !line_.unavailable_[index_].empty()     ? Result::Fail(static_cast<int>(PortTextId::Busy),
+                                                                      line_.unavailable_[index_])
+                                                       : ValidPortSettings(settings_);
+    if (!r) {
+        qCInfo(lcPorts) << "cannot open" << name_.c_str() << ":" << r.detail.c_str();
+        return r;
     }
     channel_.reset(line_.modem_[index_]);
     open_ = true;
     ++openCount_;
-    return true;
+    return r;
 }
 
 void SimPort::close()
@@ -281,6 +276,7 @@ void SimLine::disconnect(int port)
         return;
     gone_[port] = true;
     SimPort &p = *ports_[port];
+    qCInfo(lcPorts) << p.device().c_str() << "lost: disconnected";
     if (p.isOpen())
         p.channel().pushLost(PortText(PortTextId::Gone));
 }

@@ -30,10 +30,9 @@ public:
     void setSettings(const PortSettings &settings) override { settings_ = settings; }
     [[nodiscard]] PortSettings settings() const override { return settings_; }
 
-    [[nodiscard]] bool open() override;
+    [[nodiscard]] Result open() override;
     void close() override;
     [[nodiscard]] bool isOpen() const override { return open_; }
-    [[nodiscard]] std::string errorText() const override { return error_; }
 
     [[nodiscard]] bool charReady() override { return open_ && channel_.charReady(); }
     [[nodiscard]] std::uint8_t getChar() override { return channel_.getChar(); }
@@ -56,7 +55,6 @@ private:
     PortSettings settings_;
     bool open_ = false;
     int openCount_ = 0;
-    std::string error_;
     ReceiveChannel channel_;
 };
 

@@ -22,6 +22,7 @@
 
 #include "ports/port_scan.h"
 #include "ports/port_support.h"
+#include "ports/ports_log.h"
 
 namespace kestrel {
 
@@ -92,41 +93,47 @@ TermiosPort::~TermiosPort()
     close();
 }
 
-bool TermiosPort::open()
+Result TermiosPort::open()
 {
     if (fd_ >= 0)
-        return true;
-    error_.clear();
-    if (!ValidPortSettings(settings_, error_))
-        return false;
+        return Result::Ok();
+    Result r = openDevice();
+    if (!r)
+        qCInfo(lcPorts) << "cannot open" << device_.c_str() << ":" << r.detail.c_str();
+    else
+        qCDebug(lcPorts) << "opened" << device_.c_str() << "at" << settings_.baud << "baud";
+    return r;
+}
+
+Result TermiosPort::openDevice()
+{
+    if (Result valid = ValidPortSettings(settings_); !valid)
+        return valid;
 
     const int fd = ::open(device_.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) {
         const int e = errno;
-        error_ = e == ENOENT ? PortText(PortTextId::Missing)
-               : e == EBUSY  ? PortText(PortTextId::Busy)
-                             : PortText(PortTextId::OpenFailed) + std::strerror(e);
-        return false;
+        return e == ENOENT ? PortFailure(PortTextId::Missing)
+             : e == EBUSY  ? PortFailure(PortTextId::Busy)
+                           : PortFailure(PortTextId::OpenFailed, std::strerror(e));
     }
-    auto fail = [&](std::string why) {
+    auto fail = [&](Result why) {
         ::close(fd);
-        error_ = std::move(why);
-        return false;
+        return why;
     };
     if (!isatty(fd))
-        return fail(PortText(PortTextId::NotSerial));
+        return fail(PortFailure(PortTextId::NotSerial));
     if (flock(fd, LOCK_EX | LOCK_NB) != 0)
-        return fail(PortText(PortTextId::Busy));
+        return fail(PortFailure(PortTextId::Busy));
     if (IsLockedByLockFile(device_))
-        return fail(PortText(PortTextId::Busy));
+        return fail(PortFailure(PortTextId::Busy));
     (void)ioctl(fd, TIOCEXCL); // nobody else opens it while we record
 
     fd_ = fd;
-    std::string why;
-    if (!applySettings(why)) {
+    if (Result applied = applySettings(); !applied) {
         fd_ = -1;
         (void)ioctl(fd, TIOCNXCL);
-        return fail(why);
+        return fail(std::move(applied));
     }
     tcflush(fd_, TCIFLUSH);
     // The kernel raises DTR and RTS when a tty opens; a monitor holds its outputs inactive.
@@ -152,16 +159,14 @@ bool TermiosPort::open()
     reader_ = std::thread([this] { readerLoop(); });
     startModemThread();
     applyPriority();
-    return true;
+    return Result::Ok();
 }
 
-bool TermiosPort::applySettings(std::string &why)
+Result TermiosPort::applySettings()
 {
     termios t{};
-    if (tcgetattr(fd_, &t) != 0) {
-        why = PortText(PortTextId::NotSerial);
-        return false;
-    }
+    if (tcgetattr(fd_, &t) != 0)
+        return PortFailure(PortTextId::NotSerial);
     // Raw input with errors marked in the stream; nothing is sent, nothing is translated.
     t.c_iflag &= ~static_cast<tcflag_t>(IGNBRK | BRKINT | IGNPAR | ISTRIP | INLCR | IGNCR | ICRNL | IXON | IXOFF | IXANY | IMAXBEL | IUCLC);
     t.c_iflag |= INPCK | PARMRK;
@@ -193,15 +198,11 @@ bool TermiosPort::applySettings(std::string &why)
         cfsetispeed(&t, std);
         cfsetospeed(&t, std);
     }
-    if (tcsetattr(fd_, TCSANOW, &t) != 0) {
-        why = PortText(PortTextId::BadSettings) + " (" + std::strerror(errno) + ")";
-        return false;
-    }
-    if (std == B0 && !detail::SetBaudTermios2(fd_, settings_.baud)) {
-        why = PortText(PortTextId::BadSettings) + " (baud " + std::to_string(settings_.baud) + ")";
-        return false;
-    }
-    return true;
+    if (tcsetattr(fd_, TCSANOW, &t) != 0)
+        return PortFailure(PortTextId::BadSettings, std::string(" (") + std::strerror(errno) + ")");
+    if (std == B0 && !detail::SetBaudTermios2(fd_, settings_.baud))
+        return PortFailure(PortTextId::BadSettings, " (baud " + std::to_string(settings_.baud) + ")");
+    return Result::Ok();
 }
 
 void TermiosPort::setSettings(const PortSettings &settings)
@@ -211,9 +212,9 @@ void TermiosPort::setSettings(const PortSettings &settings)
         return;
     // tcsetattr can switch the UART's modem interrupts off under a waiting thread.
     stopModemThread();
-    std::string why;
-    if (!applySettings(why))
-        error_ = why;
+    // The port stays open with what it had; the next open reports the refusal.
+    if (const Result applied = applySettings(); !applied)
+        qCInfo(lcPorts) << device_.c_str() << "refused new settings:" << applied.detail.c_str();
     startModemThread();
 }
 
@@ -255,7 +256,7 @@ void TermiosPort::readerLoop()
         if (r < 0) {
             if (errno == EINTR)
                 continue;
-            channel_.pushLost(PortText(PortTextId::ReadFailed) + std::strerror(errno));
+            lose(PortText(PortTextId::ReadFailed) + std::strerror(errno));
             return;
         }
         if (fds[1].revents != 0)
@@ -274,11 +275,17 @@ void TermiosPort::readerLoop()
             continue;
         // End of file or EIO: the other side closed, or the adapter was unplugged.
         if (n == 0 || errno == EIO || errno == ENXIO || errno == ENODEV)
-            channel_.pushLost(PortText(PortTextId::OtherSideClosed));
+            lose(PortText(PortTextId::OtherSideClosed));
         else
-            channel_.pushLost(PortText(PortTextId::ReadFailed) + std::strerror(errno));
+            lose(PortText(PortTextId::ReadFailed) + std::strerror(errno));
         return;
     }
+}
+
+void TermiosPort::lose(const std::string &reason)
+{
+    qCInfo(lcPorts) << device_.c_str() << "lost:" << reason.c_str();
+    channel_.pushLost(reason);
 }
 
 void TermiosPort::process(const std::uint8_t *data, std::size_t size)

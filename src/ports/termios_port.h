@@ -32,10 +32,9 @@ public:
     void setSettings(const PortSettings &settings) override;
     [[nodiscard]] PortSettings settings() const override { return settings_; }
 
-    [[nodiscard]] bool open() override;
+    [[nodiscard]] Result open() override;
     void close() override;
     [[nodiscard]] bool isOpen() const override { return fd_ >= 0; }
-    [[nodiscard]] std::string errorText() const override { return error_; }
 
     [[nodiscard]] bool charReady() override { return fd_ >= 0 && channel_.charReady(); }
     [[nodiscard]] std::uint8_t getChar() override { return channel_.getChar(); }
@@ -55,8 +54,10 @@ public:
     [[nodiscard]] ReceiveChannel &channel() { return channel_; }
 
 private:
-    bool applySettings(std::string &why);
+    Result applySettings();
+    Result openDevice();
     void readerLoop();
+    void lose(const std::string &reason); // from the reader thread
     void modemLoop();
     void process(const std::uint8_t *data, std::size_t size);
     void startModemThread();
@@ -65,7 +66,6 @@ private:
 
     std::string device_;
     PortSettings settings_;
-    std::string error_;
     int fd_ = -1;
     int wakeFd_ = -1;
 

@@ -15,7 +15,7 @@
 
 #include "app/action_registry.h"
 #include "app/main_form.h"
-#include "app/monitored_ports.h"
+#include "capture/recording_session.h"
 #include "app/signal_light.h"
 #include "app/signal_light_controller.h"
 #include "record/clock.h"
@@ -312,8 +312,8 @@ TEST(MainForm, LosingAPortStopsCleanlyAndReportsOnce)
     Window win;
     win.click("btnREC");
     pump(400); // a few KB on the simulated line
-    win.w->simulatedLine()->disconnect(kSimPortA);
-    win.w->simulatedLine()->disconnect(kSimPortB);
+    win.w->session().simLine()->disconnect(kSimPortA);
+    win.w->session().simLine()->disconnect(kSimPortB);
     pump(100);
     EXPECT_FALSE(win.w->isRecording());
     const Marks m = readMarks(win.w->recordFile());
@@ -538,6 +538,40 @@ TEST(MainForm, DestroyingTheWindowWhileRecordingStillEndsTheRecording)
     const Marks m = readMarks(file);
     EXPECT_TRUE(m.gapFree);
     EXPECT_EQ(codes(m), (std::vector<int>{0, 6, 5}));
+}
+
+TEST(MainForm, PortsATestHandsInAreRecordedUpToTheStopMark)
+{
+    // The window's own path with ports it did not make: whatever they hold when Stop is
+    // pressed is in the file before the stop mark.
+    test::TempDir dir;
+    test::ScriptedPrompter prompter{MsgResult::Yes};
+    ManualClock clock;
+    SimLine line(Scenario{}, clock);
+    MainFormOptions o;
+    o.args = ParseStartupArgs({"kestrel", (dir.path() / "hand.ksr").string()});
+    o.dataFolder = dir.path().string() + "/";
+    o.prompter = &prompter;
+    o.clock = &clock;
+    o.skipUnloadDelay = true;
+    o.portA = &line.portA();
+    o.portB = &line.portB();
+    auto w = std::make_unique<TFormMain>(std::move(o));
+    w->FormShow();
+    EXPECT_EQ(w->findChild<QLabel *>("lblPortA")->text(), "sim:A");
+    w->findChild<QToolButton *>("btnREC")->click();
+    ASSERT_TRUE(w->isRecording());
+    line.injectBytes(kSimPortA, {'r', 'x'});
+    line.injectBytes(kSimPortB, {'t', 'x', '!'});
+    w->findChild<QToolButton *>("btnSTOP")->click();
+    pump(20);
+    const Marks m = readMarks(w->recordFile());
+    EXPECT_EQ(m.dataBytes, 5u);
+    EXPECT_EQ(codes(m), (std::vector<int>{0, 6, 5}));
+    EXPECT_EQ(m.system.back().first, m.count - 1);
+    EXPECT_TRUE(m.gapFree);
+    EXPECT_TRUE(prompter.asked.empty());
+    w.reset(); // before the line its ports belong to
 }
 
 TEST(MainForm, SavedEnvironmentCarriesThePortSettingsAndTheRecordFile)

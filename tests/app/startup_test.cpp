@@ -62,13 +62,15 @@ TEST(StartupArgs, SimulateTakesAnOptionalScenario)
     EXPECT_EQ(parse({"--simulate", "line.scn"}).scenario, "line.scn");
     EXPECT_EQ(parse({"--simulate=modem.scn"}).scenario, "modem.scn");
     // A following option or record file is not a scenario.
-    const StartupArgs r = parse({"--simulate", "--record", "x.ksr"});
+    const StartupArgs r = parse({"--simulate", "--verbose", "--record", "x.ksr"});
     EXPECT_TRUE(r.simulate);
+    EXPECT_TRUE(r.verbose);
     EXPECT_TRUE(r.recordAtStart);
     EXPECT_EQ(r.scenario, "");
     EXPECT_EQ(r.recordFile, "x.ksr");
     EXPECT_EQ(parse({"--simulate", "rec.ksr"}).scenario, "");
     EXPECT_FALSE(parse({"x.ksr"}).simulate);
+    EXPECT_FALSE(parse({"x.ksr"}).verbose);
 }
 
 TEST(StartupArgs, BadOptionsAreReportedNotGuessed)

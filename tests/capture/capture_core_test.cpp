@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <deque>
 
+#include "base/reporter.h"
 #include "capture/capture.h"
 #include "record/clock.h"
 #include "ports/sim_port.h"
@@ -28,15 +29,13 @@ public:
     std::string device() const override { return device_; }
     void setSettings(const PortSettings &s) override { settings_ = s; }
     PortSettings settings() const override { return settings_; }
-    bool open() override
+    Result open() override
     {
         log_.push_back("open " + name_);
-        if (failOpen) {
-            error_ = "refused";
-            return false;
-        }
+        if (failOpen)
+            return Result::Fail(7157, "refused");
         open_ = true;
-        return true;
+        return Result::Ok();
     }
     void close() override
     {
@@ -44,7 +43,6 @@ public:
         open_ = false;
     }
     bool isOpen() const override { return open_; }
-    std::string errorText() const override { return error_; }
     bool charReady() override { return !rx.empty(); }
     std::uint8_t getChar() override
     {
@@ -75,7 +73,7 @@ public:
     int handles = 0;
 
 private:
-    std::string name_, device_, error_;
+    std::string name_, device_;
     PortSettings settings_;
     bool open_ = false;
     std::vector<std::string> &log_;
@@ -85,11 +83,10 @@ struct CaptureFixture : ::testing::Test {
     std::vector<std::string> log;
     FakePort a{"A", log}, b{"B", log};
     ComEvent ev;
-    ScriptedPrompter prompter;
     std::vector<ComEvent> mps;
     std::vector<std::uint16_t> bursts;
     bool gate = true;
-    Capture cap{a, b, ev, prompter, {}};
+    Capture cap{a, b, ev, {}};
 
     void SetUp() override
     {
@@ -159,12 +156,25 @@ TEST_F(CaptureFixture, OnePortWarnsOnceAndBothPortsShareIt)
     cap.setPortList({"/dev/ttyUSB0"});
     PortSettings applied;
     cap.hooks().settingsApplied = [&](const PortSettings &s) { applied = s; };
-    cap.InitInterface({"19200", "8", "O", "1"});
-    cap.InitInterface({"19200", "8", "O", "1"});
-    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_EQ(cap.InitInterface({"19200", "8", "O", "1"}), Result::Fail(CaptureMsg::FewPorts));
+    EXPECT_TRUE(cap.InitInterface({"19200", "8", "O", "1"}));
     EXPECT_EQ(a.device(), "/dev/ttyUSB0");
     EXPECT_EQ(b.device(), "/dev/ttyUSB0");
     EXPECT_EQ(b.settings(), a.settings());
+    EXPECT_EQ(applied, a.settings());
+    // A new scan warns again; the warning is shown as one, under its own title.
+    cap.setPortList({});
+    const std::vector<Result> told = cap.TryToOpenPorts({"19200", "8", "O", "1"});
+    ASSERT_EQ(told.size(), 1u);
+    EXPECT_TRUE(IsCaptureWarning(told[0]));
+    EXPECT_EQ(a.device(), kFallbackDevice);
+    ScriptedPrompter prompter;
+    PromptReporter reporter(prompter);
+    ReportCaptureResult(reporter, told[0]);
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_EQ(prompter.asked[0].title, Str(205));
+    EXPECT_EQ(prompter.asked[0].text, Str(2053));
+    EXPECT_EQ(prompter.asked[0].icon, Icon::Warning);
 }
 
 TEST_F(CaptureFixture, TwoBytesTogetherMakeOneMpWithBothValid)
@@ -298,11 +308,27 @@ TEST_F(CaptureFixture, FailingPortIsReportedAndNothingStaysOpen)
     b.close();
     a.setDevice("/dev/ttyUSB7");
     a.failOpen = true;
-    EXPECT_FALSE(cap.OpenPortsForRecording());
+    const Result r = cap.OpenPortsForRecording();
+    EXPECT_EQ(r, Result::Fail(CaptureMsg::PortA, "\n\n/dev/ttyUSB7\nrefused"));
     EXPECT_FALSE(a.isOpen());
     EXPECT_FALSE(b.isOpen());
+    ScriptedPrompter prompter;
+    PromptReporter reporter(prompter);
+    ReportCaptureResult(reporter, r);
     ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_EQ(prompter.asked[0].title, Str(2000));
     EXPECT_NE(prompter.asked[0].text.find("COM port A cannot be initialised"), std::string::npos);
+
+    // Trying the settings tests both ports and tells each failure, A before B.
+    b.failOpen = true;
+    b.setDevice("/dev/ttyUSB8");
+    cap.setPortList({"/dev/ttyUSB7", "/dev/ttyUSB8"});
+    cap.setStoredIndexes(0, 1);
+    const std::vector<Result> told = cap.TryToOpenPorts({"9600", "8", "N", "1"});
+    ASSERT_EQ(told.size(), 2u);
+    EXPECT_EQ(told[0].code, CaptureMsg::PortA);
+    EXPECT_EQ(told[1], Result::Fail(CaptureMsg::PortB, "\n\n/dev/ttyUSB8\nrefused"));
+    EXPECT_FALSE(a.isOpen() || b.isOpen());
 }
 
 TEST_F(CaptureFixture, PortLossIsForwardedOncePerRecording)
@@ -334,16 +360,15 @@ TEST(CaptureOverSimLine, ScenarioEventsBecomeMps)
     ManualClock clock;
     SimLine line(*sc, clock);
     ComEvent ev;
-    ScriptedPrompter prompter;
     std::vector<ComEvent> mps;
-    Capture cap(line.portA(), line.portB(), ev, prompter, {});
+    Capture cap(line.portA(), line.portB(), ev, {});
     cap.hooks().record = [&](std::uint16_t) {
         mps.push_back(ev);
         return 0;
     };
     cap.setPortList({"sim:A", "sim:B"});
     cap.setStoredIndexes(0, 1);
-    cap.InitInterface({"10000", "8", "N", "1"});
+    (void)cap.InitInterface({"10000", "8", "N", "1"});
     ASSERT_TRUE(cap.OpenPortsForRecording());
     cap.ArmStatusTriggers();
     line.restart();

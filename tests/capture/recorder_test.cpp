@@ -20,14 +20,15 @@ namespace {
 class FakePorts final : public RecorderPorts {
 public:
     explicit FakePorts(RecordStore &store) : store_(store) {}
-    bool openForRecording() override
+    Result openForRecording() override
     {
         calls.push_back("open");
         open = openSucceeds;
-        return open;
+        return open ? Result::Ok() : Result::Fail(2010, "\n\n/dev/ttyUSB9\nbusy");
     }
     void closeAfterRecording() override
     {
+        drain();
         calls.push_back("close");
         open = false;
     }
@@ -38,9 +39,8 @@ public:
         store_.pending().m1 = dsr;
         store_.pending().m5 = dcd;
     }
-    void readAllPending() override
+    void drain()
     {
-        calls.push_back("drain");
         for (std::uint8_t b : queued) {
             store_.pending().d2 = b;
             store_.pending().d2Valid = 1;
@@ -85,8 +85,9 @@ struct RecorderFixture : ::testing::Test {
     RecordFile file;
     FakePorts ports{store};
     test::ScriptedPrompter prompter;
+    PromptReporter reporter{prompter};
     CountingView view;
-    Recorder rec{store, file, ports, prompter};
+    Recorder rec{store, file, ports, reporter};
     std::deque<std::function<void()>> posted;
 
     void SetUp() override
@@ -106,7 +107,7 @@ struct RecorderFixture : ::testing::Test {
             return;
         store.pending().d1 = b;
         store.pending().d1Valid = 1;
-        (void)rec.record(0);
+        (void)rec.recordEvent(0);
         store.pending().clearData();
     }
     std::vector<MpRecord> fileRecords()
@@ -141,14 +142,14 @@ void expectGapFree(const std::vector<MpRecord> &recs)
 
 TEST_F(RecorderFixture, NewFileRecordsMarksLevelsAndDataThenStops)
 {
-    rec.btnRecordClick();
+    rec.record();
     EXPECT_TRUE(rec.recording());
-    rec.btnRecordClick(); // a second press while recording does nothing
+    rec.record(); // a second press while recording does nothing
     EXPECT_EQ(ports.count("open"), 1);
     EXPECT_EQ(file.openCount(RecordHandle::Record), 1);
     dataByte('A');
     dataByte('B');
-    rec.btnStopClick();
+    rec.stop();
     EXPECT_FALSE(rec.recording());
     EXPECT_FALSE(rec.loaded());
 
@@ -164,12 +165,12 @@ TEST_F(RecorderFixture, NewFileRecordsMarksLevelsAndDataThenStops)
 
 TEST_F(RecorderFixture, ExistingFileWithoutChoiceRecordsNothing)
 {
-    rec.btnRecordClick();
-    rec.btnStopClick();
+    rec.record();
+    rec.stop();
     const auto before = fileRecords();
     view = CountingView{};
     rec.setAppendReplace(RecordMode::None);
-    rec.btnRecordClick();
+    rec.record();
     EXPECT_FALSE(rec.recording());
     EXPECT_FALSE(rec.loaded());
     EXPECT_FALSE(view.recDown); // buttons back to Stop
@@ -181,26 +182,26 @@ TEST_F(RecorderFixture, EmptyOrTornOnlyFileIsReplacedWithoutAsking)
 {
     std::ofstream(file.path()) << std::string(33, 'z'); // less than one record
     rec.setAppendReplace(RecordMode::None);
-    rec.btnRecordClick();
+    rec.record();
     EXPECT_EQ(rec.recordMode(), RecordMode::Replace);
-    rec.btnStopClick();
+    rec.stop();
     EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
     EXPECT_TRUE(prompter.asked.empty());
 }
 
 TEST_F(RecorderFixture, PauseThenStopStopsOnceAndWritesOneStopMark)
 {
-    rec.btnRecordClick();
-    rec.btnPauseClick();
+    rec.record();
+    rec.togglePause();
     EXPECT_TRUE(rec.paused());
     EXPECT_FALSE(rec.recording());
     EXPECT_FALSE(ports.open);
     dataByte('p'); // lines move while paused: no MP
     const auto whilePaused = fileRecords().size();
     EXPECT_EQ(whilePaused, 3u);
-    rec.LEDToggleTimerTimer();
+    rec.blinkTick();
     EXPECT_EQ(view.lights.back(), std::make_pair(false, false)); // the recorder light stays off while paused
-    rec.btnStopClick();
+    rec.stop();
     EXPECT_FALSE(rec.paused());
     EXPECT_EQ(ports.count("close"), 1);
     EXPECT_EQ(rec.stopMarks(), 1);
@@ -210,18 +211,23 @@ TEST_F(RecorderFixture, PauseThenStopStopsOnceAndWritesOneStopMark)
 TEST_F(RecorderFixture, PortThatDoesNotOpenLeavesTheRecorderIdle)
 {
     ports.openSucceeds = false;
-    rec.btnRecordClick();
+    rec.record();
     EXPECT_FALSE(rec.recording());
     EXPECT_FALSE(rec.loaded());
     EXPECT_FALSE(view.recDown);
     EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+    // The port's failure is shown once, as a port error with the device and the reason.
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_EQ(prompter.asked[0].title, StrIn(2000, kLangEnglish));
+    EXPECT_EQ(prompter.asked[0].text, StrIn(2010, kLangEnglish) + "\n\n/dev/ttyUSB9\nbusy");
+    EXPECT_EQ(prompter.asked[0].icon, Icon::Error);
 }
 
 TEST_F(RecorderFixture, FileThatCannotBeCreatedIsReportedAndNothingStaysOpen)
 {
     std::ofstream(dir.file("plainfile")) << "x";
     file.setPath(dir.file("plainfile") + "/x.ksr"); // a path under a plain file
-    rec.btnRecordClick();
+    rec.record();
     EXPECT_FALSE(rec.recording());
     EXPECT_FALSE(file.isOpen(RecordHandle::Record));
     ASSERT_EQ(prompter.asked.size(), 1u);
@@ -235,7 +241,7 @@ TEST_F(RecorderFixture, TriggerControlledStartWritesNothingUntilTriggersOpenTheG
         rec.triggerControlled = true;
         return true;
     });
-    rec.btnRecordClick();
+    rec.record();
     EXPECT_EQ(ports.count("arm"), 0); // trigger evaluation arms its own
     dataByte('n');
     EXPECT_EQ(fileRecords().size(), 2u);
@@ -243,7 +249,7 @@ TEST_F(RecorderFixture, TriggerControlledStartWritesNothingUntilTriggersOpenTheG
     rec.captureEnabled = true;
     rec.triggerStates.stopGroupArmed = true;
     dataByte('y');
-    rec.btnStopClick();
+    rec.stop();
     EXPECT_FALSE(rec.triggerControlled);
     const auto recs = fileRecords();
     ASSERT_EQ(recs.size(), 5u);
@@ -255,7 +261,7 @@ TEST_F(RecorderFixture, TriggerControlledStartWritesNothingUntilTriggersOpenTheG
 TEST_F(RecorderFixture, LostPortStopsOnceKeepsEverythingAndReportsOnce)
 {
     rec.setPoster([this](std::function<void()> f) { posted.push_back(std::move(f)); });
-    rec.btnRecordClick();
+    rec.record();
     dataByte('a');
     ports.queued = {'b', 'c'}; // still in the other port's buffer
     rec.onPortLost("/dev/ttyUSB0", "device removed");
@@ -276,28 +282,6 @@ TEST_F(RecorderFixture, LostPortStopsOnceKeepsEverythingAndReportsOnce)
     EXPECT_EQ(posted.size(), 1u);
 }
 
-TEST_F(RecorderFixture, PauseAndStopRecordWhatThePortsHoldBeforeClosingThem)
-{
-    rec.btnRecordClick();
-    ports.queued = {'p'};
-    rec.btnPauseClick();
-    rec.btnPauseClick();
-    ports.queued = {'s', 't'};
-    rec.btnStopClick();
-    std::string bytes;
-    for (const auto &mp : fileRecords())
-        if (mp.d2Valid)
-            bytes += static_cast<char>(mp.d2);
-    EXPECT_EQ(bytes, "pst");
-    EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
-    // Each time the ports were read out while still open.
-    std::vector<std::string> order;
-    for (const auto &c : ports.calls)
-        if (c == "drain" || c == "close")
-            order.push_back(c);
-    EXPECT_EQ(order, (std::vector<std::string>{"drain", "close", "drain", "close"}));
-}
-
 TEST_F(RecorderFixture, RandomButtonPressesKeepTheFileWellFormedAndLoseNoByte)
 {
     std::mt19937 rng(20261122);
@@ -310,16 +294,16 @@ TEST_F(RecorderFixture, RandomButtonPressesKeepTheFileWellFormedAndLoseNoByte)
             const bool wasLoaded = rec.loaded();
             const unsigned choice = rng() % 10;
             rec.setAppendReplace(choice == 0 ? RecordMode::None : choice == 1 ? RecordMode::Replace : RecordMode::Append);
-            rec.btnRecordClick();
+            rec.record();
             if (!wasLoaded && rec.loaded() && rec.recordMode() != RecordMode::Append)
                 d1 = d2 = 0; // a new or replaced file
             break;
         }
         case 2:
-            rec.btnPauseClick();
+            rec.togglePause();
             break;
         case 3:
-            rec.btnStopClick();
+            rec.stop();
             break;
         case 4:
         case 5:
@@ -339,7 +323,7 @@ TEST_F(RecorderFixture, RandomButtonPressesKeepTheFileWellFormedAndLoseNoByte)
         ASSERT_FALSE(rec.recording() && rec.paused()) << "step " << step;
         ASSERT_TRUE(!rec.recording() || rec.loaded()) << "step " << step;
     }
-    rec.btnStopClick();
+    rec.stop();
     ASSERT_FALSE(rec.loaded());
     EXPECT_TRUE(prompter.asked.empty());
 

@@ -17,6 +17,7 @@
 #include "ports/parmrk_decoder.h"
 #include "ports/port_scan.h"
 #include "ports/port_settings.h"
+#include "ports/port_support.h"
 #include "ports/termios_port.h"
 #include "support/note_log.h"
 #include "support/pty_pair.h"
@@ -53,7 +54,8 @@ struct TermiosFixture : ::testing::Test {
     void openPort(const PortSettings &s = {})
     {
         port.setSettings(s);
-        ASSERT_TRUE(port.open()) << port.errorText();
+        const Result opened = port.open();
+        ASSERT_TRUE(opened) << opened.detail;
     }
     termios slaveTermios() const
     {
@@ -87,7 +89,6 @@ TEST_F(TermiosFixture, RawReceiveOnlySettingsAreApplied)
     s.baud = 250000;
     s.stopBits = StopBits::One;
     port.setSettings(s);
-    EXPECT_EQ(port.errorText(), "");
     EXPECT_EQ(detail::GetBaudTermios2(slaveFd), 250000);
 }
 
@@ -173,19 +174,26 @@ TEST_F(TermiosFixture, CloseWhileThreadsAreBlockedDoesNotHang)
 
 TEST_F(TermiosFixture, MissingNotSerialAndBusyDevicesRefuseToOpen)
 {
+    // Each failure names its own reason, as a text ready to show.
     TermiosPort missing("/dev/kestrel-no-such-tty");
-    EXPECT_FALSE(missing.open());
-    EXPECT_NE(missing.errorText(), "");
+    const Result gone = missing.open();
+    EXPECT_EQ(gone.code, static_cast<int>(PortTextId::Missing));
+    EXPECT_EQ(gone.detail, PortText(PortTextId::Missing));
     TermiosPort notTty("/dev/null");
-    EXPECT_FALSE(notTty.open());
-    EXPECT_NE(notTty.errorText(), missing.errorText());
+    EXPECT_EQ(notTty.open().code, static_cast<int>(PortTextId::NotSerial));
+    EXPECT_FALSE(notTty.isOpen());
 
     ASSERT_EQ(flock(slaveFd, LOCK_EX | LOCK_NB), 0); // another program holds it
-    EXPECT_FALSE(port.open());
-    const std::string busy = port.errorText();
-    EXPECT_NE(busy, "");
+    EXPECT_EQ(port.open().code, static_cast<int>(PortTextId::Busy));
+    EXPECT_FALSE(port.isOpen());
     flock(slaveFd, LOCK_UN);
-    EXPECT_TRUE(port.open()) << port.errorText();
+    const Result opened = port.open();
+    EXPECT_TRUE(opened) << opened.detail;
+
+    // Settings no port can take are refused before the device is touched.
+    TermiosPort bad("/dev/kestrel-no-such-tty");
+    bad.setSettings({0, 8, Parity::None, StopBits::One});
+    EXPECT_EQ(bad.open().code, static_cast<int>(PortTextId::BadSettings));
 }
 
 TEST(ParmrkDecoder, EverySplitDecodesLikeTheWhole)

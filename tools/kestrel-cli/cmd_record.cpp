@@ -23,7 +23,7 @@
 
 #include "base/console_prompter.h"
 #include "capture/capture.h"
-#include "capture/capture_wiring.h"
+#include "capture/recording_session.h"
 #include "record/clock.h"
 #include "record/record_file.h"
 #include "record/record_store.h"
@@ -298,50 +298,36 @@ int runRecord(const std::vector<std::string> &args)
         return kExitFailure;
     }
 
-    SystemClock clock;
-    std::unique_ptr<SimLine> line;
-    std::unique_ptr<ComPort> deviceA, deviceB;
-    ComPort *portA = nullptr, *portB = nullptr;
-    if (o.simulate) {
-        line = std::make_unique<SimLine>(std::move(*scenario), clock);
-        portA = &line->portA();
-        portB = &line->portB();
-    } else {
-        deviceA = std::make_unique<TermiosPort>(o.portA);
-        deviceB = std::make_unique<TermiosPort>(o.portB);
-        portA = deviceA.get();
-        portB = deviceB.get();
-    }
-
     ConsolePrompter prompter;
-    RecordStore store(clock);
-    RecordFile file;
-    file.setPath(output);
-    ReceiveEvent receiveEvent;
-    Capture capture(*portA, *portB, store.pending(), prompter);
-    CaptureRecorderPorts ports(capture);
-    Recorder recorder(store, file, ports, prompter);
+    PromptReporter reporter(prompter);
+    std::unique_ptr<RecordingSession> session =
+        o.simulate ? RecordingSession::Simulated(std::move(*scenario), reporter)
+                   : RecordingSession::Serial({o.portA, o.portB}, reporter);
+    session->capture().setStoredIndexes(0, 1);
+    session->file().setPath(output);
+    Recorder &recorder = session->recorder();
     CliRecorderView view;
     recorder.setView(&view);
     recorder.setDelay([](std::chrono::milliseconds) {}); // no redraw thread to wait for
-    recorder.setPoster([](std::function<void()> work) { QTimer::singleShot(0, qApp, std::move(work)); });
     recorder.setAppendReplace(o.mode);
-    ConnectCaptureToRecorder(capture, recorder, store, receiveEvent);
+    SimLine *line = session->simLine();
 
-    capture.setPortList(o.simulate ? std::vector<std::string>{portA->device(), portB->device()}
-                                   : std::vector<std::string>{o.portA, o.portB});
-    capture.setStoredIndexes(0, 1);
     // Prove the ports and settings before the file is touched: a busy port must not cost a recording.
-    if (!capture.TryToOpenPorts(o.texts))
+    bool portsOpen = true;
+    for (const Result &r : session->tryPorts(o.texts)) {
+        ReportCaptureResult(reporter, r);
+        portsOpen = portsOpen && IsCaptureWarning(r);
+    }
+    if (!portsOpen)
         return kExitFailure;
 
-    recorder.btnRecordClick();
-    if (!recorder.recording())
-        return kExitFailure; // the reason was printed through the prompter
+    session->record();
+    if (!session->recording())
+        return kExitFailure; // the reason was printed through the reporter
     view.active = true;
 
-    auto stop = [&recorder] {
-        recorder.drainAndStop();
+    auto stop = [&session] {
+        session->drainAndStop();
         QCoreApplication::quit();
     };
     QSocketNotifier signalNotifier(g_signalPipe[0], QSocketNotifier::Read);
@@ -383,8 +369,8 @@ int runRecord(const std::vector<std::string> &args)
     app.exec();
     if (line)
         line->stopTimer();
-    if (recorder.loaded())
-        recorder.drainAndStop();
+    if (session->loaded())
+        session->drainAndStop();
     view.active = false;
 
     RecordReader check;
