@@ -70,22 +70,18 @@ void conversions(std::string_view text, const GlyphTable &glyphs)
 
 void parsers(std::string_view text)
 {
-    std::string error;
-    std::vector<std::uint8_t> pattern;
-    if (ParseHexPattern(text, pattern, error)) {
-        check(!pattern.empty());
-        for (std::uint8_t b : pattern)
+    if (const auto pattern = ParseHexPattern(text)) {
+        check(!pattern.value.empty());
+        for (std::uint8_t b : pattern.value)
             check(b != 0);
     } else {
-        check(!error.empty());
+        check(!pattern.result.detail.empty());
     }
-    SignalCriteria s;
-    if (ParseSignalCriteria(text, s, error))
-        for (int l : s.level)
+    if (const auto s = ParseSignalCriteria(text))
+        for (int l : s.value.level)
             check(l >= 0 && l <= 2);
-    ErrorCriteria e;
-    if (ParseErrorCriteria(text, e, error))
-        for (int f : e.flag)
+    if (const auto e = ParseErrorCriteria(text))
+        for (int f : e.value.flag)
             check(f >= 0 && f <= 2);
     if (const auto t = ParseSearchDateTime(text)) {
         // A time that parses reads back through the absolute text to the second.

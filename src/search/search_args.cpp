@@ -1,6 +1,9 @@
 #include "search/search_args.h"
 
 #include <cctype>
+#include <string>
+
+#include "search/search.h"
 
 namespace kestrel {
 namespace {
@@ -27,15 +30,17 @@ struct Alias {
     int index;
 };
 
+Result malformed(std::string message)
+{
+    return Result::Fail(kMalformedSearchValue, std::move(message));
+}
+
 // "NAME=0|1" items; sets criteria[index] to 1 (low / clear) or 2 (high / set).
 template <std::size_t N>
-bool parseLevels(std::string_view text, const Alias (&aliases)[N], int *criteria, const char *what,
-                 const char *known, std::string &error)
+Result parseLevels(std::string_view text, const Alias (&aliases)[N], int *criteria, const char *what, const char *known)
 {
-    if (trim(text).empty()) {
-        error = std::string("no ") + what + " given (e.g. " + known + ")";
-        return false;
-    }
+    if (trim(text).empty())
+        return malformed(std::string("no ") + what + " given (e.g. " + known + ")");
     std::size_t pos = 0;
     while (pos <= text.size()) {
         const auto comma = text.find(',', pos);
@@ -45,21 +50,17 @@ bool parseLevels(std::string_view text, const Alias (&aliases)[N], int *criteria
         const auto eq = item.find('=');
         const std::string name = upper(trim(item.substr(0, eq)));
         const std::string_view value = eq == std::string_view::npos ? std::string_view() : trim(item.substr(eq + 1));
-        if (eq == std::string_view::npos || (value != "0" && value != "1")) {
-            error = std::string("malformed ") + what + " '" + std::string(item) + "': expected NAME=0 or NAME=1";
-            return false;
-        }
+        if (eq == std::string_view::npos || (value != "0" && value != "1"))
+            return malformed(std::string("malformed ") + what + " '" + std::string(item) + "': expected NAME=0 or NAME=1");
         int index = -1;
         for (const auto &a : aliases)
             if (name == a.name)
                 index = a.index;
-        if (index < 0) {
-            error = std::string("unknown ") + what + " '" + name + "' (known: " + known + ")";
-            return false;
-        }
+        if (index < 0)
+            return malformed(std::string("unknown ") + what + " '" + name + "' (known: " + known + ")");
         criteria[index] = value == "1" ? 2 : 1;
     }
-    return true;
+    return Result::Ok();
 }
 
 constexpr Alias kSignals[] = {{"S1", 0},  {"M1", 1},  {"S2", 2},  {"M2", 3},  {"M5", 4},  {"M3", 5},  {"DTR", 0},
@@ -79,57 +80,51 @@ int hexValue(char c)
 
 } // namespace
 
-bool ParseSignalCriteria(std::string_view text, SignalCriteria &out, std::string &error)
+Expected<SignalCriteria> ParseSignalCriteria(std::string_view text)
 {
-    out = {};
-    return parseLevels(text, kSignals, out.level, "signal", "S1 M1 S2 M2 M5 M3 or DTR DSR RTS CTS DCD RNG", error);
+    Expected<SignalCriteria> out;
+    out.result = parseLevels(text, kSignals, out.value.level, "signal", "S1 M1 S2 M2 M5 M3 or DTR DSR RTS CTS DCD RNG");
+    return out;
 }
 
-bool ParseErrorCriteria(std::string_view text, ErrorCriteria &out, std::string &error)
+Expected<ErrorCriteria> ParseErrorCriteria(std::string_view text)
 {
-    out = {};
-    return parseLevels(text, kErrors, out.flag, "error flag", "PE FE LE", error);
+    Expected<ErrorCriteria> out;
+    out.result = parseLevels(text, kErrors, out.value.flag, "error flag", "PE FE LE");
+    return out;
 }
 
-bool ParseHexPattern(std::string_view text, std::vector<std::uint8_t> &out, std::string &error)
+Expected<std::vector<std::uint8_t>> ParseHexPattern(std::string_view text)
 {
-    out.clear();
+    Expected<std::vector<std::uint8_t>> out;
+    std::vector<std::uint8_t> &bytes = out.value;
+    const std::string quoted = "'" + std::string(text) + "'";
     int high = -1;
     for (char c : text) {
         if (std::isspace(static_cast<unsigned char>(c))) {
-            if (high >= 0) {
-                error = "malformed hex pattern '" + std::string(text) + "': blanks may only stand between digit pairs";
-                return false;
-            }
+            if (high >= 0)
+                return {{}, malformed("malformed hex pattern " + quoted + ": blanks may only stand between digit pairs")};
             continue;
         }
         const int v = hexValue(c);
-        if (v < 0) {
-            error = "malformed hex pattern '" + std::string(text) + "': '" + std::string(1, c) + "' is no hex digit";
-            return false;
-        }
+        if (v < 0)
+            return {{}, malformed("malformed hex pattern " + quoted + ": '" + std::string(1, c) + "' is no hex digit")};
         if (high < 0) {
             high = v;
         } else {
-            out.push_back(static_cast<std::uint8_t>(high * 16 + v));
+            bytes.push_back(static_cast<std::uint8_t>(high * 16 + v));
             high = -1;
         }
     }
-    if (high >= 0) {
-        error = "malformed hex pattern '" + std::string(text) + "': an odd number of hex digits";
-        return false;
+    if (high >= 0)
+        return {{}, malformed("malformed hex pattern " + quoted + ": an odd number of hex digits")};
+    if (bytes.empty())
+        return {{}, Result::Fail(SearchText::BadPattern, "empty hex pattern")};
+    for (std::uint8_t b : bytes) {
+        if (b == 0)
+            return {{}, Result::Fail(SearchText::BadPattern, "the hex pattern holds 00, which cannot be searched for")};
     }
-    if (out.empty()) {
-        error = "empty hex pattern";
-        return false;
-    }
-    for (std::uint8_t b : out) {
-        if (b == 0) {
-            error = "the hex pattern holds 00, which cannot be searched for";
-            return false;
-        }
-    }
-    return true;
+    return out;
 }
 
 } // namespace kestrel

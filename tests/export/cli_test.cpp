@@ -1,5 +1,6 @@
-// kestrel-cli export, search and dump driven as a user would: real files,
-// real exit codes, and no crash on files that are not recordings.
+// kestrel-cli driven as a user would: every command's help and option errors, and
+// export, search and dump on real files with real exit codes and no crash on files
+// that are not recordings.
 
 #include <gtest/gtest.h>
 
@@ -7,6 +8,8 @@
 #include <cstdio>
 #include <fstream>
 #include <random>
+#include <string>
+#include <vector>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -54,6 +57,61 @@ struct Files {
 };
 
 } // namespace
+
+TEST(CliRecordings, EveryCommandHasHelpAndRefusesBadOptionsByName)
+{
+    Files f;
+    struct Case {
+        std::string command;
+        std::vector<std::string> options; // named in its help
+        std::string bad;                  // options that must fail with exit 2
+        std::string named;                // what the message must name
+    } cases[] = {
+        {"record", {"--output", "--simulate", "--port-a", "--port-b", "--baud", "--parity", "--env", "--duration"},
+         "--simulate -o x.ksr --baud fast", "--baud"},
+        {"record", {}, "--simulate --port-a /dev/a -o x.ksr", "--port-a"},
+        {"record", {}, "--simulate -o x.ksr --parity X", "--parity"},
+        {"record", {}, "--simulate -o x.ksr --duration nan", "--duration"},
+        {"export", {"--output", "--format", "--separator", "--frame", "--no-header", "--columns", "--range", "--naming"},
+         f.rec + " --separator pipe", "--separator"},
+        {"export", {}, f.rec + " --range 9:3", "--range"},
+        {"search", {"--data", "--text", "--signal", "--error", "--time", "--trigger", "--from", "--backward"},
+         f.rec + " --trigger 3 --from 010x", "--from"},
+        {"dump", {"--range", "--char", "--control", "--time", "--language"}, f.rec + " --char utf8", "--char"},
+        {"info", {"--json"}, f.rec + " --xml", "--xml"},
+        {"ports", {"--all"}, "--busy", "--busy"},
+        {"scenario", {"--demo"}, "--demo x.ksc", "--demo"},
+        {"env show", {"--data-dir", "--language"}, "x.kef --language fr", "--language"},
+        {"env", {"show"}, "list", "unknown command 'list'"},
+    };
+    for (const auto &c : cases) {
+        if (!c.options.empty()) {
+            const CliRun help = cli(c.command + " --help");
+            EXPECT_EQ(help.code, 0) << c.command;
+            for (const auto &o : c.options)
+                EXPECT_NE(help.out.find(o), std::string::npos) << c.command << " --help does not name " << o;
+        }
+        const CliRun bad = cli(c.command + " " + c.bad);
+        EXPECT_EQ(bad.code, 2) << c.command << " " << c.bad << "\n" << bad.out;
+        EXPECT_NE(bad.out.find(c.named), std::string::npos) << c.command << " " << c.bad << "\n" << bad.out;
+    }
+
+    // The overview lists every command; no command at all is a usage error.
+    const CliRun overview = cli("--help");
+    EXPECT_EQ(overview.code, 0);
+    for (const char *command : {"dump", "env", "export", "info", "ports", "record", "scenario", "search"})
+        EXPECT_NE(overview.out.find(std::string("\n  ") + command + " "), std::string::npos) << command;
+    EXPECT_EQ(cli("").code, 2);
+    const CliRun unknown = cli("replay " + f.rec);
+    EXPECT_EQ(unknown.code, 2);
+    EXPECT_NE(unknown.out.find("unknown command 'replay'"), std::string::npos) << unknown.out;
+
+    // --verbose belongs to the program: before or after the command, the command runs the same.
+    const CliRun plain = cli("search " + f.rec + " --trigger 3");
+    EXPECT_EQ(plain.out, "5\n");
+    EXPECT_EQ(cli("--verbose search " + f.rec + " --trigger 3").out, plain.out);
+    EXPECT_EQ(cli("search " + f.rec + " --trigger 3 -v").out, plain.out);
+}
 
 TEST(CliRecordings, SearchPrintsTheMpOrTheNotFoundText)
 {
@@ -118,8 +176,8 @@ TEST(CliRecordings, ClearErrorsForBadInputAndNoCrash)
         {"search " + f.rec + " --data 41", 2, "select at least one data line"},
         {"search " + f.rec + " --signal X9=1", 2, "unknown signal"},
         {"search " + f.rec + " --time 'tomorrow'", 2, "malformed time"},
-        {"search " + f.rec + " --trigger 1 --signal S1=1", 2, "exactly one criterion"},
-        {"search " + f.rec + " --trigger 0", 2, "trigger number 1 to 255"}, // would stop on any ordinary MP
+        {"search " + f.rec + " --trigger 1 --signal S1=1", 2, "2 were given"},
+        {"search " + f.rec + " --trigger 0", 2, "--trigger: takes a whole number from 1 to 255"}, // 0: any ordinary MP
         {"export " + f.rec + " -o " + f.dir.file("no/such/dir/x.csv"), 3, "cannot create"},
         {"export " + f.rec + " --columns d1,bogus", 2, "unknown column"},
     };

@@ -1,13 +1,19 @@
 #pragma once
-// Small helpers shared by the recording commands of kestrel-cli.
+// Helpers shared by the commands of kestrel-cli: messages, exit codes and the kinds of option
+// they declare (a choice of words, a whole number in a range, a text one of the parsers reads).
 
-#include <csignal>
+#include <CLI/CLI.hpp>
+
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "command.h"
+#include "base/result.h"
 #include "base/string_table.h"
+#include "command.h"
 
 namespace kestrel::cli {
 
@@ -22,10 +28,11 @@ inline int LanguageFromEnvironment()
     return kLangEnglish;
 }
 
-// A bad option: the message, a blank line and the command's usage text.
-inline int UsageError(const char *command, const std::string &message, const char *usage)
+// A bad option or argument found after parsing: the message and where the options are described.
+inline int UsageError(const std::string &command, const std::string &message)
 {
-    std::fprintf(stderr, "kestrel-cli %s: %s\n\n%s", command, message.c_str(), usage);
+    std::fprintf(stderr, "kestrel-cli %s: %s\nRun 'kestrel-cli %s --help' for its options.\n", command.c_str(),
+                 message.c_str(), command.c_str());
     return kExitUsage;
 }
 
@@ -42,6 +49,108 @@ inline std::string MessageText(int number, int lang)
     while (!s.empty() && (s.back() == '\n' || s.back() == ' '))
         s.pop_back();
     return s;
+}
+
+template <class T>
+bool ParseWhole(const std::string &text, T &v)
+{
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
+    return !text.empty() && ec == std::errc() && end == text.data() + text.size();
+}
+
+// Decimal digits only (no sign, no base prefix, no blanks) and within lo..hi.
+template <class T>
+CLI::Validator WholeNumber(T lo, T hi)
+{
+    const std::string range = std::to_string(lo) + " to " + std::to_string(hi);
+    return CLI::Validator(
+        [lo, hi, range](std::string &text) {
+            T v{};
+            return ParseWhole(text, v) && v >= lo && v <= hi
+                       ? std::string()
+                       : "takes a whole number from " + range + ", not '" + text + "'";
+        },
+        "");
+}
+
+inline const CLI::Validator kNotEmpty(
+    [](std::string &text) { return text.empty() ? std::string("needs a value that is not empty") : std::string(); },
+    "");
+
+// A whole number in lo..hi ("010" is ten), shown as "lo..hi"; the target is a T or a std::optional<T>.
+template <class T, class Target>
+CLI::Option *AddNumber(CLI::App &app, const std::string &name, Target &target, T lo, T hi, const std::string &help)
+{
+    return app
+        .add_option_function<std::string>(
+            name,
+            [&target](const std::string &text) {
+                T v{};
+                ParseWhole(text, v);
+                target = v;
+            },
+            help)
+        ->check(WholeNumber(lo, hi))
+        ->type_name(std::to_string(lo) + ".." + std::to_string(hi));
+}
+
+// One of a few words, each standing for a value; shown as "word|word".
+template <class T>
+CLI::Option *AddChoice(CLI::App &app, const std::string &name, T &target, std::vector<std::pair<std::string, T>> choices,
+                       const std::string &help)
+{
+    std::vector<std::string> words;
+    std::string shown;
+    for (const auto &c : choices) {
+        words.push_back(c.first);
+        shown += (shown.empty() ? "" : "|") + c.first;
+    }
+    return app
+        .add_option_function<std::string>(
+            name,
+            [&target, choices](const std::string &word) {
+                for (const auto &c : choices)
+                    if (c.first == word)
+                        target = c.second;
+            },
+            help)
+        ->check(CLI::IsMember(words).description(""))
+        ->type_name(shown);
+}
+
+// A text read by one of the parsers that return Expected<T>; what they find wrong names the option.
+template <class T, class Parse>
+CLI::Option *AddParsed(CLI::App &app, const std::string &name, T &target, Parse parse, const std::string &help)
+{
+    return app.add_option_function<std::string>(
+        name,
+        [&target, parse, name](const std::string &text) {
+            auto parsed = parse(text);
+            if (!parsed)
+                throw CLI::ValidationError(name, parsed.result.detail);
+            target = std::move(parsed.value);
+        },
+        help);
+}
+
+// The word lists the commands share.
+inline CLI::Option *AddLanguage(CLI::App &app, int &lang, const std::string &what, const std::string &names = "--language")
+{
+    return AddChoice<int>(app, names, lang, {{"de", kLangGerman}, {"en", kLangEnglish}},
+                          "language of " + what + " (default from LANG)");
+}
+
+inline CLI::Option *AddTimeMode(CLI::App &app, int &mode)
+{
+    return AddChoice<int>(app, "--time", mode, {{"absolute", 0}, {"relative", 1}, {"delta", 2}},
+                          "time column, default absolute");
+}
+
+// v24: circuit names D1, D2, S1 ...; rs232: Tx, Rx, DTR ...
+inline CLI::Option *AddNaming(CLI::App &app, int &naming)
+{
+    return AddChoice<int>(app, "--naming", naming, {{"v24", 0}, {"rs232", 1}},
+                          "circuit names D1/D2/S1... (v24) or Tx/Rx/DTR... (rs232)");
 }
 
 } // namespace kestrel::cli

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
+#include <string>
 #include <optional>
 #include <vector>
 
@@ -16,19 +18,6 @@
 #include "present/time_text.h"
 
 namespace {
-
-constexpr const char *kUsage =
-    "usage: kestrel-cli dump FILE.ksr [options]\n"
-    "\n"
-    "Prints one line per MP: number, mark, time, D1, D2, the six levels, the\n"
-    "error flags of D1 and D2 (P parity, F framing, L line) and the description.\n"
-    "\n"
-    "  --range FIRST:LAST              MPs to print (default all)\n"
-    "  --char ascii|ebcdic|hex|dec|oct|bin     default ascii\n"
-    "  --control none|caret|mnemonic   control characters as glyphs, ^X or mnemonics\n"
-    "  --time absolute|relative|delta  default absolute\n"
-    "  --language de|en                (default from LANG)\n"
-    "  --naming v24|rs232              circuit names in the head line\n";
 
 // Width on a terminal: code points, not bytes.
 std::size_t displayWidth(const std::string &s)
@@ -57,74 +46,23 @@ std::string printable(std::string s)
     return s;
 }
 
-int runDump(const std::vector<std::string> &args)
+struct DumpOptions {
+    std::string input;
+    std::optional<kestrel::MpRangeText> rangeText;
+    int charMode = kestrel::CharMode::Ascii;
+    int overlay = kestrel::Overlay::None;
+    int timeMode = kestrel::TimeMode::Absolute;
+    int naming = 0;
+    int lang = kestrel::kLangEnglish;
+};
+
+int runDump(const DumpOptions &o)
 {
     using namespace kestrel;
-    auto usage = [](const std::string &error) { return cli::UsageError("dump", error, kUsage); };
-    std::string input, error;
-    std::optional<MpRangeText> rangeText;
-    int charMode = CharMode::Ascii, overlay = Overlay::None, timeMode = TimeMode::Absolute, naming = 0;
-    int lang = cli::LanguageFromEnvironment();
-    for (std::size_t k = 0; k < args.size(); ++k) {
-        const std::string &a = args[k];
-        if (a == "-h" || a == "--help") {
-            std::fputs(kUsage, stdout);
-            return cli::kExitOk;
-        }
-        if (!a.empty() && a[0] == '-') {
-            if (a != "--range" && a != "--char" && a != "--control" && a != "--time" && a != "--language" &&
-                a != "--naming")
-                return usage("unknown option " + a);
-            if (k + 1 >= args.size())
-                return usage("option " + a + " needs a value");
-            const std::string v = args[++k];
-            if (a == "--range") {
-                MpRangeText r;
-                if (!ParseMpRange(v, r, error))
-                    return usage(error);
-                rangeText = r;
-            } else if (a == "--char") {
-                static constexpr const char *names[] = {"ascii", "ebcdic", "hex", "dec", "oct", "bin"};
-                charMode = 0;
-                for (int m = 0; m < 6; ++m)
-                    if (v == names[m])
-                        charMode = m + 1;
-                if (!charMode)
-                    return usage("--char takes ascii, ebcdic, hex, dec, oct or bin, not '" + v + "'");
-            } else if (a == "--control") {
-                if (v == "none")
-                    overlay = Overlay::None;
-                else if (v == "caret")
-                    overlay = Overlay::Caret;
-                else if (v == "mnemonic")
-                    overlay = Overlay::Mnemonic;
-                else
-                    return usage("--control takes none, caret or mnemonic, not '" + v + "'");
-            } else if (a == "--time") {
-                const auto m = ParseTimeMode(v);
-                if (!m)
-                    return usage("--time takes absolute, relative or delta, not '" + v + "'");
-                timeMode = *m;
-            } else if (a == "--language") {
-                const auto l = ParseLanguage(v);
-                if (!l)
-                    return usage("--language takes de or en, not '" + v + "'");
-                lang = *l;
-            } else {
-                const auto n = ParseNaming(v);
-                if (!n)
-                    return usage("--naming takes v24 or rs232, not '" + v + "'");
-                naming = *n;
-            }
-        } else if (input.empty()) {
-            input = a;
-        } else {
-            return usage("more than one recording named ('" + input + "', '" + a + "')");
-        }
-    }
-    if (input.empty())
-        return usage("no recording named");
-
+    const std::string &input = o.input;
+    const auto &rangeText = o.rangeText;
+    const int charMode = o.charMode, overlay = o.overlay, timeMode = o.timeMode, naming = o.naming, lang = o.lang;
+    std::string error;
     RecordReader reader;
     if (!OpenRecording(reader, input, error))
         return cli::Fail("dump", error, cli::kExitFailure);
@@ -198,6 +136,32 @@ int runDump(const std::vector<std::string> &args)
     return cli::kExitOk;
 }
 
-const kestrel::cli::Registration reg({"dump", "print a recording as text lines (the vertical view)", runDump});
+std::function<int()> declareDump(CLI::App &cmd)
+{
+    using namespace kestrel;
+    auto o = std::make_shared<DumpOptions>();
+    o->lang = cli::LanguageFromEnvironment();
+    cmd.footer("Prints one line per MP: number, mark, time, D1, D2, the six levels, the\n"
+               "error flags of D1 and D2 (P parity, F framing, L line) and the description.");
+    cmd.add_option("FILE.ksr", o->input, "the recording")->required()->type_name("");
+    cli::AddParsed(cmd, "--range", o->rangeText, ParseMpRange, "MPs to print (default all)")->type_name("FIRST:LAST");
+    cli::AddChoice<int>(cmd, "--char", o->charMode,
+                        {{"ascii", CharMode::Ascii},
+                         {"ebcdic", CharMode::Ebcdic},
+                         {"hex", CharMode::Hex},
+                         {"dec", CharMode::Dec},
+                         {"oct", CharMode::Oct},
+                         {"bin", CharMode::Bin}},
+                        "default ascii");
+    cli::AddChoice<int>(cmd, "--control", o->overlay,
+                        {{"none", Overlay::None}, {"caret", Overlay::Caret}, {"mnemonic", Overlay::Mnemonic}},
+                        "control characters as glyphs, ^X or mnemonics");
+    cli::AddTimeMode(cmd, o->timeMode);
+    cli::AddLanguage(cmd, o->lang, "the head line and marks");
+    cli::AddNaming(cmd, o->naming);
+    return [o] { return runDump(*o); };
+}
+
+const kestrel::cli::Registration reg({"dump", "print a recording as text lines (the vertical view)", declareDump});
 
 } // namespace

@@ -2,6 +2,8 @@
 // header, description, triggers) without starting the window.
 
 #include <cstdio>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,15 +20,6 @@
 namespace {
 
 using namespace kestrel;
-
-void PrintUsage(std::FILE *to)
-{
-    std::fprintf(to, "usage: kestrel-cli env show FILE.kef [--data-dir DIR] [--language de|en]\n\n"
-                     "Prints the ports, record file, header, description and triggers of an environment.\n"
-                     "Nothing in it is run: triggers that would play a sound or start a program are listed.\n"
-                     "--data-dir  the data folder used for the default record file\n"
-                     "--language  language of the trigger texts (default from LANG; --lang works too)\n");
-}
 
 // A file may hold anything: control characters (C0, DEL and the C1 set as UTF-8,
 // whose U+009B starts an escape sequence too) must not reach the terminal.
@@ -162,51 +155,27 @@ int Show(const std::string &file, const std::optional<std::string> &dataDir)
     return cli::kExitOk;
 }
 
-int RunEnv(const std::vector<std::string> &args)
+std::function<int()> DeclareEnv(CLI::App &cmd)
 {
-    if (args.empty() || args[0] == "--help" || args[0] == "-h") {
-        PrintUsage(args.empty() ? stderr : stdout);
-        return args.empty() ? cli::kExitUsage : cli::kExitOk;
-    }
-    if (args[0] != "show") {
-        std::fprintf(stderr, "kestrel-cli env: unknown action '%s'\n", args[0].c_str());
-        PrintUsage(stderr);
-        return cli::kExitUsage;
-    }
-    std::optional<std::string> file, dataDir;
-    SetGlobalLang(cli::LanguageFromEnvironment());
-    for (std::size_t i = 1; i < args.size(); ++i) {
-        const std::string &a = args[i];
-        if ((a == "--data-dir" || a == "--language" || a == "--lang") && i + 1 < args.size()) {
-            const std::string &value = args[++i];
-            if (a == "--data-dir") {
-                dataDir = value;
-            } else if (value == "de" || value == "en") {
-                SetGlobalLang(value == "de" ? kLangGerman : kLangEnglish);
-            } else {
-                std::fprintf(stderr, "kestrel-cli env: %s takes de or en, not '%s'\n", a.c_str(), value.c_str());
-                return cli::kExitUsage;
-            }
-        } else if (a == "--help" || a == "-h") {
-            PrintUsage(stdout);
-            return cli::kExitOk;
-        } else if (!a.empty() && a[0] == '-') {
-            std::fprintf(stderr, "kestrel-cli env: unknown or incomplete option '%s'\n", a.c_str());
-            return cli::kExitUsage;
-        } else if (file) {
-            std::fprintf(stderr, "kestrel-cli env: one environment file at a time\n");
-            return cli::kExitUsage;
-        } else {
-            file = a;
-        }
-    }
-    if (!file) {
-        PrintUsage(stderr);
-        return cli::kExitUsage;
-    }
-    return Show(*file, dataDir);
+    struct Options {
+        std::string file;
+        std::optional<std::string> dataDir;
+        int lang = kLangEnglish;
+    };
+    auto o = std::make_shared<Options>();
+    o->lang = cli::LanguageFromEnvironment();
+    cmd.require_subcommand(1);
+    CLI::App *show = cmd.add_subcommand("show", "print the ports, record file, header, description and triggers");
+    show->footer("Nothing in the file is run: triggers that would play a sound or start a program are listed.");
+    show->add_option("FILE.kef", o->file, "the environment")->required()->type_name("");
+    show->add_option("--data-dir", o->dataDir, "the data folder used for the default record file")->type_name("DIR");
+    cli::AddLanguage(*show, o->lang, "the trigger texts", "--language,--lang");
+    return [o] {
+        SetGlobalLang(o->lang);
+        return Show(o->file, o->dataDir);
+    };
 }
 
-const cli::Registration kRegistration({"env", "show an environment file (.kef)", RunEnv});
+const cli::Registration kRegistration({"env", "show an environment file (.kef)", DeclareEnv});
 
 } // namespace

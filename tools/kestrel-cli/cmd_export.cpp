@@ -3,6 +3,9 @@
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
 
 #include "cli_common.h"
 #include "command.h"
@@ -16,39 +19,17 @@ std::atomic<bool> g_stop{false};
 
 extern "C" void onInterrupt(int) { g_stop = true; }
 
-constexpr const char *kUsage =
-    "usage: kestrel-cli export FILE.ksr [-o OUT] [options]\n"
-    "\n"
-    "Writes the MPs of a recording as CSV lines (one per MP, \"\\r\\n\" line ends) or\n"
-    "as the raw data stream (the bare D1 and D2 bytes). Without -o the output goes\n"
-    "to standard output.\n"
-    "\n"
-    "  -o, --output OUT       file to write (cut to length 0 when it exists)\n"
-    "  --format csv|raw       default csv\n"
-    "  --separator comma|semicolon|tab|space   default semicolon\n"
-    "  --frame double|single|none              text frame, default double\n"
-    "  --no-header            no head line with the column names\n"
-    "  --columns LIST         columns, comma-separated, default all:\n"
-    "                         mark, mp, time, d1, d2, hex, dec, oct, bin,\n"
-    "                         s1, m1, s2, m2, m5, m3, pfl, desc\n"
-    "                         \"-name\" takes one away: --columns -hex,-oct,-bin\n"
-    "  --range FIRST:LAST     MPs to export (FIRST: or :LAST leave an end open)\n"
-    "  --time absolute|relative|delta          default absolute\n"
-    "  --language de|en       texts of the head line and marks (default from LANG)\n"
-    "  --naming v24|rs232     circuit names D1/D2/S1... or Tx/Rx/DTR...\n";
+struct ExportCommand {
+    std::string input;
+    std::string output = "-"; // standard output
+    kestrel::ExportOptions options;
+    std::optional<kestrel::MpRangeText> range;
+};
 
-int runExport(const std::vector<std::string> &args)
+int runExport(const ExportCommand &cl)
 {
     using namespace kestrel;
-    ExportCommandLine cl;
-    cl.options.langOffset = cli::LanguageFromEnvironment();
     std::string error;
-    if (!ParseExportArgs(args, cl, error))
-        return cli::UsageError("export", error, kUsage);
-    if (cl.help) {
-        std::fputs(kUsage, stdout);
-        return cli::kExitOk;
-    }
     RecordReader reader;
     if (!OpenRecording(reader, cl.input, error))
         return cli::Fail("export", error, cli::kExitFailure);
@@ -89,6 +70,37 @@ int runExport(const std::vector<std::string> &args)
     return cli::kExitFailure;
 }
 
-const kestrel::cli::Registration reg({"export", "write a recording as CSV or raw data", runExport});
+std::function<int()> declareExport(CLI::App &cmd)
+{
+    using namespace kestrel;
+    auto cl = std::make_shared<ExportCommand>();
+    ExportOptions &o = cl->options;
+    o.langOffset = cli::LanguageFromEnvironment();
+    cmd.footer("Writes the MPs of a recording as CSV lines (one per MP, \"\\r\\n\" line ends) or\n"
+               "as the raw data stream (the bare D1 and D2 bytes). Without -o the output goes\n"
+               "to standard output.\n\n"
+               "Columns: mark, mp, time, d1, d2, hex, dec, oct, bin, s1, m1, s2, m2, m5, m3, pfl, desc, all.\n"
+               "Names alone switch on exactly those; \"-name\" takes one away: --columns -hex,-oct,-bin");
+    cmd.add_option("FILE.ksr", cl->input, "the recording")->required()->type_name("");
+    cmd.add_option("-o,--output", cl->output, "file to write (cut to length 0 when it exists); - is standard output")
+        ->type_name("OUT");
+    cli::AddChoice<ExportFormat>(cmd, "--format", o.format, {{"csv", ExportFormat::Csv}, {"raw", ExportFormat::Raw}},
+                                 "default csv");
+    cli::AddChoice<char>(cmd, "--separator", o.separator,
+                         {{"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"space", ' '}}, "default semicolon");
+    cli::AddChoice<char>(cmd, "--frame", o.frame, {{"double", '"'}, {"single", '\''}, {"none", kNoFrame}},
+                         "text frame, default double");
+    cmd.add_flag_callback("--no-header", [&o] { o.header = false; }, "no head line with the column names");
+    cli::AddParsed(cmd, "--columns", o.columns, ParseColumnList, "columns, comma-separated, default all")
+        ->type_name("LIST");
+    cli::AddParsed(cmd, "--range", cl->range, ParseMpRange, "MPs to export (FIRST: or :LAST leave an end open)")
+        ->type_name("FIRST:LAST");
+    cli::AddTimeMode(cmd, o.timeMode);
+    cli::AddLanguage(cmd, o.langOffset, "the head line and marks");
+    cli::AddNaming(cmd, o.naming);
+    return [cl] { return runExport(*cl); };
+}
+
+const kestrel::cli::Registration reg({"export", "write a recording as CSV or raw data", declareExport});
 
 } // namespace

@@ -1,21 +1,16 @@
 // kestrel-cli info FILE.ksr [--json]: what a recording holds.
 
 #include <cmath>
+#include <memory>
 #include <cstdio>
 #include <string>
 
+#include "cli_common.h"
 #include "record/record_reader.h"
 #include "record/record_summary.h"
-#include "command.h"
 
 namespace kestrel::cli {
 namespace {
-
-const char *kInfoUsage =
-    "usage: kestrel-cli info FILE.ksr [--json]\n"
-    "  MP count, first and last time, the counters, load peak and quality of the\n"
-    "  last MP, every system and trigger mark with its MP number, and the checks\n"
-    "  (gap-free numbers, non-decreasing times, counters agreeing with the flags).\n";
 
 std::string jsonString(const std::string &s)
 {
@@ -112,31 +107,8 @@ void printJson(const std::string &path, const RecordingSummary &s)
                 s.sound() ? "true" : "false", u(s.numberGaps), u(s.timeBackwards), u(s.counterMismatches));
 }
 
-int runInfo(const std::vector<std::string> &args)
+int runInfo(const std::string &path, bool json)
 {
-    std::string path;
-    bool json = false;
-    for (const auto &a : args) {
-        if (a == "--help" || a == "-h") {
-            std::fputs(kInfoUsage, stdout);
-            return kExitOk;
-        }
-        if (a == "--json")
-            json = true;
-        else if (!a.empty() && a[0] == '-') {
-            std::fprintf(stderr, "kestrel-cli info: unknown option '%s'\n%s", a.c_str(), kInfoUsage);
-            return kExitUsage;
-        } else if (path.empty())
-            path = a;
-        else {
-            std::fprintf(stderr, "kestrel-cli info: only one file, please ('%s')\n%s", a.c_str(), kInfoUsage);
-            return kExitUsage;
-        }
-    }
-    if (path.empty()) {
-        std::fputs(kInfoUsage, stderr);
-        return kExitUsage;
-    }
     RecordReader reader;
     if (const Result opened = reader.open(path); !opened) {
         std::fprintf(stderr, "kestrel-cli info: cannot open %s: %s\n", path.c_str(), opened.detail.c_str());
@@ -150,7 +122,22 @@ int runInfo(const std::vector<std::string> &args)
     return kExitOk;
 }
 
-const Registration kInfo({"info", "show what a recording holds (counts, times, marks, checks)", &runInfo});
+std::function<int()> declareInfo(CLI::App &cmd)
+{
+    struct Options {
+        std::string path;
+        bool json = false;
+    };
+    auto o = std::make_shared<Options>();
+    cmd.footer("MP count, first and last time, the counters, load peak and quality of the\n"
+               "last MP, every system and trigger mark with its MP number, and the checks\n"
+               "(gap-free numbers, non-decreasing times, counters agreeing with the flags).");
+    cmd.add_option("FILE.ksr", o->path, "the recording")->required()->type_name("");
+    cmd.add_flag("--json", o->json, "print the same as JSON");
+    return [o] { return runInfo(o->path, o->json); };
+}
+
+const Registration kInfo({"info", "show what a recording holds (counts, times, marks, checks)", &declareInfo});
 
 } // namespace
 } // namespace kestrel::cli

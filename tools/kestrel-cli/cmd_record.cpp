@@ -6,7 +6,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <cerrno>
 #include <charconv>
@@ -35,22 +34,10 @@
 #include "config/date_time_text.h"
 #include "config/record_setup.h"
 #include "base/string_table.h"
-#include "command.h"
+#include "cli_common.h"
 
 namespace kestrel::cli {
 namespace {
-
-const char *kRecordUsage =
-    "usage: kestrel-cli record -o FILE.ksr (--simulate [SCENARIO] | --port-a DEV --port-b DEV)\n"
-    "                          [--baud N] [--data-bits 5|6|7|8] [--parity N|E|O|M|S]\n"
-    "                          [--stop-bits 1|1.5|2] [--append|--replace] [--duration SECONDS]\n"
-    "       kestrel-cli record --env FILE.kef [any option above]\n"
-    "  --env takes both ports, their line settings and the record file from an environment;\n"
-    "  options given on the command line win over it.\n"
-    "  Records until --duration has passed, the scenario has ended, or Ctrl-C / SIGTERM;\n"
-    "  every received byte is in the file and the stop mark is written in each case.\n"
-    "  --simulate without a SCENARIO file plays the built-in demo line.\n"
-    "  An existing recording needs --append or --replace.\n";
 
 struct RecordOptions {
     std::string output;
@@ -66,17 +53,13 @@ struct RecordOptions {
     std::optional<double> duration;
 };
 
+// The rules an environment's line settings must meet as well as the options.
+const CLI::Validator kBaudRule = WholeNumber(50L, 20'000'000L);
+const CLI::Validator kDataBitsRule = WholeNumber(5L, 8L);
+
 int usageError(const std::string &what)
 {
-    std::fprintf(stderr, "kestrel-cli record: %s\n%s", what.c_str(), kRecordUsage);
-    return kExitUsage;
-}
-
-bool isNumber(const std::string &s, long lo, long hi)
-{
-    long v = 0;
-    const auto [end, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
-    return ec == std::errc() && end == s.data() + s.size() && v >= lo && v <= hi;
+    return UsageError("record", what);
 }
 
 // Fills what the command line left open from the environment file, if one was named.
@@ -114,12 +97,12 @@ std::optional<int> applyEnvironment(RecordOptions &o)
     }
     const std::string from = "the environment '" + o.environment + "' has ";
     if (!o.given.baud) {
-        if (!isNumber(setup.portA.baud, 50, 20'000'000))
+        if (!kBaudRule(setup.portA.baud).empty())
             return usageError(from + "baud rate " + setup.portA.baud + "; give --baud");
         o.texts.baud = setup.portA.baud;
     }
     if (!o.given.dataBits) {
-        if (!isNumber(setup.portA.dataBits, 5, 8))
+        if (!kDataBitsRule(setup.portA.dataBits).empty())
             return usageError(from + setup.portA.dataBits + " data bits; give --data-bits");
         o.texts.dataBits = setup.portA.dataBits;
     }
@@ -130,74 +113,10 @@ std::optional<int> applyEnvironment(RecordOptions &o)
     return std::nullopt;
 }
 
-// Parses the options; returns an exit code when they are not usable.
-std::optional<int> parseOptions(const std::vector<std::string> &args, RecordOptions &o)
+// Fills in what an environment gives and checks what only all options together tell; returns an
+// exit code when they are not usable.
+std::optional<int> completeOptions(RecordOptions &o)
 {
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string &a = args[i];
-        auto value = [&](std::string &out) {
-            if (i + 1 >= args.size() || args[i + 1].empty())
-                return false;
-            out = args[++i];
-            return true;
-        };
-        std::string v;
-        if (a == "--help" || a == "-h") {
-            std::fputs(kRecordUsage, stdout);
-            return kExitOk;
-        } else if (a == "-o" || a == "--output") {
-            if (!value(o.output))
-                return usageError(a + " needs a file name");
-        } else if (a == "--simulate") {
-            o.simulate = true;
-            if (i + 1 < args.size() && !args[i + 1].empty() && args[i + 1][0] != '-')
-                o.scenario = args[++i];
-        } else if (a == "--port-a") {
-            if (!value(o.portA))
-                return usageError("--port-a needs a device");
-        } else if (a == "--port-b") {
-            if (!value(o.portB))
-                return usageError("--port-b needs a device");
-        } else if (a == "--baud") {
-            if (!value(v) || !isNumber(v, 50, 20'000'000))
-                return usageError("--baud needs a whole number from 50 to 20000000");
-            o.texts.baud = v;
-            o.given.baud = true;
-        } else if (a == "--data-bits") {
-            if (!value(v) || !isNumber(v, 5, 8))
-                return usageError("--data-bits must be 5, 6, 7 or 8");
-            o.texts.dataBits = v;
-            o.given.dataBits = true;
-        } else if (a == "--parity") {
-            if (!value(v) || v.size() != 1 || !std::strchr("NEOMSneoms", v[0]))
-                return usageError("--parity must be N, E, O, M or S");
-            o.texts.parity = std::string(1, static_cast<char>(std::toupper(static_cast<unsigned char>(v[0]))));
-            o.given.parity = true;
-        } else if (a == "--stop-bits") {
-            if (!value(v) || (v != "1" && v != "1.5" && v != "2"))
-                return usageError("--stop-bits must be 1, 1.5 or 2");
-            o.texts.stopBits = v;
-            o.given.stopBits = true;
-        } else if (a == "--env") {
-            if (!value(o.environment))
-                return usageError("--env needs an environment file");
-        } else if (a == "--append" || a == "--replace") {
-            const int m = a == "--append" ? RecordMode::Append : RecordMode::Replace;
-            if (o.mode != RecordMode::None && o.mode != m)
-                return usageError("--append and --replace exclude each other");
-            o.mode = m;
-        } else if (a == "--duration") {
-            double d = 0;
-            if (!value(v))
-                return usageError("--duration needs a number of seconds");
-            const auto [end, ec] = std::from_chars(v.data(), v.data() + v.size(), d);
-            if (ec != std::errc() || end != v.data() + v.size() || !(d > 0) || d > 1e7)
-                return usageError("--duration needs a positive number of seconds, not '" + v + "'");
-            o.duration = d;
-        } else {
-            return usageError("unknown option '" + a + "'");
-        }
-    }
     if (const auto exit = applyEnvironment(o))
         return exit;
     if (o.output.empty())
@@ -259,11 +178,10 @@ void chooseLanguageFromLocale()
     SetGlobalLang(lang && std::strncmp(lang, "de", 2) == 0 ? kLangGerman : kLangEnglish);
 }
 
-int runRecord(const std::vector<std::string> &args)
+int runRecord(RecordOptions o)
 {
     chooseLanguageFromLocale();
-    RecordOptions o;
-    if (const auto exit = parseOptions(args, o))
+    if (const auto exit = completeOptions(o))
         return *exit;
 
     std::error_code ec;
@@ -382,8 +300,76 @@ int runRecord(const std::vector<std::string> &args)
     return kExitOk;
 }
 
+// A number of seconds above 0, at most 10^7 (nearly four months).
+const CLI::Validator kSecondsRule(
+    [](std::string &text) {
+        double d = 0;
+        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), d);
+        if (ec != std::errc() || end != text.data() + text.size() || !(d > 0) || d > 1e7)
+            return "needs a positive number of seconds, not '" + text + "'";
+        return std::string();
+    },
+    "");
+
+std::function<int()> declareRecord(CLI::App &cmd)
+{
+    auto o = std::make_shared<RecordOptions>();
+    cmd.footer("Records a line (real ports or the simulated line) into a record file through the same\n"
+               "capture, recorder and writer as the window, until --duration has passed, the scenario\n"
+               "has ended, or Ctrl-C / SIGTERM; every received byte is in the file and the stop mark\n"
+               "is written in each case.\n\n"
+               "Give -o FILE.ksr (or --env FILE.kef) and either --simulate or --port-a and --port-b.\n"
+               "--env takes both ports, their line settings and the record file from an environment;\n"
+               "options given on the command line win over it. An existing recording needs --append\n"
+               "or --replace.");
+    cmd.add_option("-o,--output", o->output, "the record file")->type_name("FILE.ksr")->check(kNotEmpty);
+    CLI::Option *simulate =
+        cmd.add_option("--simulate", o->scenario, "record the simulated line; without SCENARIO the built-in demo")
+            ->type_name("[SCENARIO]")
+            ->expected(0, 1);
+    CLI::Option *portA = cmd.add_option("--port-a", o->portA, "device of port A")->type_name("DEV")->check(kNotEmpty);
+    CLI::Option *portB = cmd.add_option("--port-b", o->portB, "device of port B")->type_name("DEV")->check(kNotEmpty);
+    simulate->excludes(portA)->excludes(portB);
+    cmd.add_option("--baud", o->texts.baud, "baud rate")
+        ->type_name("50..20000000")
+        ->check(kBaudRule)
+        ->each([o](const std::string &) { o->given.baud = true; });
+    cmd.add_option("--data-bits", o->texts.dataBits, "data bits")
+        ->type_name("5..8")
+        ->check(kDataBitsRule)
+        ->each([o](const std::string &) { o->given.dataBits = true; });
+    cmd.add_option("--parity", o->texts.parity, "none, even, odd, mark or space")
+        ->type_name("N|E|O|M|S")
+        ->transform(CLI::IsMember({"N", "E", "O", "M", "S"}, CLI::ignore_case).description(""))
+        ->each([o](const std::string &) { o->given.parity = true; });
+    cmd.add_option("--stop-bits", o->texts.stopBits, "stop bits")
+        ->type_name("1|1.5|2")
+        ->check(CLI::IsMember({"1", "1.5", "2"}).description(""))
+        ->each([o](const std::string &) { o->given.stopBits = true; });
+    CLI::Option *append =
+        cmd.add_flag_callback("--append", [o] { o->mode = RecordMode::Append; }, "add to an existing recording");
+    CLI::Option *replace =
+        cmd.add_flag_callback("--replace", [o] { o->mode = RecordMode::Replace; }, "replace an existing recording");
+    append->excludes(replace);
+    cmd.add_option("--env", o->environment, "take ports, line settings and record file from an environment")
+        ->type_name("FILE.kef")
+        ->check(kNotEmpty);
+    const auto setDuration = [o](const std::string &text) {
+        double seconds = 0;
+        std::from_chars(text.data(), text.data() + text.size(), seconds);
+        o->duration = seconds;
+    };
+    cmd.add_option_function<std::string>("--duration", setDuration, "stop after this many seconds")
+        ->type_name("SECONDS")
+        ->check(kSecondsRule);
+    return [o, simulate] {
+        o->simulate = simulate->count() > 0;
+        return runRecord(*o);
+    };
+}
+
 const Registration kRecord({"record", "record a line (real ports or the simulated line) into a record file",
-                            &runRecord});
+                            &declareRecord});
 
 } // namespace
 } // namespace kestrel::cli

@@ -2,30 +2,20 @@
 // prints the built-in demo as a starting point for one's own.
 
 #include <cstdio>
+#include <memory>
 
+#include "cli_common.h"
 #include "ports/scenario.h"
-#include "command.h"
 
 namespace kestrel::cli {
 namespace {
 
-int runScenario(const std::vector<std::string> &args)
+int runScenario(const std::string &file)
 {
-    if (args.size() != 1 || args[0] == "--help" || args[0] == "-h") {
-        std::fprintf(args.size() == 1 ? stdout : stderr,
-                     "usage: kestrel-cli scenario FILE.ksc   check a scenario\n"
-                     "       kestrel-cli scenario --demo     print the built-in demo scenario\n");
-        return args.size() == 1 ? kExitOk : kExitUsage;
-    }
-    if (args[0] == "--demo") {
-        const auto text = DemoScenarioText();
-        std::fwrite(text.data(), 1, text.size(), stdout);
-        return kExitOk;
-    }
     ScenarioError err;
-    const auto sc = LoadScenarioFile(args[0], err);
+    const auto sc = LoadScenarioFile(file, err);
     if (!sc) {
-        std::fprintf(stderr, "kestrel-cli scenario: %s: %s\n", args[0].c_str(),
+        std::fprintf(stderr, "kestrel-cli scenario: %s: %s\n", file.c_str(),
                      err.line > 0 ? err.text().c_str() : err.reason.c_str());
         return err.line > 0 ? kExitUsage : kExitFailure;
     }
@@ -34,13 +24,33 @@ int runScenario(const std::vector<std::string> &args)
         if (st.kind == ScenarioStep::Kind::Bytes)
             (st.port == kSimPortA ? bytesA : bytesB) += st.bytes.size();
     }
-    std::printf("%s: %zu steps, %zu bytes on A (D2), %zu bytes on B (D1), %s\n", args[0].c_str(), sc->steps.size(),
+    std::printf("%s: %zu steps, %zu bytes on A (D2), %zu bytes on B (D1), %s\n", file.c_str(), sc->steps.size(),
                 bytesA, bytesB,
                 sc->loops == 0 ? "repeated for ever" : (std::to_string(sc->loops) + (sc->loops == 1 ? " pass" : " passes")).c_str());
     return kExitOk;
 }
 
-const Registration reg({"scenario", "check a scenario file for the simulated line", runScenario});
+std::function<int()> declareScenario(CLI::App &cmd)
+{
+    struct Options {
+        std::string file;
+        bool demo = false;
+    };
+    auto o = std::make_shared<Options>();
+    CLI::App *what = cmd.add_option_group("file or demo", "check FILE.ksc or print the demo");
+    what->add_option("FILE.ksc", o->file, "the scenario to check")->type_name("");
+    what->add_flag("--demo", o->demo, "print the built-in demo scenario, a starting point for one's own");
+    what->require_option(1);
+    return [o] {
+        if (!o->demo)
+            return runScenario(o->file);
+        const auto text = DemoScenarioText();
+        std::fwrite(text.data(), 1, text.size(), stdout);
+        return kExitOk;
+    };
+}
+
+const Registration reg({"scenario", "check a scenario file for the simulated line", declareScenario});
 
 } // namespace
 } // namespace kestrel::cli

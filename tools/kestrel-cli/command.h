@@ -2,15 +2,21 @@
 // kestrel-cli sub-commands register themselves here, one source file each
 // (cmd_record.cpp, cmd_export.cpp, ...), so that adding one touches no other file.
 
-#include <string>
+#include <functional>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace kestrel::cli {
 
 struct Command {
     const char *name;
     const char *summary; // one line for the overview
-    int (*run)(const std::vector<std::string> &args); // args without the command name; returns the exit code
+    // Declares the command's options and arguments on its sub-command (the one place they are
+    // spelt) and returns what runs the command once they are parsed; that returns the exit code.
+    std::function<int()> (*declare)(CLI::App &command);
 };
 
 // Holds each command registered so far; safe to call during static initialisation.
