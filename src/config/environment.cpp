@@ -51,20 +51,20 @@ constexpr auto PortSettings(const char *section, int device)
 
 // One trigger section, in the order of writing; its name is Trigger0, Trigger1, ...
 constexpr auto kTriggerSettings = SettingsTable(
-    TextSetting<&T::Name>(nullptr, "Name", ""),               //
-    TextSetting<&T::Description>(nullptr, "Description", ""), //
-    BoolSetting<&T::Active>(nullptr, "Active", false),        //
-    IntSetting<&T::Type>(nullptr, "Type", 0),                 //
-    IntSetting<&T::Event>(nullptr, "Event", 0),               //
-    BoolSetting<&T::D1>(nullptr, "D1", false),                //
-    BoolSetting<&T::D2>(nullptr, "D2", false),                //
-    TextSetting<&T::Data>(nullptr, "Data", ""),               //
-    SettingsFromKeyList<kSignalEdgeKeys>(nullptr, 0),         //
-    SettingsFromKeyList<kErrorKeys>(nullptr, false),          //
+    TextSetting<&T::Name>(nullptr, "Name", ""),
+    TextSetting<&T::Description>(nullptr, "Description", ""),
+    BoolSetting<&T::Active>(nullptr, "Active", false),
+    IntSetting<&T::Type>(nullptr, "Type", 0),
+    IntSetting<&T::Event>(nullptr, "Event", 0),
+    BoolSetting<&T::D1>(nullptr, "D1", false),
+    BoolSetting<&T::D2>(nullptr, "D2", false),
+    TextSetting<&T::Data>(nullptr, "Data", ""),
+    SettingsFromKeyList<kSignalEdgeKeys>(nullptr, 0),
+    SettingsFromKeyList<kErrorKeys>(nullptr, false),
     DateTimeSetting<&T::TimeReached>(nullptr, "TimeReached"), // missing: the moment of loading
     IntSetting<&T::InActivityTime>(nullptr, "InActivityTime", 1),
-    SettingsFromKeyList<kInactivityEventKeys>(nullptr, false), //
-    BoolSetting<&T::PlaySound>(nullptr, "PlaySound", false),    //
+    SettingsFromKeyList<kInactivityEventKeys>(nullptr, false),
+    BoolSetting<&T::PlaySound>(nullptr, "PlaySound", false),
     TextSetting<&T::SoundFilePath>(nullptr, "SoundFilePath", ""),
     BoolSetting<&T::PlaySoundRepeat>(nullptr, "PlaySoundRepeat", false),
     BoolSetting<&T::ExecCommand>(nullptr, "ExecCommand", false),
@@ -104,8 +104,8 @@ void ResetTriggers(E &env) { env.triggers.Clear(); }
 
 // The record file's default depends on the data folder: loading puts it in first.
 constexpr auto kEnvironmentSettings = SettingsTable(
-    PortSettings<&E::comA>("ComA", 1), //
-    PortSettings<&E::comB>("ComB", 2), //
+    PortSettings<&E::comA>("ComA", 1),
+    PortSettings<&E::comB>("ComB", 2),
     TextSetting<&E::recordFile>("Files", "Record data", "").KeepWhenMissing(),
     SettingsFromKeyList<kGeneralKeys, &E::general>("General", ""),
     SettingsFromKeyList<kCustomerKeys, &E::customer>("Customer", ""),

@@ -112,13 +112,13 @@ constexpr auto kProgramConfigSettings = SettingsTable(
     CommaListSetting<&C::portStandards, &PortValueLists::dataBits>("Port Standards", "Databits", StandardDataBits),
     CommaListSetting<&C::portStandards, &PortValueLists::parities>("Port Standards", "Parities", StandardParities),
     CommaListSetting<&C::portStandards, &PortValueLists::stopBits>("Port Standards", "Stopbits", StandardStopBits),
-    kInstallLang, kGlobalLang,                                    //
-    IntSetting<&C::DefLang>("Modes", "DefLang", 0),               //
-    IntSetting<&C::DisplayMode>("Modes", "DisplayMode", 1),       //
-    IntSetting<&C::RecordMode>("Modes", "RecordMode", 1),         //
-    IntSetting<&C::CharacterControl>("Modes", "CharacterControl", 0), //
-    IntSetting<&C::SignalMode>("Modes", "SignalMode", 1),         //
-    IntSetting<&C::TimeControl>("Modes", "TimeControl", 0),       //
+    kInstallLang, kGlobalLang,
+    IntSetting<&C::DefLang>("Modes", "DefLang", 0),
+    IntSetting<&C::DisplayMode>("Modes", "DisplayMode", 1),
+    IntSetting<&C::RecordMode>("Modes", "RecordMode", 1),
+    IntSetting<&C::CharacterControl>("Modes", "CharacterControl", 0),
+    IntSetting<&C::SignalMode>("Modes", "SignalMode", 1),
+    IntSetting<&C::TimeControl>("Modes", "TimeControl", 0),
     IntSetting<&C::window, &WindowPlacement::Left>("Window", "Left", 0),
     IntSetting<&C::window, &WindowPlacement::Top>("Window", "Top", 0),
     IntSetting<&C::window, &WindowPlacement::Width>("Window", "Width", 800),
@@ -133,11 +133,11 @@ constexpr auto kProgramConfigSettings = SettingsTable(
     IntSetting<&C::GridOptions>("DataGrid", "GridOptions", 0).KeepWhenMissing(),
     // Written, never read: only DisplayHoldOnProgStart holds the display at start.
     BoolSetting<&C::ViewHold>("Display", "ViewHold", false).Use(SettingUse::StoreOnly),
-    BoolSetting<&C::Append>("Recorder", "Append", true),  //
-    BoolSetting<&C::Replace>("Recorder", "Replace", false), //
-    GridViewSettingsOf<&C::dispMode4>("DispMode4"),         //
-    GridViewSettingsOf<&C::dispMode3>("DispMode3"),         //
-    GridViewSettingsOf<&C::dispMode1>("DispMode1"),         //
+    BoolSetting<&C::Append>("Recorder", "Append", true),
+    BoolSetting<&C::Replace>("Recorder", "Replace", false),
+    GridViewSettingsOf<&C::dispMode4>("DispMode4"),
+    GridViewSettingsOf<&C::dispMode3>("DispMode3"),
+    GridViewSettingsOf<&C::dispMode1>("DispMode1"),
     NumberedIntSetting<&C::triggerListColumns>("TriggerList", kColumn, 0),
     BoolSetting<&C::CheckForUpdatesAtProgStart>("WebUpdate", "CheckForUpdatesAtProgStart", false),
     BoolSetting<&C::DisplayHoldOnProgStart>("ProgramStart", "DisplayHoldOnProgStart", false),
