@@ -80,10 +80,10 @@ int main(int argc, char **argv)
 
     kestrel::MainFormOptions options;
     const std::filesystem::path dataFolder = kestrel::ResolveDataFolder(parsed.dataDir);
-    const kestrel::FileResult made = kestrel::EnsureDataFolder(dataFolder);
-    if (!made.ok)
+    const kestrel::Result made = kestrel::EnsureDataFolder(dataFolder);
+    if (!made.ok())
         std::fprintf(stderr, "kestrel: cannot create the data folder %s: %s\n", dataFolder.c_str(),
-                     made.error.c_str());
+                     made.detail.c_str());
     options.dataFolder = dataFolder.string();
     if (options.dataFolder.empty() || options.dataFolder.back() != '/')
         options.dataFolder += '/';

@@ -334,8 +334,8 @@ void TFormMain::FormShow()
         ctx.commandLineRecord = args_.recordFile;
     ctx.now = session_->clock().nowDateTime();
     EnvLoadResult loaded = LoadEnvironment(std::filesystem::path(environmentFile_), ctx);
-    if (!loaded.status.ok)
-        prompter_->ShowMessage(Str(205), Str(7652) + "\n\n" + environmentFile_ + "\n" + loaded.status.error,
+    if (!loaded.status.ok())
+        prompter_->ShowMessage(Str(205), Str(7652) + "\n\n" + environmentFile_ + "\n" + loaded.status.detail,
                                Buttons::Ok, Icon::Warning);
     applyEnvironment(loaded.env);
     progress.step(S(902), 80);

@@ -149,8 +149,8 @@ void TFormMain::LoadEnvDialog()
     ctx.dataFolder = dataFolder_;
     ctx.now = session_->clock().nowDateTime();
     const EnvLoadResult loaded = LoadEnvironment(std::filesystem::path(environmentFile_), ctx);
-    if (!loaded.status.ok) {
-        prompter_->ShowMessage(Str(205), Str(7652) + "\n\n" + environmentFile_ + "\n" + loaded.status.error,
+    if (!loaded.status.ok()) {
+        prompter_->ShowMessage(Str(205), Str(loaded.status.code) + "\n\n" + environmentFile_ + "\n" + loaded.status.detail,
                                Buttons::Ok, Icon::Warning);
         return;
     }
@@ -176,9 +176,9 @@ void TFormMain::SaveEnvDialog()
     env.comA.DevicePath = session_->capture().ComA().device();
     env.comB.DevicePath = session_->capture().ComB().device();
     env.recordFile = recordFile();
-    const FileResult r = SaveEnvironment(env, std::filesystem::path(environmentFile_));
-    if (!r.ok) {
-        prompter_->ShowMessage(Str(206), Str(7656) + "\n\n" + environmentFile_ + "\n" + r.error, Buttons::Ok,
+    const Result r = SaveEnvironment(env, std::filesystem::path(environmentFile_));
+    if (!r.ok()) {
+        prompter_->ShowMessage(Str(206), Str(r.code) + "\n\n" + environmentFile_ + "\n" + r.detail, Buttons::Ok,
                                Icon::Error);
         return;
     }

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "config/config_messages.h"
+
 namespace kestrel {
 
 EnvLookup ProcessEnvironment()
@@ -35,14 +37,15 @@ std::filesystem::path ResolveDataFolder(const std::optional<std::string> &comman
     return std::filesystem::path("kestrel-data");
 }
 
-FileResult EnsureDataFolder(const std::filesystem::path &dataFolder)
+Result EnsureDataFolder(const std::filesystem::path &dataFolder)
 {
     for (const char *sub : {"", "recordings", kProfilesFolder, kThemesFolder}) {
         const auto dir = *sub ? dataFolder / sub : dataFolder;
         std::error_code ec;
         std::filesystem::create_directories(dir, ec);
         if (ec || !std::filesystem::is_directory(dir, ec))
-            return {false, "cannot create the folder '" + dir.string() + "'" + (ec ? ": " + ec.message() : "")};
+            return Result::Fail(kMsgDataFolderNotCreated,
+                                "cannot create the folder '" + dir.string() + "'" + (ec ? ": " + ec.message() : ""));
     }
     return {};
 }

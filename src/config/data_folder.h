@@ -25,8 +25,9 @@ using EnvLookup = std::function<std::optional<std::string>(const char *)>;
 [[nodiscard]] std::filesystem::path ResolveDataFolder(const std::optional<std::string> &commandLineDir,
                                                       const EnvLookup &env = ProcessEnvironment());
 
-// Creates the data folder and its three sub-folders where they are missing.
-[[nodiscard]] FileResult EnsureDataFolder(const std::filesystem::path &dataFolder);
+// Creates the data folder and its three sub-folders where they are missing
+// (kMsgDataFolderNotCreated and the folder that failed).
+[[nodiscard]] Result EnsureDataFolder(const std::filesystem::path &dataFolder);
 
 // "--data-dir DIR" or "--data-dir=DIR" among the program arguments (argv[0] excluded).
 [[nodiscard]] std::optional<std::string> DataDirArgument(int argc, const char *const *argv);

@@ -2,41 +2,115 @@
 
 #include <cctype>
 
-#include "config/date_time_text.h"
+#include "config/config_messages.h"
 
 namespace kestrel {
 
 namespace {
 
-constexpr const char *kFiles = "Files";
-constexpr const char *kRecordData = "Record data";
-constexpr const char *kGeneral = "General";
-constexpr const char *kCustomer = "Customer";
-constexpr const char *kDescription = "Description";
-constexpr const char *kTrigger = "Trigger";
+using E = Environment;
+using T = TriggerDef;
 
-void LoadPort(const IniFile &ini, const char *section, int defaultDevice, EnvPort &port)
+// --- rules that are not plain keys ---
+
+// DevicePath beside the integer Device: written only when set, and deleted otherwise so
+// that an old path does not override the port number chosen since.
+template <auto Port>
+void LoadDevicePath(const IniFile &ini, std::string_view section, E &env, const SettingsLoadContext &)
 {
-    port.Device = ini.ReadInteger(section, "Device", defaultDevice);
-    port.DevicePath = ini.ReadString(section, kDevicePathKey, "");
-    port.CustomBaudRate = ini.ReadInteger(section, "CustomBaudRate", 9600);
-    port.DataBits = ini.ReadInteger(section, "DataBits", 8);
-    port.Parity = ini.ReadInteger(section, "Parity", ParityOrdinal::None);
-    port.StopBits = ini.ReadInteger(section, "StopBits", 1);
+    (env.*Port).DevicePath = ini.ReadString(section, kDevicePathKey, "");
 }
 
-void StorePort(IniFile &ini, const char *section, const EnvPort &port)
+template <auto Port>
+void StoreDevicePath(IniFile &ini, std::string_view section, const E &env)
 {
-    ini.WriteInteger(section, "Device", port.Device);
-    if (!port.DevicePath.empty())
-        ini.WriteString(section, kDevicePathKey, port.DevicePath);
+    const std::string &path = (env.*Port).DevicePath;
+    if (!path.empty())
+        ini.WriteString(section, kDevicePathKey, path);
     else
-        ini.DeleteKey(section, kDevicePathKey); // an old path must not override the chosen number
-    ini.WriteInteger(section, "CustomBaudRate", port.CustomBaudRate);
-    ini.WriteInteger(section, "DataBits", port.DataBits);
-    ini.WriteInteger(section, "Parity", port.Parity);
-    ini.WriteInteger(section, "StopBits", port.StopBits);
+        ini.DeleteKey(section, kDevicePathKey);
 }
+
+template <auto Port>
+void ResetDevicePath(E &env)
+{
+    (env.*Port).DevicePath.clear();
+}
+
+template <auto Port>
+constexpr auto PortSettings(const char *section, int device)
+{
+    return SettingsTable(IntSetting<Port, &EnvPort::Device>(section, "Device", device),
+                         CustomSetting<E>(section, kDevicePathKey, LoadDevicePath<Port>, StoreDevicePath<Port>,
+                                          ResetDevicePath<Port>),
+                         IntSetting<Port, &EnvPort::CustomBaudRate>(section, "CustomBaudRate", 9600),
+                         IntSetting<Port, &EnvPort::DataBits>(section, "DataBits", 8),
+                         IntSetting<Port, &EnvPort::Parity>(section, "Parity", ParityOrdinal::None),
+                         IntSetting<Port, &EnvPort::StopBits>(section, "StopBits", 1));
+}
+
+// One trigger section, in the order of writing; its name is Trigger0, Trigger1, ...
+constexpr auto kTriggerSettings = SettingsTable(
+    TextSetting<&T::Name>(nullptr, "Name", ""),
+    TextSetting<&T::Description>(nullptr, "Description", ""),
+    BoolSetting<&T::Active>(nullptr, "Active", false),
+    IntSetting<&T::Type>(nullptr, "Type", 0),
+    IntSetting<&T::Event>(nullptr, "Event", 0),
+    BoolSetting<&T::D1>(nullptr, "D1", false),
+    BoolSetting<&T::D2>(nullptr, "D2", false),
+    TextSetting<&T::Data>(nullptr, "Data", ""),
+    SettingsFromKeyList<kSignalEdgeKeys>(nullptr, 0),
+    SettingsFromKeyList<kErrorKeys>(nullptr, false),
+    DateTimeSetting<&T::TimeReached>(nullptr, "TimeReached"), // missing: the moment of loading
+    IntSetting<&T::InActivityTime>(nullptr, "InActivityTime", 1),
+    SettingsFromKeyList<kInactivityEventKeys>(nullptr, false),
+    BoolSetting<&T::PlaySound>(nullptr, "PlaySound", false),
+    TextSetting<&T::SoundFilePath>(nullptr, "SoundFilePath", ""),
+    BoolSetting<&T::PlaySoundRepeat>(nullptr, "PlaySoundRepeat", false),
+    BoolSetting<&T::ExecCommand>(nullptr, "ExecCommand", false),
+    TextSetting<&T::CommandFilePath>(nullptr, "CommandFilePath", ""),
+    TextSetting<&T::CommandParams>(nullptr, "CommandParams", ""));
+
+// Trigger0, Trigger1, ...: one section per trigger in list order. Loading ends at the
+// first missing number; storing erases the sections of a longer older list, up to the
+// first missing number.
+void LoadTriggers(const IniFile &ini, std::string_view base, E &env, const SettingsLoadContext &ctx)
+{
+    env.triggers.Clear();
+    for (long long i = 0;; ++i) {
+        const std::string section = NumberedName(base, i);
+        if (!ini.SectionExists(section))
+            break;
+        TriggerDef t;
+        LoadSettings<T>(ini, kTriggerSettings, t, ctx, section);
+        env.triggers.Append(std::move(t));
+    }
+}
+
+void StoreTriggers(IniFile &ini, std::string_view base, const E &env)
+{
+    long long i = 0;
+    for (const auto &t : env.triggers)
+        StoreSettings<T>(ini, kTriggerSettings, t, NumberedName(base, i++));
+    for (;; ++i) {
+        const std::string section = NumberedName(base, i);
+        if (!ini.SectionExists(section))
+            break;
+        ini.EraseSection(section);
+    }
+}
+
+void ResetTriggers(E &env) { env.triggers.Clear(); }
+
+// The record file's default depends on the data folder: loading puts it in first.
+constexpr auto kEnvironmentSettings = SettingsTable(
+    PortSettings<&E::comA>("ComA", 1),
+    PortSettings<&E::comB>("ComB", 2),
+    TextSetting<&E::recordFile>("Files", "Record data", "").KeepWhenMissing(),
+    SettingsFromKeyList<kGeneralKeys, &E::general>("General", ""),
+    SettingsFromKeyList<kCustomerKeys, &E::customer>("Customer", ""),
+    TextLinesSetting<&E::description>("Description", "Line"),
+    CustomSetting<E>("Trigger", nullptr, LoadTriggers, StoreTriggers, ResetTriggers));
 
 // A record path written on Windows ("C:\...\x.ksr", "\\server\share\x.ksr") names no file
 // here (it would become a file with backslashes in its name in the working folder):
@@ -66,91 +140,18 @@ std::string EffectiveRecordFile(const std::string &fromEnvironment, const std::o
     return fromEnvironment;
 }
 
-void StoreTrigger(const TriggerDef &t, const std::string &section, IniFile &ini)
-{
-    ini.WriteString(section, "Name", t.Name);
-    ini.WriteString(section, "Description", t.Description);
-    ini.WriteBool(section, "Active", t.Active);
-    ini.WriteInteger(section, "Type", t.Type);
-    ini.WriteInteger(section, "Event", t.Event);
-    ini.WriteBool(section, "D1", t.D1);
-    ini.WriteBool(section, "D2", t.D2);
-    ini.WriteString(section, "Data", t.Data);
-    for (const auto &k : kSignalEdgeKeys)
-        ini.WriteInteger(section, k.key, t.*k.field);
-    for (const auto &k : kErrorKeys)
-        ini.WriteBool(section, k.key, t.*k.field);
-    ini.WriteString(section, "TimeReached", FormatSettingsDateTime(t.TimeReached));
-    ini.WriteInteger(section, "InActivityTime", t.InActivityTime);
-    for (const auto &k : kInactivityEventKeys)
-        ini.WriteBool(section, k.key, t.*k.field);
-    ini.WriteBool(section, "PlaySound", t.PlaySound);
-    ini.WriteString(section, "SoundFilePath", t.SoundFilePath);
-    ini.WriteBool(section, "PlaySoundRepeat", t.PlaySoundRepeat);
-    ini.WriteBool(section, "ExecCommand", t.ExecCommand);
-    ini.WriteString(section, "CommandFilePath", t.CommandFilePath);
-    ini.WriteString(section, "CommandParams", t.CommandParams);
-}
+Environment::Environment() { ResetSettings(EnvironmentSettings(), *this); }
 
-TriggerDef LoadTrigger(const IniFile &ini, const std::string &section, double now)
-{
-    TriggerDef t;
-    t.Name = ini.ReadString(section, "Name", "");
-    t.Description = ini.ReadString(section, "Description", "");
-    t.Active = ini.ReadBool(section, "Active", false);
-    t.Type = ini.ReadInteger(section, "Type", 0);
-    t.Event = ini.ReadInteger(section, "Event", 0);
-    t.D1 = ini.ReadBool(section, "D1", false);
-    t.D2 = ini.ReadBool(section, "D2", false);
-    t.Data = ini.ReadString(section, "Data", "");
-    for (const auto &k : kSignalEdgeKeys)
-        t.*k.field = ini.ReadInteger(section, k.key, 0);
-    for (const auto &k : kErrorKeys)
-        t.*k.field = ini.ReadBool(section, k.key, false);
-    const auto time = ParseSettingsDateTime(ini.ReadString(section, "TimeReached", ""));
-    t.TimeReached = time ? *time : now;
-    t.InActivityTime = ini.ReadInteger(section, "InActivityTime", 1);
-    for (const auto &k : kInactivityEventKeys)
-        t.*k.field = ini.ReadBool(section, k.key, false);
-    t.PlaySound = ini.ReadBool(section, "PlaySound", false);
-    t.SoundFilePath = ini.ReadString(section, "SoundFilePath", "");
-    t.PlaySoundRepeat = ini.ReadBool(section, "PlaySoundRepeat", false);
-    t.ExecCommand = ini.ReadBool(section, "ExecCommand", false);
-    t.CommandFilePath = ini.ReadString(section, "CommandFilePath", "");
-    t.CommandParams = ini.ReadString(section, "CommandParams", "");
-    return t;
-}
+std::span<const Setting<Environment>> EnvironmentSettings() { return kEnvironmentSettings; }
+std::span<const Setting<TriggerDef>> TriggerSettings() { return kTriggerSettings; }
 
 EnvLoadResult LoadEnvironment(const IniFile &ini, const EnvLoadContext &ctx)
 {
     EnvLoadResult result;
     Environment &env = result.env;
-    LoadPort(ini, "ComA", 1, env.comA);
-    LoadPort(ini, "ComB", 2, env.comB);
-
-    env.recordFile = EffectiveRecordFile(
-        LocalRecordPath(ini.ReadString(kFiles, kRecordData, DefaultRecordFile(ctx.dataFolder)), ctx.dataFolder),
-        ctx.commandLineRecord);
-
-    for (const auto &k : kGeneralKeys)
-        env.general.*k.field = ini.ReadString(kGeneral, k.key, "");
-    for (const auto &k : kCustomerKeys)
-        env.customer.*k.field = ini.ReadString(kCustomer, k.key, "");
-
-    // The first missing line number ends the description.
-    for (long long i = 0;; ++i) {
-        const std::string key = NumberedName("Line", i);
-        if (!ini.ValueExists(kDescription, key))
-            break;
-        env.description.push_back(ini.ReadString(kDescription, key, ""));
-    }
-
-    for (long long i = 0;; ++i) {
-        const std::string section = NumberedName(kTrigger, i);
-        if (!ini.SectionExists(section))
-            break;
-        env.triggers.Append(LoadTrigger(ini, section, ctx.now));
-    }
+    env.recordFile = DefaultRecordFile(ctx.dataFolder);
+    LoadSettings(ini, EnvironmentSettings(), env, SettingsLoadContext{ctx.now});
+    env.recordFile = EffectiveRecordFile(LocalRecordPath(env.recordFile, ctx.dataFolder), ctx.commandLineRecord);
     result.triggersWithExternalActions = env.triggers.TriggersWithExternalActions();
     return result;
 }
@@ -161,39 +162,19 @@ EnvLoadResult LoadEnvironment(const std::filesystem::path &file, const EnvLoadCo
     EnvLoadResult result = LoadEnvironment(read.ini, ctx);
     result.existed = read.existed;
     result.status = read.status;
+    if (!result.status.ok())
+        result.status.code = kMsgEnvironmentNotRead;
     return result;
 }
 
-void StoreEnvironment(const Environment &env, IniFile &ini)
+void StoreEnvironment(const Environment &env, IniFile &ini) { StoreSettings(ini, EnvironmentSettings(), env); }
+
+Result SaveEnvironment(const Environment &env, const std::filesystem::path &file)
 {
-    StorePort(ini, "ComA", env.comA);
-    StorePort(ini, "ComB", env.comB);
-    ini.WriteString(kFiles, kRecordData, env.recordFile);
-    for (const auto &k : kGeneralKeys)
-        ini.WriteString(kGeneral, k.key, env.general.*k.field);
-    for (const auto &k : kCustomerKeys)
-        ini.WriteString(kCustomer, k.key, env.customer.*k.field);
-
-    // Erase first so that a shorter description leaves no lines of the older one.
-    ini.EraseSection(kDescription);
-    for (std::size_t i = 0; i < env.description.size(); ++i)
-        ini.WriteString(kDescription, NumberedName("Line", static_cast<long long>(i)), env.description[i]);
-
-    std::size_t i = 0;
-    for (const auto &t : env.triggers)
-        StoreTrigger(t, NumberedName(kTrigger, static_cast<long long>(i++)), ini);
-    // Stale sections of a longer older list go; the first missing number ends the clean-up.
-    for (;; ++i) {
-        const std::string section = NumberedName(kTrigger, static_cast<long long>(i));
-        if (!ini.SectionExists(section))
-            break;
-        ini.EraseSection(section);
-    }
-}
-
-FileResult SaveEnvironment(const Environment &env, const std::filesystem::path &file)
-{
-    return UpdateIniFile(file, [&](IniFile &ini) { StoreEnvironment(env, ini); });
+    Result saved = UpdateIniFile(file, [&](IniFile &ini) { StoreEnvironment(env, ini); });
+    if (!saved.ok())
+        saved.code = kMsgEnvironmentNotSaved;
+    return saved;
 }
 
 } // namespace kestrel

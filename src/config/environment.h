@@ -4,10 +4,13 @@
 
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "base/result.h"
 #include "config/ini_file.h"
+#include "config/settings_table.h"
 #include "triggers/trigger_list.h"
 
 namespace kestrel {
@@ -27,13 +30,14 @@ inline constexpr int Mark = 3;
 inline constexpr int Space = 4;
 } // namespace ParityOrdinal
 
+// Values start at zero; Environment's constructor gives them the file's defaults.
 struct EnvPort {
-    int Device = 1;          // port number (COM n)
+    int Device = 0;          // port number (COM n)
     std::string DevicePath;  // e.g. /dev/ttyUSB0 or a /dev/serial/by-id name; empty: use Device
-    int CustomBaudRate = 9600;
-    int DataBits = 8;
+    int CustomBaudRate = 0;
+    int DataBits = 0;
     int Parity = ParityOrdinal::None;
-    int StopBits = 1;
+    int StopBits = 0;
     friend bool operator==(const EnvPort &, const EnvPort &) = default;
 };
 
@@ -47,7 +51,7 @@ struct EnvCustomer {
     friend bool operator==(const EnvCustomer &, const EnvCustomer &) = default;
 };
 
-// Header keys in the order of writing.
+// Header keys in the order of writing (the environment's settings table takes them from here).
 inline constexpr MemberKey<EnvGeneral, std::string> kGeneralKeys[] = {
     {"Title", &EnvGeneral::Title},       {"Author", &EnvGeneral::Author},     {"Company", &EnvGeneral::Company},
     {"Address1", &EnvGeneral::Address1}, {"Address2", &EnvGeneral::Address2}, {"City", &EnvGeneral::City},
@@ -63,8 +67,10 @@ inline constexpr MemberKey<EnvCustomer, std::string> kCustomerKeys[] = {
 };
 
 struct Environment {
-    EnvPort comA{1};
-    EnvPort comB{2};
+    Environment(); // every setting at the default the file gives a missing key (no record file yet)
+
+    EnvPort comA;
+    EnvPort comB;
     std::string recordFile;
     EnvGeneral general;
     EnvCustomer customer;
@@ -83,7 +89,7 @@ struct EnvLoadContext {
 struct EnvLoadResult {
     Environment env;
     bool existed = false;
-    FileResult status; // a file that exists but cannot be read
+    Result status; // a file that exists but cannot be read: kMsgEnvironmentNotRead and the reason
     // Triggers (indexes) that would play a sound or start a program once armed.
     // Loading runs nothing; the window asks the user before arming these.
     std::vector<std::size_t> triggersWithExternalActions;
@@ -103,11 +109,13 @@ struct EnvLoadResult {
 // sections of a longer older list up to the first missing number.
 void StoreEnvironment(const Environment &env, IniFile &ini);
 // Reads the file as it stands, stores over it and replaces it atomically.
-[[nodiscard]] FileResult SaveEnvironment(const Environment &env, const std::filesystem::path &file);
+// A failure is kMsgEnvironmentNotSaved with the reason.
+[[nodiscard]] Result SaveEnvironment(const Environment &env, const std::filesystem::path &file);
 
-// One trigger section's keys, in the order of writing.
-void StoreTrigger(const TriggerDef &t, const std::string &section, IniFile &ini);
-[[nodiscard]] TriggerDef LoadTrigger(const IniFile &ini, const std::string &section, double now);
+// The keys of the file in the order of writing, and those of one trigger section
+// (whose name the caller gives); see settings_table.h.
+[[nodiscard]] std::span<const Setting<Environment>> EnvironmentSettings();
+[[nodiscard]] std::span<const Setting<TriggerDef>> TriggerSettings();
 
 // The program-wide "environment changed" mark that edits set and a save or load clears.
 class EnvironmentChangeFlag {

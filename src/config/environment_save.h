@@ -1,16 +1,16 @@
 #pragma once
-// Saving an environment the user asked for: a failure is reported once through
-// the prompt interface and the file on disk stays as it was.
+// Saving an environment the user asked for: the file on disk stays as it was
+// when the save fails, and the change mark stays set; the caller shows the result.
 
 #include <filesystem>
 
-#include "base/prompt.h"
+#include "base/result.h"
 #include "config/environment.h"
 
 namespace kestrel {
 
-// True when saved; the change flag is cleared then.
-bool SaveEnvironmentReported(Prompter &prompter, const Environment &env, const std::filesystem::path &file,
-                             EnvironmentChangeFlag &flag);
+// Clears the change mark once saved; a failure is kMsgEnvironmentNotSaved with the reason.
+[[nodiscard]] Result SaveChangedEnvironment(const Environment &env, const std::filesystem::path &file,
+                                            EnvironmentChangeFlag &flag);
 
 } // namespace kestrel

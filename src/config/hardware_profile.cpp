@@ -2,27 +2,39 @@
 
 #include <algorithm>
 
+#include "config/config_messages.h"
 #include "config/data_folder.h"
 
 namespace kestrel {
 
 namespace {
-constexpr const char *kHardware = "Hardware";
+
+using P = HardwareProfile;
+
 constexpr const char *kInterface = "Interface";
-constexpr const char *kRegistry = "Registry";
+
+// The four lists keep the lists in use when their keys are missing, so a profile may
+// carry only a name; exactly Port1 ... Port16 are read.
+constexpr auto kHardwareProfileSettings = SettingsTable(
+    TextSetting<&P::Name>("Hardware", "Name", "Default Profile"),
+    TextSetting<&P::Manufacturer>("Hardware", "Manufacturer", "Quorv"),
+    CommaListSetting<&P::lists, &PortValueLists::baudRates>(kInterface, "BaudRates", nullptr),
+    CommaListSetting<&P::lists, &PortValueLists::dataBits>(kInterface, "DataBits", nullptr),
+    CommaListSetting<&P::lists, &PortValueLists::parities>(kInterface, "Parity", nullptr),
+    CommaListSetting<&P::lists, &PortValueLists::stopBits>(kInterface, "StopBits", nullptr),
+    NumberedTextSetting<&P::ports>("Registry", "Port", 1, ""));
+
 } // namespace
+
+HardwareProfile::HardwareProfile() { ResetSettings(HardwareProfileSettings(), *this); }
+
+std::span<const Setting<HardwareProfile>> HardwareProfileSettings() { return kHardwareProfileSettings; }
 
 HardwareProfile ReadHardwareProfile(const IniFile &ini, const PortValueLists &inUse)
 {
     HardwareProfile p;
-    p.Name = ini.ReadString(kHardware, "Name", "Default Profile");
-    p.Manufacturer = ini.ReadString(kHardware, "Manufacturer", "Quorv");
-    p.lists.baudRates = ini.ReadCommaList(kInterface, "BaudRates", inUse.baudRates);
-    p.lists.dataBits = ini.ReadCommaList(kInterface, "DataBits", inUse.dataBits);
-    p.lists.parities = ini.ReadCommaList(kInterface, "Parity", inUse.parities);
-    p.lists.stopBits = ini.ReadCommaList(kInterface, "StopBits", inUse.stopBits);
-    for (int i = 0; i < kProfilePortCount; ++i)
-        p.ports[static_cast<std::size_t>(i)] = ini.ReadString(kRegistry, NumberedName("Port", i + 1), "");
+    p.lists = inUse;
+    LoadSettings(ini, HardwareProfileSettings(), p);
     return p;
 }
 
@@ -33,19 +45,15 @@ HardwareProfile ReadHardwareProfile(const std::filesystem::path &file, const Por
 
 void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini)
 {
-    ini.WriteString(kHardware, "Name", profile.Name);
-    ini.WriteString(kHardware, "Manufacturer", profile.Manufacturer);
-    ini.WriteCommaList(kInterface, "BaudRates", profile.lists.baudRates);
-    ini.WriteCommaList(kInterface, "DataBits", profile.lists.dataBits);
-    ini.WriteCommaList(kInterface, "Parity", profile.lists.parities);
-    ini.WriteCommaList(kInterface, "StopBits", profile.lists.stopBits);
-    for (int i = 0; i < kProfilePortCount; ++i)
-        ini.WriteString(kRegistry, NumberedName("Port", i + 1), profile.ports[static_cast<std::size_t>(i)]);
+    StoreSettings(ini, HardwareProfileSettings(), profile);
 }
 
-FileResult WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file)
+Result WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file)
 {
-    return UpdateIniFile(file, [&](IniFile &ini) { StoreHardwareProfile(profile, ini); });
+    Result written = UpdateIniFile(file, [&](IniFile &ini) { StoreHardwareProfile(profile, ini); });
+    if (!written.ok())
+        written.code = kMsgProfileNotSaved;
+    return written;
 }
 
 std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataFolder)

@@ -4,11 +4,14 @@
 
 #include <array>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "base/result.h"
 #include "config/ini_file.h"
 #include "config/port_value_lists.h"
+#include "config/settings_table.h"
 
 namespace kestrel {
 
@@ -17,20 +20,26 @@ inline constexpr const char *kProfileExtension = ".ksh";
 inline constexpr int kProfilePortCount = 16;
 
 struct HardwareProfile {
-    std::string Name = "Default Profile";
-    std::string Manufacturer = "Quorv";
+    HardwareProfile(); // the defaults a missing file gives: its name and maker, empty lists, no ports
+
+    std::string Name;
+    std::string Manufacturer;
     PortValueLists lists;
     std::array<std::string, kProfilePortCount> ports; // Port1 ... Port16
     friend bool operator==(const HardwareProfile &, const HardwareProfile &) = default;
 };
 
 // Missing list keys keep the lists in use (inUse); only Port1..Port16 are read.
+// The keys of a profile in the order of writing; see settings_table.h.
+[[nodiscard]] std::span<const Setting<HardwareProfile>> HardwareProfileSettings();
+
 [[nodiscard]] HardwareProfile ReadHardwareProfile(const IniFile &ini, const PortValueLists &inUse);
 // A missing file reads as all defaults with the lists in use.
 [[nodiscard]] HardwareProfile ReadHardwareProfile(const std::filesystem::path &file, const PortValueLists &inUse);
 
 void StoreHardwareProfile(const HardwareProfile &profile, IniFile &ini);
-[[nodiscard]] FileResult WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file);
+// A failure is kMsgProfileNotSaved with the reason.
+[[nodiscard]] Result WriteHardwareProfile(const HardwareProfile &profile, const std::filesystem::path &file);
 
 // File names (not paths) of the profiles in dataFolder/profiles/, sorted without regard to case; only ".ksh" files.
 [[nodiscard]] std::vector<std::string> ListHardwareProfiles(const std::filesystem::path &dataFolder);

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <fstream>
 
+#include "config/config_messages.h"
 #include "config/settings_encoding.h"
 
 namespace kestrel {
@@ -427,17 +428,17 @@ IniReadResult ReadIniFile(const std::filesystem::path &path)
         return result; // missing: all defaults
     result.existed = true;
     if (std::filesystem::is_directory(status)) {
-        result.status = {false, "'" + path.string() + "' is a folder, not a file"};
+        result.status = Result::Fail(kMsgSettingsFileNotRead, "'" + path.string() + "' is a folder, not a file");
         return result;
     }
     // A pipe would wait for a writer and a device never ends; neither is a settings file.
     if (!std::filesystem::is_regular_file(status)) {
-        result.status = {false, "'" + path.string() + "' is not a regular file"};
+        result.status = Result::Fail(kMsgSettingsFileNotRead, "'" + path.string() + "' is not a regular file");
         return result;
     }
     std::ifstream in(path, std::ios::binary);
     if (!in) {
-        result.status = {false, "cannot open '" + path.string() + "': " + std::strerror(errno)};
+        result.status = Result::Fail(kMsgSettingsFileNotRead, "cannot open '" + path.string() + "': " + std::strerror(errno));
         return result;
     }
     std::string text;
@@ -445,7 +446,7 @@ IniReadResult ReadIniFile(const std::filesystem::path &path)
     in.read(text.data(), static_cast<std::streamsize>(text.size()));
     text.resize(static_cast<std::size_t>(in.gcount()));
     if (in.bad()) {
-        result.status = {false, "cannot read '" + path.string() + "'"};
+        result.status = Result::Fail(kMsgSettingsFileNotRead, "cannot read '" + path.string() + "'");
         return result;
     }
     if (text.size() > kMaxIniFileBytes) {
@@ -459,7 +460,7 @@ IniReadResult ReadIniFile(const std::filesystem::path &path)
     return result;
 }
 
-FileResult WriteFileAtomic(const std::filesystem::path &linkOrFile, std::string_view text)
+Result WriteFileAtomic(const std::filesystem::path &linkOrFile, std::string_view text)
 {
     static std::atomic<unsigned> counter{0};
     // Renaming over a symbolic link would replace the link; write the file it points to instead.
@@ -474,7 +475,7 @@ FileResult WriteFileAtomic(const std::filesystem::path &linkOrFile, std::string_
     const std::string temp = target + ".tmp" + std::to_string(::getpid()) + "_" + std::to_string(counter++);
     auto fail = [&](const char *what, int err) {
         ::unlink(temp.c_str());
-        return FileResult{false, std::string(what) + " '" + target + "': " + std::strerror(err)};
+        return Result::Fail(kMsgSettingsFileNotWritten, std::string(what) + " '" + target + "': " + std::strerror(err));
     };
 
     mode_t mode = 0644;
@@ -482,12 +483,12 @@ FileResult WriteFileAtomic(const std::filesystem::path &linkOrFile, std::string_
     if (::stat(target.c_str(), &st) == 0) {
         // The rename would get past a write protection the user set on purpose.
         if ((st.st_mode & 0222) == 0)
-            return FileResult{false, "'" + target + "' is read-only"};
+            return Result::Fail(kMsgSettingsFileNotWritten, "'" + target + "' is read-only");
         mode = st.st_mode & 07777; // keep the permissions the user gave the file
     }
     const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (fd < 0)
-        return FileResult{false, "cannot create '" + temp + "': " + std::strerror(errno)};
+        return Result::Fail(kMsgSettingsFileNotWritten, "cannot create '" + temp + "': " + std::strerror(errno));
     std::size_t done = 0;
     while (done < text.size()) {
         const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
@@ -519,18 +520,19 @@ FileResult WriteFileAtomic(const std::filesystem::path &linkOrFile, std::string_
     return {};
 }
 
-FileResult WriteIniFile(const std::filesystem::path &path, const IniFile &ini)
+Result WriteIniFile(const std::filesystem::path &path, const IniFile &ini)
 {
     return WriteFileAtomic(path, ini.ToText());
 }
 
-FileResult UpdateIniFile(const std::filesystem::path &path, const std::function<void(IniFile &)> &change)
+Result UpdateIniFile(const std::filesystem::path &path, const std::function<void(IniFile &)> &change)
 {
     IniReadResult current = ReadIniFile(path);
-    if (!current.status.ok)
+    if (!current.status.ok())
         return current.status; // writing over a file that could not be read would lose what it holds
     if (current.notSettingsFile)
-        return {false, "'" + path.string() + "' is not a settings file (it is binary or too large); it was left as it is"};
+        return Result::Fail(kMsgSettingsFileNotWritten,
+                            "'" + path.string() + "' is not a settings file (it is binary or too large); it was left as it is");
     change(current.ini);
     return WriteIniFile(path, current.ini);
 }

@@ -13,6 +13,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/result.h"
+
 namespace kestrel {
 
 class IniFile {
@@ -95,20 +97,14 @@ private:
 [[nodiscard]] std::string AsciiLower(std::string_view s);
 [[nodiscard]] bool EqualsNoCase(std::string_view a, std::string_view b);
 
-// Result of reading or writing a settings file; error is a one-line reason for the user.
-struct FileResult {
-    bool ok = true;
-    std::string error;
-};
-
 // Reads a whole settings file, as UTF-8 whatever encoding it came in
 // (SettingsTextToUtf8); a save writes UTF-8. A missing file gives an empty document with
 // existed = false; an unreadable one (a folder, a pipe or device, no permission)
-// gives an empty document and the reason.
+// gives an empty document and status kMsgSettingsFileNotRead with the reason.
 struct IniReadResult {
     IniFile ini;
     bool existed = false;
-    FileResult status;
+    Result status;
     // Loads what it can but must never be rewritten: larger than a settings file
     // is read, or holding NUL bytes (a recording picked by mistake, say).
     bool notSettingsFile = false;
@@ -120,12 +116,14 @@ inline constexpr std::uintmax_t kMaxIniFileBytes = 16u * 1024u * 1024u;
 // Writes text to a temporary file beside path, flushes it to disk and renames it
 // over path, so a crash or a full disk leaves either the old file or the new one.
 // A file without any write permission is left alone; a symbolic link is followed.
-[[nodiscard]] FileResult WriteFileAtomic(const std::filesystem::path &path, std::string_view text);
-[[nodiscard]] FileResult WriteIniFile(const std::filesystem::path &path, const IniFile &ini);
+// A failure is kMsgSettingsFileNotWritten with the reason.
+[[nodiscard]] Result WriteFileAtomic(const std::filesystem::path &path, std::string_view text);
+[[nodiscard]] Result WriteIniFile(const std::filesystem::path &path, const IniFile &ini);
 
 // Reads the file as it stands (or an empty document when it is missing), lets
 // change store over it and replaces it atomically, so unknown entries survive.
-// A file that could not be read or is not a settings file is left as it is.
-[[nodiscard]] FileResult UpdateIniFile(const std::filesystem::path &path, const std::function<void(IniFile &)> &change);
+// A file that could not be read or is not a settings file is left as it is
+// (kMsgSettingsFileNotRead, kMsgSettingsFileNotWritten).
+[[nodiscard]] Result UpdateIniFile(const std::filesystem::path &path, const std::function<void(IniFile &)> &change);
 
 } // namespace kestrel

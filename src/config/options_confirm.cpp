@@ -1,16 +1,13 @@
 #include "config/options_confirm.h"
 
-#include "base/error_report.h"
 #include "base/string_table.h"
+#include "config/config_messages.h"
 
 namespace kestrel {
 
 namespace {
 constexpr int kTitleConfirmation = 204;
-constexpr int kTitleFileOperation = 3000;
 constexpr int kMsgOverwriteProfile = 9208;
-constexpr int kMsgBadProfileName = 7420;
-constexpr int kMsgProfileNotSaved = 7421;
 } // namespace
 
 ProfileConfirmResult ConfirmHardwareProfile(Prompter &prompter, const std::filesystem::path &dataFolder,
@@ -20,9 +17,7 @@ ProfileConfirmResult ConfirmHardwareProfile(Prompter &prompter, const std::files
     ProfileConfirmResult result;
     result.profile = fields;
     if (!IsValidProfileFileName(profileName)) {
-        result.error = "'" + profileName + "'";
-        ReportError(prompter, kTitleFileOperation, kMsgBadProfileName, {"options_confirm", __LINE__},
-                    "\n\n" + result.error);
+        result.status = Result::Fail(kMsgBadProfileName, "'" + profileName + "'");
         return result;
     }
 
@@ -43,13 +38,9 @@ ProfileConfirmResult ConfirmHardwareProfile(Prompter &prompter, const std::files
         std::filesystem::create_directories(path.parent_path(), ec);
     }
 
-    const FileResult written = WriteHardwareProfile(fields, path);
-    if (!written.ok) {
-        result.error = written.error;
-        ReportError(prompter, kTitleFileOperation, kMsgProfileNotSaved, {"options_confirm", __LINE__},
-                    "\n\n" + written.error);
+    result.status = WriteHardwareProfile(fields, path);
+    if (!result.status.ok())
         return result;
-    }
     result.outcome = ProfileConfirmOutcome::Written;
     result.createdNew = !exists;
     result.profileList = ListHardwareProfiles(dataFolder);

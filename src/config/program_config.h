@@ -5,12 +5,15 @@
 
 #include <array>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/result.h"
 #include "config/ini_file.h"
 #include "config/port_value_lists.h"
+#include "config/settings_table.h"
 
 namespace kestrel {
 
@@ -26,11 +29,14 @@ inline constexpr std::array<int, kTriggerListColumns> kDefaultTriggerListWidths{
 // Style slots beyond this are not read, whatever [Skin] Max says.
 inline constexpr int kMaxSkinSlots = 999;
 
+// The values of the structs below start at zero; ProgramConfig's constructor
+// gives them the file's defaults from its settings table.
+
 struct WindowPlacement {
     int Left = 0;
     int Top = 0;
-    int Width = 800;
-    int Height = 600;
+    int Width = 0;
+    int Height = 0;
     int WindowState = 0; // 0 normal, 1 minimised, 2 maximised
     friend bool operator==(const WindowPlacement &, const WindowPlacement &) = default;
 };
@@ -44,8 +50,8 @@ struct PanelBounds {
 };
 
 struct ToolWindowPlacement {
-    int Left = 100;
-    int Top = 100;
+    int Left = 0;
+    int Top = 0;
     int WindowState = 0;
     bool Visible = false;
     friend bool operator==(const ToolWindowPlacement &, const ToolWindowPlacement &) = default;
@@ -53,8 +59,8 @@ struct ToolWindowPlacement {
 
 struct GridViewSettings {
     std::vector<int> columnWidths;
-    int CharacterMode1 = 1;
-    int CharacterMode2 = 3;
+    int CharacterMode1 = 0;
+    int CharacterMode2 = 0;
     friend bool operator==(const GridViewSettings &, const GridViewSettings &) = default;
 };
 
@@ -73,22 +79,24 @@ struct FormMonitor {
 };
 
 struct ProgramConfig {
-    std::string Profile = "default.ksh";
-    PortValueLists portStandards = StandardPortValueLists();
+    ProgramConfig(); // every setting at the default the file gives a missing key
 
-    std::string InstallLang = "en";
+    std::string Profile;
+    PortValueLists portStandards;
+
+    std::string InstallLang; // the installer's one-shot language hint; "xx" once taken
     int GlobalLang = 0;
     int DefLang = 0;
-    int DisplayMode = 1;
-    int RecordMode = 1;
+    int DisplayMode = 0;
+    int RecordMode = 0;
     int CharacterControl = 0;
-    int SignalMode = 1;
+    int SignalMode = 0;
     int TimeControl = 0;
 
     WindowPlacement window;
     std::vector<FormMonitor> monitors; // every form of the application, in a fixed order
-    PanelBounds allBottomPanels{0, 325, 1016, 300};
-    PanelBounds cCenterPanel{0, 487, 1032, 0}; // no height is kept
+    PanelBounds allBottomPanels;
+    PanelBounds cCenterPanel; // no height is kept
 
     ToolWindowPlacement goWindow;
     int SearchPageIndex = 0;
@@ -96,10 +104,10 @@ struct ProgramConfig {
     ToolWindowPlacement exWindow;
     ToolWindowPlacement reWindow;
 
-    std::string EnvironmentFilename = "Default.kef";
+    std::string EnvironmentFilename;
     int GridOptions = 0; // the grid's option set as an integer; loading keeps it when the key is missing
     bool ViewHold = false; // written, never read back
-    bool Append = true;
+    bool Append = false;
     bool Replace = false;
 
     // Column widths start as the grid's built-in widths; loading keeps them for missing keys.
@@ -113,12 +121,22 @@ struct ProgramConfig {
     bool BeginRecordOnProgStart = false;
 
     // Style slots, read at start-up only and never written. Slot 0 is the plain look.
-    int SkinMax = 99;
-    std::vector<SkinSlot> skins{SkinSlot{}};
+    int SkinMax = 0;
+    std::vector<SkinSlot> skins;
     int SkinCurrent = 0;
 
     friend bool operator==(const ProgramConfig &, const ProgramConfig &) = default;
 };
+
+// Kestrel.ini's keys in the order of the file; see settings_table.h.
+[[nodiscard]] std::span<const Setting<ProgramConfig>> ProgramConfigSettings();
+// The tool windows' own sections, each loaded when its window is created.
+[[nodiscard]] std::span<const Setting<ProgramConfig>> GoWindowSettings();
+[[nodiscard]] std::span<const Setting<ProgramConfig>> ExWindowSettings();
+[[nodiscard]] std::span<const Setting<ProgramConfig>> ReWindowSettings();
+
+// [Hardware] Profile only: start-up reads that profile before the rest.
+void LoadProfileName(const IniFile &ini, ProgramConfig &cfg);
 
 // [Modes] GlobalLang only (default 0): read before any form is built.
 [[nodiscard]] int LoadLanguageConfig(const IniFile &ini);
@@ -137,12 +155,13 @@ bool LoadConfiguration(const std::filesystem::path &configFile, std::string_view
 // The monitor a form is placed on: the saved one while it is still attached, else the primary (0).
 [[nodiscard]] int MonitorForForm(int savedMonitor, int monitorCount);
 
-// Writes every key in the order of the file's layout onto base (so the style
+// Writes every key in the order of the file's layout onto ini (so the style
 // slots and anything unknown stay as they were).
 void StoreConfiguration(const ProgramConfig &cfg, IniFile &ini);
 // Reads the file as it is, stores the settings over it and replaces it atomically;
 // a damaged file (NUL bytes, oversized) is replaced by a new one.
-// A failure is not reported to the user (the caller may log the result).
-FileResult SaveConfiguration(const ProgramConfig &cfg, const std::filesystem::path &configFile);
+// A failure is not reported to the user (the caller may log the result):
+// code kMsgConfigNotSaved, the reason in the detail.
+Result SaveConfiguration(const ProgramConfig &cfg, const std::filesystem::path &configFile);
 
 } // namespace kestrel

@@ -5,7 +5,7 @@ namespace kestrel {
 HardwareProfile LoadMainConfiguration(const std::filesystem::path &dataFolder, ProgramConfig &cfg)
 {
     const IniFile ini = ReadIniFile(dataFolder / kConfigFileName).ini;
-    cfg.Profile = ini.ReadString("Hardware", "Profile", kDefaultProfileName);
+    LoadProfileName(ini, cfg);
     HardwareProfile profile;
     if (IsValidProfileFileName(cfg.Profile))
         profile = ReadHardwareProfile(ProfilePath(dataFolder, cfg.Profile), cfg.portStandards);

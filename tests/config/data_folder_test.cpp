@@ -3,6 +3,7 @@
 #include <fstream>
 #include <map>
 
+#include "config/config_messages.h"
 #include "config/data_folder.h"
 #include "config/port_combo.h"
 #include "config/record_setup.h"
@@ -44,15 +45,15 @@ TEST(DataFolder, CreatesItsFoldersOrSaysWhyNot)
 {
     test::TempDir dir;
     const auto root = dir.path() / "a" / "kestrel";
-    ASSERT_TRUE(EnsureDataFolder(root).ok);
-    ASSERT_TRUE(EnsureDataFolder(root).ok);
+    ASSERT_TRUE(EnsureDataFolder(root).ok());
+    ASSERT_TRUE(EnsureDataFolder(root).ok());
     for (const char *sub : {"recordings", "profiles", "themes"})
         EXPECT_TRUE(std::filesystem::is_directory(root / sub)) << sub;
 
     std::ofstream(dir.path() / "file") << "x";
-    const FileResult blocked = EnsureDataFolder(dir.path() / "file");
-    EXPECT_FALSE(blocked.ok);
-    EXPECT_NE(blocked.error.find("file"), std::string::npos);
+    const Result blocked = EnsureDataFolder(dir.path() / "file");
+    EXPECT_EQ(blocked.code, kMsgDataFolderNotCreated);
+    EXPECT_NE(blocked.detail.find("file"), std::string::npos);
 }
 
 TEST(RecordSetup, PortsAndRecordFileFromAnEnvironment)
@@ -80,8 +81,9 @@ TEST(PortCombo, StoredSettingsFindTheirItemsAndComboTextsComeBack)
     EXPECT_EQ(ComboIndexesFor(port, lists), (PortComboIndexes{20, 0, 4, 1}));
     EXPECT_EQ(ComboIndexesFor(EnvPort{1, "", 12345, 9, 7, 3}, lists), (PortComboIndexes{-1, -1, 0, 0}));
 
-    EXPECT_EQ(WithComboTexts(EnvPort{}, "115200", "5", "O", "1.5"), port);
-    EXPECT_EQ(WithComboTexts(EnvPort{}, "19200", "8", "S", "2"), (EnvPort{1, "", 19200, 8, ParityOrdinal::Space, 2}));
-    EXPECT_EQ(WithComboTexts(EnvPort{}, "fast", "x", "?", "1"), (EnvPort{1, "", 9600, 8, ParityOrdinal::None, 1}));
-    EXPECT_EQ(WithComboTexts(EnvPort{}, "300", "5", "N", "1").StopBits, 2); // one stop bit is not offered with 5 data bits
+    const EnvPort before{1, "", 9600, 8, ParityOrdinal::None, 1};
+    EXPECT_EQ(WithComboTexts(before, "115200", "5", "O", "1.5"), port);
+    EXPECT_EQ(WithComboTexts(before, "19200", "8", "S", "2"), (EnvPort{1, "", 19200, 8, ParityOrdinal::Space, 2}));
+    EXPECT_EQ(WithComboTexts(before, "fast", "x", "?", "1"), before);
+    EXPECT_EQ(WithComboTexts(before, "300", "5", "N", "1").StopBits, 2); // one stop bit is not offered with 5 data bits
 }

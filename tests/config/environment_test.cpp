@@ -4,75 +4,76 @@
 
 #include <fstream>
 
+#include "config/config_messages.h"
 #include "config/environment.h"
 #include "config/environment_save.h"
-#include "base/string_table.h"
-#include "support/scripted_prompter.h"
+#include "golden_files.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
 
 namespace {
 
-constexpr double kNow = 46347.5;
+constexpr double kNow = 46347.75; // 2026-11-21 18:00
 
 EnvLoadContext Context(const std::filesystem::path &dataFolder = "/data")
 {
     return {dataFolder, std::nullopt, kNow};
 }
 
-TriggerDef MakeTrigger(int kind)
-{
-    TriggerDef t;
-    t.Name = "Trigger of kind " + std::to_string(kind);
-    t.Description = "watches kind " + std::to_string(kind);
-    t.Active = kind % 2 == 0;
-    t.Type = kind == 4 ? TriggerType::Inactivity : kind % 2;
-    t.Event = kind;
-    t.TimeReached = 46000.0 + kind + 0.123456789;
-    switch (kind) {
-    case TriggerEvent::Data:
-        t.D1 = true;
-        t.Data = "0D0A";
-        break;
-    case TriggerEvent::Signal:
-        t.S1 = SignalEdge::Rises;
-        t.M1 = SignalEdge::Falls;
-        t.M3 = SignalEdge::Rises;
-        break;
-    case TriggerEvent::Error:
-        t.PE = t.LE = true;
-        break;
-    case TriggerEvent::TimeReached:
-        t.PlaySound = t.PlaySoundRepeat = true;
-        t.SoundFilePath = "/usr/share/sounds/alarm.wav";
-        break;
-    default:
-        t.InActivityTime = 65535;
-        t.EventD2 = t.EventM5 = t.EventFE = t.EventLE = true;
-        t.ExecCommand = true;
-        t.CommandFilePath = "/usr/bin/logger";
-        t.CommandParams = "-t kestrel \"%TRIG_NAME%\" %TIMESTAMP%";
-        break;
-    }
-    return t;
-}
-
-Environment FullEnvironment()
+// The values of golden/two_triggers.kef: the second trigger's switches are the
+// first one's turned over, so that two keys swapped show in one of them.
+Environment KnownEnvironment()
 {
     Environment env;
     env.comA = {3, "/dev/serial/by-id/usb-FTDI_A-if00-port0", 115200, 7, ParityOrdinal::Even, 2};
-    env.comB = {4, "", 115200, 7, ParityOrdinal::Even, 2};
-    env.recordFile = "/srv/rec/line 7.ksr";
-    env.general.Title = "Prüfstand Süd — Messung 3";
-    env.general.Author = "Jörg Ørsted";
-    env.general.Email = "j@example.org";
-    env.customer.Company = "株式会社 テスト";
-    env.customer.ZIP = "80331";
-    env.description = {"first line", "", "third line = with equals", "  indented"};
-    for (int kind = 0; kind <= 4; ++kind)
-        env.triggers.Append(MakeTrigger(kind));
-    env.triggers.Append(MakeTrigger(0));
+    env.comB = {4, "", 19200, 5, ParityOrdinal::Space, 1};
+    env.recordFile = "/srv/recordings/line 7.ksr";
+    env.general = {"Prüfstand Süd — Messung 3", "Jörg Ørsted", "Quorv Messtechnik", "Hauptstraße 1", "Halle 4",
+                   "München", "80331", "Bayern", "Deutschland", "+49 89 1234", "+49 89 1235", "https://example.org",
+                   "j@example.org"};
+    env.customer = {"株式会社 テスト", "Tanaka", "1-2-3 Shiba", "Floor 9", "Minato", "105-0014", "Tokyo", "Japan",
+                    "+81 3 1111", "+81 3 2222", "https://example.jp", "t@example.jp"};
+    env.description = {"Modem hand-shake on line 7", "", "third line = with equals"};
+
+    TriggerDef start;
+    start.Name = "Start on ETX";
+    start.Description = "end of telegram";
+    start.Active = true;
+    start.Type = TriggerType::StartRecording;
+    start.Event = TriggerEvent::Data;
+    start.D1 = true;
+    start.Data = "03";
+    start.S1 = SignalEdge::Rises;
+    start.M1 = SignalEdge::Falls;
+    start.M2 = SignalEdge::Rises;
+    start.M5 = SignalEdge::Falls;
+    start.PE = start.LE = true;
+    start.TimeReached = 46347.75; // 2026-11-21 18:00
+    start.InActivityTime = 30;
+    start.EventD1 = start.EventS1 = start.EventS2 = start.EventM5 = start.EventPE = start.EventLE = true;
+    start.PlaySound = true;
+    start.SoundFilePath = "/usr/share/sounds/alarm.wav";
+    start.ExecCommand = true;
+    start.CommandFilePath = "/usr/bin/logger";
+    start.CommandParams = "-t kestrel \"%TRIG_NAME%\" %TIMESTAMP%";
+    env.triggers.Append(start);
+
+    TriggerDef quiet;
+    quiet.Name = "Stop after a quiet line";
+    quiet.Type = TriggerType::Inactivity;
+    quiet.Event = TriggerEvent::Inactivity;
+    quiet.D2 = true;
+    quiet.M1 = SignalEdge::Rises;
+    quiet.S2 = SignalEdge::Falls;
+    quiet.M2 = SignalEdge::Falls;
+    quiet.M3 = SignalEdge::Rises;
+    quiet.FE = true;
+    quiet.TimeReached = 46000.0 + (12 * 3600 + 34 * 60 + 56.789) / 86400.0; // 2025-12-09 12:34:56.789
+    quiet.InActivityTime = 65535;
+    quiet.EventD2 = quiet.EventM1 = quiet.EventM2 = quiet.EventM3 = quiet.EventFE = true;
+    quiet.PlaySoundRepeat = true;
+    env.triggers.Append(quiet);
     return env;
 }
 
@@ -83,18 +84,40 @@ void WriteText(const std::filesystem::path &path, const std::string &text)
 
 } // namespace
 
-TEST(Environment, SaveThenLoadGivesTheSameSetUp)
+TEST(EnvironmentGolden, SavingAKnownSetUpGivesTheGoldenFile)
 {
     test::TempDir dir;
     const auto path = dir.path() / "set up.kef";
-    Environment env = FullEnvironment();
-    env.description[3] = "indented"; // leading blanks of a value are not kept by the file format
-    ASSERT_TRUE(SaveEnvironment(env, path).ok);
+    const Result saved = SaveEnvironment(KnownEnvironment(), path);
+    ASSERT_TRUE(saved.ok()) << saved.detail;
+    EXPECT_EQ(test::FileBytes(path), test::FileBytes(test::GoldenFile("two_triggers.kef")));
+}
 
-    const EnvLoadResult loaded = LoadEnvironment(path, Context());
+TEST(EnvironmentGolden, LoadingTheGoldenFileGivesEveryValue)
+{
+    const EnvLoadResult loaded = LoadEnvironment(test::GoldenFile("two_triggers.kef"), Context());
     EXPECT_TRUE(loaded.existed);
-    EXPECT_EQ(loaded.env, env);
-    EXPECT_EQ(loaded.triggersWithExternalActions, (std::vector<std::size_t>{3, 4}));
+    EXPECT_TRUE(loaded.status.ok());
+    const Environment expected = KnownEnvironment();
+    EXPECT_EQ(loaded.env.comA, expected.comA);
+    EXPECT_EQ(loaded.env.comB, expected.comB);
+    EXPECT_EQ(loaded.env.recordFile, expected.recordFile);
+    EXPECT_EQ(loaded.env.general, expected.general);
+    EXPECT_EQ(loaded.env.customer, expected.customer);
+    EXPECT_EQ(loaded.env.description, expected.description);
+    ASSERT_EQ(loaded.env.triggers.size(), 2u);
+    EXPECT_EQ(loaded.env.triggers[0], expected.triggers[0]);
+    EXPECT_EQ(loaded.env.triggers[1], expected.triggers[1]);
+    EXPECT_EQ(loaded.triggersWithExternalActions, (std::vector<std::size_t>{0}));
+}
+
+// Every key a file lacks, stored again: the defaults, a trigger's time being the moment of loading.
+TEST(EnvironmentGolden, MissingKeysLoadTheirDefaults)
+{
+    const EnvLoadResult loaded = LoadEnvironment(IniFile::Parse("[Trigger0]\n"), Context());
+    IniFile stored;
+    StoreEnvironment(loaded.env, stored);
+    EXPECT_EQ(stored.ToText(), test::FileBytes(test::GoldenFile("defaults.kef")));
 }
 
 TEST(Environment, ListsEndAtTheFirstGapAndSavingAShorterListErasesStaleEntries)
@@ -107,14 +130,14 @@ TEST(Environment, ListsEndAtTheFirstGapAndSavingAShorterListErasesStaleEntries)
     Environment env;
     env.description = {"new"};
     for (int i = 0; i < 3; ++i)
-        env.triggers.Append(MakeTrigger(i));
+        env.triggers.Append(KnownEnvironment().triggers[static_cast<std::size_t>(i % 2)]);
     StoreEnvironment(env, ini);
 
     EXPECT_TRUE(ini.SectionExists("Trigger2"));
     EXPECT_FALSE(ini.SectionExists("Trigger3"));
     EXPECT_FALSE(ini.SectionExists("Trigger4"));
     EXPECT_TRUE(ini.SectionExists("Trigger6"));
-    EXPECT_EQ(ini.ReadString("Trigger0", "Name", ""), "Trigger of kind 0");
+    EXPECT_EQ(ini.ReadString("Trigger0", "Name", ""), "Start on ETX");
     EXPECT_EQ(ini.KeyNames("Description"), (std::vector<std::string>{"Line0"}));
     EXPECT_EQ(LoadEnvironment(ini, Context()).env.triggers.size(), 3u);
 
@@ -125,29 +148,21 @@ TEST(Environment, ListsEndAtTheFirstGapAndSavingAShorterListErasesStaleEntries)
     EXPECT_EQ(r.env.triggers.size(), 1u);
 }
 
-TEST(Environment, DefaultsForAMissingFileAndMissingKeys)
+TEST(Environment, AMissingFileLoadsTheDefaultsAndAnUnreadableTimeIsTheMomentOfLoading)
 {
     test::TempDir dir;
     const EnvLoadResult r = LoadEnvironment(dir.path() / "none.kef", Context(dir.path()));
     EXPECT_FALSE(r.existed);
-    EXPECT_TRUE(r.status.ok);
+    EXPECT_TRUE(r.status.ok());
     EXPECT_EQ(r.env.comA, (EnvPort{1, "", 9600, 8, ParityOrdinal::None, 1}));
     EXPECT_EQ(r.env.comB.Device, 2);
     EXPECT_EQ(r.env.recordFile, (dir.path() / "recordings" / "Default.ksr").string());
     EXPECT_TRUE(r.env.triggers.empty());
-    EXPECT_TRUE(r.env.description.empty());
 
-    // A trigger without (or with an unreadable) TimeReached fires at the moment of loading.
-    const IniFile ini = IniFile::Parse("[Trigger0]\nName=a\n[Trigger1]\nTimeReached=31.02.2026 10:00:00\n"
-                                       "InActivityTime=99999999999\n");
+    const IniFile ini = IniFile::Parse("[Trigger0]\nTimeReached=31.02.2026 10:00:00\nInActivityTime=99999999999\n");
     const EnvLoadResult t = LoadEnvironment(ini, Context());
-    TriggerDef onlyNamed; // every other key at its load default: off, zero, empty, one second
-    onlyNamed.Name = "a";
-    onlyNamed.number = 1;
-    onlyNamed.TimeReached = kNow;
-    EXPECT_EQ(t.env.triggers[0], onlyNamed);
-    EXPECT_EQ(t.env.triggers[1].TimeReached, kNow);
-    EXPECT_EQ(t.env.triggers[1].InActivityTime, 1);
+    EXPECT_EQ(t.env.triggers[0].TimeReached, kNow);
+    EXPECT_EQ(t.env.triggers[0].InActivityTime, 1);
 }
 
 TEST(Environment, WindowsRecordPathsLandInTheRecordingsFolder)
@@ -183,21 +198,17 @@ TEST(Environment, ADevicePathClearedLaterDoesNotLinger)
     EXPECT_EQ(LoadEnvironment(ini, Context()).env.comA, env.comA);
 }
 
-TEST(Environment, AFailedSaveIsReportedOnceAndKeepsTheChangeMark)
+TEST(Environment, AFailedSaveKeepsTheChangeMarkAndSaysWhy)
 {
     test::TempDir dir;
-    SetGlobalLang(kLangEnglish);
-    test::ScriptedPrompter prompter;
     EnvironmentChangeFlag flag;
     flag.SetEnvironmentChanged();
-    EXPECT_FALSE(SaveEnvironmentReported(prompter, FullEnvironment(), dir.path() / "no" / "x.kef", flag));
-    ASSERT_EQ(prompter.asked.size(), 1u);
-    EXPECT_EQ(prompter.asked[0].title, "File operation");
-    EXPECT_NE(prompter.asked[0].text.find("The environment file could not be saved!"), std::string::npos);
+    const Result failed = SaveChangedEnvironment(KnownEnvironment(), dir.path() / "no" / "x.kef", flag);
+    EXPECT_EQ(failed.code, kMsgEnvironmentNotSaved);
+    EXPECT_NE(failed.detail.find("x.kef"), std::string::npos) << failed.detail;
     EXPECT_TRUE(flag.IsEnvironmentChanged());
 
-    EXPECT_TRUE(SaveEnvironmentReported(prompter, FullEnvironment(), dir.path() / "x.kef", flag));
-    EXPECT_EQ(prompter.asked.size(), 1u);
+    EXPECT_TRUE(SaveChangedEnvironment(KnownEnvironment(), dir.path() / "x.kef", flag).ok());
     EXPECT_FALSE(flag.IsEnvironmentChanged());
 }
 
@@ -211,9 +222,9 @@ TEST(Environment, SavingLeavesWhatIsNotASettingsFileAlone)
     mps[5] = '\r';
     mps[100] = '=';
     WriteText(recording, mps);
-    const FileResult overRecording = SaveEnvironment(FullEnvironment(), recording);
-    EXPECT_FALSE(overRecording.ok);
-    EXPECT_NE(overRecording.error.find("not a settings file"), std::string::npos) << overRecording.error;
+    const Result overRecording = SaveEnvironment(KnownEnvironment(), recording);
+    EXPECT_EQ(overRecording.code, kMsgEnvironmentNotSaved);
+    EXPECT_NE(overRecording.detail.find("not a settings file"), std::string::npos) << overRecording.detail;
     std::ifstream in(recording, std::ios::binary);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), mps);
 
@@ -221,8 +232,8 @@ TEST(Environment, SavingLeavesWhatIsNotASettingsFileAlone)
     const auto pipe = dir.path() / "pipe.kef";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     const EnvLoadResult loaded = LoadEnvironment(pipe, Context());
-    EXPECT_FALSE(loaded.status.ok);
+    EXPECT_EQ(loaded.status.code, kMsgEnvironmentNotRead);
     EXPECT_EQ(loaded.env.comB.Device, 2);
-    EXPECT_FALSE(SaveEnvironment(FullEnvironment(), pipe).ok);
+    EXPECT_FALSE(SaveEnvironment(KnownEnvironment(), pipe).ok());
     EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }

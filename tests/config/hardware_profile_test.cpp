@@ -2,11 +2,13 @@
 
 #include <fstream>
 
+#include "config/config_messages.h"
 #include "config/data_folder.h"
 #include "config/hardware_profile.h"
 #include "config/options_confirm.h"
 #include "config/startup_settings.h"
 #include "base/string_table.h"
+#include "golden_files.h"
 #include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
 
@@ -19,8 +21,9 @@ HardwareProfile Sample()
     HardwareProfile p;
     p.Name = "Y-Kabel, 2 Ports";
     p.Manufacturer = "Eigenbau";
-    p.lists = {{"1200", "9600", "115200"}, {"7", "8"}, {"N", "E"}, {"1"}};
+    p.lists = {{"1200", "9600", "115200"}, {"7", "8"}, {"N", "E", "O"}, {"1", "1.5", "2"}};
     p.ports[0] = "/dev/ttyUSB0";
+    p.ports[1] = "/dev/ttyUSB1";
     p.ports[15] = "/dev/serial/by-id/usb-x port";
     return p;
 }
@@ -29,11 +32,22 @@ const PortValueLists kInUse{{"300"}, {"8"}, {"O"}, {"2"}};
 
 } // namespace
 
-TEST(HardwareProfile, WriteThenReadGivesTheSameProfile)
+TEST(HardwareProfileGolden, WritingAKnownProfileGivesTheGoldenFileAndReadingItGivesItBack)
 {
     test::TempDir dir;
-    ASSERT_TRUE(WriteHardwareProfile(Sample(), dir.path() / "y.ksh").ok);
-    EXPECT_EQ(ReadHardwareProfile(dir.path() / "y.ksh", kInUse), Sample());
+    const Result written = WriteHardwareProfile(Sample(), dir.path() / "y.ksh");
+    ASSERT_TRUE(written.ok()) << written.detail;
+    EXPECT_EQ(test::FileBytes(dir.path() / "y.ksh"), test::FileBytes(test::GoldenFile("profile.ksh")));
+    EXPECT_EQ(ReadHardwareProfile(test::GoldenFile("profile.ksh"), kInUse), Sample());
+}
+
+// A missing profile: its name and maker, the lists in use (here the standard ones), no ports.
+TEST(HardwareProfileGolden, AMissingFileReadsAsTheDefaults)
+{
+    test::TempDir dir;
+    IniFile stored;
+    StoreHardwareProfile(ReadHardwareProfile(dir.path() / "none.ksh", StandardPortValueLists()), stored);
+    EXPECT_EQ(stored.ToText(), test::FileBytes(test::GoldenFile("defaults.ksh")));
 }
 
 TEST(HardwareProfile, MissingKeysKeepTheListsInUseAndPort17IsIgnored)
@@ -48,17 +62,12 @@ TEST(HardwareProfile, MissingKeysKeepTheListsInUseAndPort17IsIgnored)
     EXPECT_EQ(p.ports[1], "b");
     for (std::size_t i = 0; i < p.ports.size(); ++i)
         EXPECT_TRUE(i == 1 || p.ports[i].empty()) << i;
-
-    test::TempDir dir;
-    const HardwareProfile missing = ReadHardwareProfile(dir.path() / "none.ksh", kInUse);
-    EXPECT_EQ(missing.Name, "Default Profile");
-    EXPECT_EQ(missing.lists, kInUse);
 }
 
 TEST(HardwareProfile, ListingFindsOnlyProfileFiles)
 {
     test::TempDir dir;
-    ASSERT_TRUE(EnsureDataFolder(dir.path()).ok);
+    ASSERT_TRUE(EnsureDataFolder(dir.path()).ok());
     for (const char *name : {"b.ksh", "a.KSH", "notes.txt", "c.ksh.bak", "Zeta.ksh", "alpha.ksh"})
         std::ofstream(ProfilePath(dir.path(), name)) << "[Hardware]\n";
     std::filesystem::create_directory(ProfilePath(dir.path(), "folder.ksh"));
@@ -72,7 +81,7 @@ protected:
     void SetUp() override
     {
         SetGlobalLang(kLangEnglish);
-        ASSERT_TRUE(EnsureDataFolder(dir.path()).ok);
+        ASSERT_TRUE(EnsureDataFolder(dir.path()).ok());
     }
     test::TempDir dir;
     test::ScriptedPrompter prompter;
@@ -103,7 +112,7 @@ TEST_F(ConfirmProfile, AnExistingFileIsOverwrittenOnlyOnYes)
 {
     HardwareProfile onDisk = Sample();
     onDisk.Name = "as saved";
-    ASSERT_TRUE(WriteHardwareProfile(onDisk, ProfilePath(dir.path(), "y.ksh")).ok);
+    ASSERT_TRUE(WriteHardwareProfile(onDisk, ProfilePath(dir.path(), "y.ksh")).ok());
 
     prompter.answerNext(MsgResult::No);
     const auto kept = ConfirmHardwareProfile(prompter, dir.path(), "y.ksh", Sample(), kInUse);
@@ -120,21 +129,30 @@ TEST_F(ConfirmProfile, AnExistingFileIsOverwrittenOnlyOnYes)
     EXPECT_EQ(ReadHardwareProfile(ProfilePath(dir.path(), "y.ksh"), kInUse), Sample());
 }
 
-TEST_F(ConfirmProfile, NamesOutsideTheProfileFolderAreRefused)
+TEST_F(ConfirmProfile, FailuresAreResultsForTheDialogToShow)
 {
     for (const char *bad : {"", "..", "../escape.ksh", "sub/x.ksh"}) {
         const auto r = ConfirmHardwareProfile(prompter, dir.path(), bad, Sample(), kInUse);
         EXPECT_EQ(r.outcome, ProfileConfirmOutcome::Failed) << bad;
+        EXPECT_EQ(r.status.code, kMsgBadProfileName) << bad;
     }
-    EXPECT_EQ(prompter.asked.size(), 4u);
     EXPECT_FALSE(std::filesystem::exists(dir.path() / "escape.ksh"));
+
+    // profiles/ taken by a file: nothing can be written there.
+    std::filesystem::remove_all(dir.path() / kProfilesFolder);
+    std::ofstream(dir.path() / kProfilesFolder) << "x";
+    const auto blocked = ConfirmHardwareProfile(prompter, dir.path(), "new.ksh", Sample(), kInUse);
+    EXPECT_EQ(blocked.outcome, ProfileConfirmOutcome::Failed);
+    EXPECT_EQ(blocked.status.code, kMsgProfileNotSaved);
+    EXPECT_FALSE(blocked.status.detail.empty());
+    EXPECT_TRUE(prompter.asked.empty()); // only the overwrite question goes to the user
 }
 
 TEST(StartupSettings, TheProfileIsReadBeforeThePortStandardsWhichWin)
 {
     test::TempDir dir;
-    ASSERT_TRUE(EnsureDataFolder(dir.path()).ok);
-    ASSERT_TRUE(WriteHardwareProfile(Sample(), ProfilePath(dir.path(), "y.ksh")).ok);
+    ASSERT_TRUE(EnsureDataFolder(dir.path()).ok());
+    ASSERT_TRUE(WriteHardwareProfile(Sample(), ProfilePath(dir.path(), "y.ksh")).ok());
     std::ofstream(dir.path() / kConfigFileName) << "[Hardware]\nProfile=y.ksh\n[Port Standards]\nBaudrates=600,1200\n"
                                                    "[Modes]\nInstallLang=xx\nGlobalLang=10000\n";
     ProgramConfig cfg;

@@ -9,6 +9,7 @@
 #include <map>
 #include <random>
 
+#include "config/config_messages.h"
 #include "config/ini_file.h"
 #include "support/temp_dir.h"
 
@@ -95,21 +96,21 @@ TEST(IniFile, EraseDeleteAndLineBreaksInValues)
 TEST(IniFiles, FailuresAreResultsNotCrashes)
 {
     test::TempDir dir;
-    const FileResult noFolder = WriteFileAtomic(dir.path() / "missing" / "x.kef", "[A]\n");
-    EXPECT_FALSE(noFolder.ok);
-    EXPECT_NE(noFolder.error.find("missing"), std::string::npos);
+    const Result noFolder = WriteFileAtomic(dir.path() / "missing" / "x.kef", "[A]\n");
+    EXPECT_EQ(noFolder.code, kMsgSettingsFileNotWritten);
+    EXPECT_NE(noFolder.detail.find("missing"), std::string::npos);
 
     // A folder where the file should be: neither replaced nor left with a temporary beside it.
     std::filesystem::create_directory(dir.path() / "taken.kef");
-    EXPECT_FALSE(WriteFileAtomic(dir.path() / "taken.kef", "[A]\n").ok);
+    EXPECT_FALSE(WriteFileAtomic(dir.path() / "taken.kef", "[A]\n").ok());
     EXPECT_TRUE(std::filesystem::is_directory(dir.path() / "taken.kef"));
 
     const IniReadResult folder = ReadIniFile(dir.path() / "taken.kef");
     EXPECT_TRUE(folder.existed);
-    EXPECT_FALSE(folder.status.ok);
+    EXPECT_EQ(folder.status.code, kMsgSettingsFileNotRead);
     const IniReadResult missing = ReadIniFile(dir.path() / "none.ini");
     EXPECT_FALSE(missing.existed);
-    EXPECT_TRUE(missing.status.ok);
+    EXPECT_TRUE(missing.status.ok());
 }
 
 // A file-size limit makes writes fail as a full disk does: the old file must survive whole.
@@ -118,7 +119,7 @@ TEST(IniFiles, AWriteThatRunsOutOfSpaceLeavesTheOldFile)
     test::TempDir dir;
     const auto path = dir.path() / "x.kef";
     const std::string old = "[Files]\nRecord data=/old.ksr\n";
-    ASSERT_TRUE(WriteFileAtomic(path, old).ok);
+    ASSERT_TRUE(WriteFileAtomic(path, old).ok());
 
     rlimit saved{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
@@ -126,12 +127,12 @@ TEST(IniFiles, AWriteThatRunsOutOfSpaceLeavesTheOldFile)
     small.rlim_cur = 1024;
     const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    const FileResult r = WriteFileAtomic(path, std::string(64 * 1024, 'x'));
+    const Result r = WriteFileAtomic(path, std::string(64 * 1024, 'x'));
     setrlimit(RLIMIT_FSIZE, &saved);
     std::signal(SIGXFSZ, oldHandler);
 
-    EXPECT_FALSE(r.ok);
-    EXPECT_NE(r.error.find("cannot write"), std::string::npos) << r.error;
+    EXPECT_FALSE(r.ok());
+    EXPECT_NE(r.detail.find("cannot write"), std::string::npos) << r.detail;
     EXPECT_EQ(ReadIniFile(path).ini.ReadString("Files", "Record data", ""), "/old.ksr");
     int files = 0;
     for ([[maybe_unused]] const auto &e : std::filesystem::directory_iterator(dir.path()))
@@ -147,10 +148,10 @@ TEST(IniFiles, AnAtomicWriteThroughASymbolicLinkUpdatesItsTarget)
     std::filesystem::create_directory(dir.path() / "shared");
     const auto real = dir.path() / "shared" / "line.kef";
     const auto link = dir.path() / "line.kef";
-    ASSERT_TRUE(WriteFileAtomic(real, "[A]\nk=old\n").ok);
+    ASSERT_TRUE(WriteFileAtomic(real, "[A]\nk=old\n").ok());
     std::filesystem::create_symlink(std::filesystem::path("shared") / "line.kef", link);
 
-    ASSERT_TRUE(WriteFileAtomic(link, "[A]\nk=new\n").ok);
+    ASSERT_TRUE(WriteFileAtomic(link, "[A]\nk=new\n").ok());
     EXPECT_TRUE(std::filesystem::is_symlink(link));
     EXPECT_EQ(ReadIniFile(real).ini.ReadString("A", "k", ""), "new");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 2);
@@ -218,11 +219,11 @@ TEST(IniFiles, AReadOnlyFileIsNotReplaced)
 {
     test::TempDir dir;
     const auto path = dir.path() / "golden.kef";
-    ASSERT_TRUE(WriteFileAtomic(path, "[A]\nk=kept\n").ok);
+    ASSERT_TRUE(WriteFileAtomic(path, "[A]\nk=kept\n").ok());
     std::filesystem::permissions(path, std::filesystem::perms::owner_read | std::filesystem::perms::group_read);
-    const FileResult r = WriteFileAtomic(path, "[A]\nk=new\n");
-    EXPECT_FALSE(r.ok);
-    EXPECT_NE(r.error.find("read-only"), std::string::npos) << r.error;
+    const Result r = WriteFileAtomic(path, "[A]\nk=new\n");
+    EXPECT_FALSE(r.ok());
+    EXPECT_NE(r.detail.find("read-only"), std::string::npos) << r.detail;
     EXPECT_EQ(ReadIniFile(path).ini.ReadString("A", "k", ""), "kept");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 }

@@ -2,12 +2,16 @@
 
 #include <fstream>
 
+#include "config/config_messages.h"
 #include "config/program_config.h"
+#include "golden_files.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
 
 namespace {
+
+const char *const kForms[] = {"TFormMain", "TFormGoto", "TFormExport", "TFormReport", "TFormMonitors"};
 
 ProgramConfig LoadedMain(const std::string &text, ProgramConfig cfg = {})
 {
@@ -15,11 +19,22 @@ ProgramConfig LoadedMain(const std::string &text, ProgramConfig cfg = {})
     return cfg;
 }
 
-ProgramConfig Unusual()
+// Every form's part of a file, for the forms TFormMain, TFormGoto and TFormExport.
+ProgramConfig LoadedWhole(const std::filesystem::path &file)
+{
+    ProgramConfig cfg;
+    cfg.monitors = {{"TFormMain", 0}, {"TFormGoto", 0}, {"TFormExport", 0}};
+    for (const char *form : kForms)
+        EXPECT_TRUE(LoadConfiguration(file, form, cfg)) << form;
+    return cfg;
+}
+
+// The values of golden/kestrel.ini: none of them a default, neighbours told apart.
+ProgramConfig KnownConfig()
 {
     ProgramConfig c;
-    c.Profile = "cable 2.ksh";
-    c.portStandards = {{"300", "9600"}, {"7", "8"}, {"E", "N"}, {"1", "1.5"}};
+    c.Profile = "bench cable.ksh";
+    c.portStandards = {{"300", "1200", "9600", "115 200"}, {"7", "8"}, {"E", "N"}, {"1", "2"}};
     c.InstallLang = "xx";
     c.GlobalLang = 10000;
     c.DefLang = 1;
@@ -29,47 +44,100 @@ ProgramConfig Unusual()
     c.SignalMode = 0;
     c.TimeControl = 2;
     c.window = {-8, 12, 1280, 1024, 2};
-    c.monitors = {{"FormMain", 1}, {"FormGoto", 0}, {"FormExport", 2}};
+    c.monitors = {{"TFormMain", 1}, {"TFormGoto", 2}, {"TFormExport", 3}};
     c.allBottomPanels = {1, 2, 3, 4};
     c.cCenterPanel = {5, 6, 7, 0};
     c.goWindow = {10, 20, 1, true};
     c.SearchPageIndex = 3;
-    c.ControlSearchPageIndex = 1;
-    c.exWindow = {30, 40, 2, true};
-    c.reWindow = {50, 60, 0, true};
-    c.EnvironmentFilename = "/home/u/set ups/line 7.kef";
+    c.ControlSearchPageIndex = 2;
+    c.exWindow = {30, 40, 2, false};
+    c.reWindow = {50, 60, 1, true};
+    c.EnvironmentFilename = "/home/jo/set ups/line 7.kef";
     c.GridOptions = 12345;
+    c.ViewHold = true;
     c.Append = false;
     c.Replace = true;
-    for (std::size_t i = 0; i < c.dispMode3.columnWidths.size(); ++i)
-        c.dispMode3.columnWidths[i] = static_cast<int>(i);
-    c.dispMode4.columnWidths[34] = 77;
-    c.dispMode1.CharacterMode1 = 6;
+    for (std::size_t i = 0; i < c.dispMode4.columnWidths.size(); ++i)
+        c.dispMode4.columnWidths[i] = 400 + static_cast<int>(i);
+    c.dispMode4.CharacterMode1 = 2;
     c.dispMode4.CharacterMode2 = 5;
-    c.triggerListColumns[5] = 999;
+    for (std::size_t i = 0; i < c.dispMode3.columnWidths.size(); ++i)
+        c.dispMode3.columnWidths[i] = 1000 + static_cast<int>(i);
+    c.dispMode3.CharacterMode1 = 4;
+    c.dispMode3.CharacterMode2 = 6;
+    for (std::size_t i = 0; i < c.dispMode1.columnWidths.size(); ++i)
+        c.dispMode1.columnWidths[i] = 40 + static_cast<int>(i);
+    c.dispMode1.CharacterMode1 = 6;
+    c.dispMode1.CharacterMode2 = 10;
+    c.triggerListColumns = {170, 71, 141, 131, 231, 121};
     c.CheckForUpdatesAtProgStart = true;
-    c.DisplayHoldOnProgStart = true;
+    c.DisplayHoldOnProgStart = false;
     c.BeginRecordOnProgStart = true;
     return c;
 }
 
 } // namespace
 
-TEST(ProgramConfig, SaveThenLoadGivesTheSameSettings)
+TEST(ProgramConfigGolden, SavingKnownValuesGivesTheGoldenFile)
 {
     test::TempDir dir;
     const auto path = dir.path() / kConfigFileName;
-    const ProgramConfig saved = Unusual();
-    ASSERT_TRUE(SaveConfiguration(saved, path).ok);
+    const Result saved = SaveConfiguration(KnownConfig(), path);
+    ASSERT_TRUE(saved.ok()) << saved.detail;
+    EXPECT_EQ(test::FileBytes(path), test::FileBytes(test::GoldenFile("kestrel.ini")));
+}
 
-    ProgramConfig loaded;
-    loaded.monitors = {{"FormMain", 0}, {"FormGoto", 0}, {"FormExport", 0}};
-    for (const char *form : {"TFormMain", "TFormGoto", "TFormExport", "TFormReport", "TFormMonitors"})
-        EXPECT_TRUE(LoadConfiguration(path, form, loaded)) << form;
-    EXPECT_EQ(loaded.skins.size(), 100u); // style slots are never written: 99 empty ones plus the plain look
-    loaded.skins = saved.skins;
-    EXPECT_EQ(loaded, saved);
-    EXPECT_EQ(LoadLanguageConfig(path), 10000);
+TEST(ProgramConfigGolden, LoadingTheGoldenFileGivesEveryValue)
+{
+    const ProgramConfig loaded = LoadedWhole(test::GoldenFile("kestrel.ini"));
+    ProgramConfig expected = KnownConfig();
+    expected.ViewHold = false; // written, never read back: only DisplayHoldOnProgStart holds the display at start
+    expected.skins.assign(100, SkinSlot{}); // no styles in the file: 99 empty slots and the plain look
+    // Field groups first, so that a failure names the part that differs.
+    EXPECT_EQ(loaded.portStandards, expected.portStandards);
+    EXPECT_EQ(loaded.window, expected.window);
+    EXPECT_EQ(loaded.monitors, expected.monitors);
+    EXPECT_EQ(loaded.allBottomPanels, expected.allBottomPanels);
+    EXPECT_EQ(loaded.cCenterPanel, expected.cCenterPanel);
+    EXPECT_EQ(loaded.goWindow, expected.goWindow);
+    EXPECT_EQ(loaded.exWindow, expected.exWindow);
+    EXPECT_EQ(loaded.reWindow, expected.reWindow);
+    EXPECT_EQ(loaded.dispMode4, expected.dispMode4);
+    EXPECT_EQ(loaded.dispMode3, expected.dispMode3);
+    EXPECT_EQ(loaded.dispMode1, expected.dispMode1);
+    EXPECT_EQ(loaded.triggerListColumns, expected.triggerListColumns);
+    EXPECT_TRUE(loaded == expected);
+    EXPECT_EQ(LoadLanguageConfig(test::GoldenFile("kestrel.ini")), 10000);
+}
+
+// What the first start writes when there is no Kestrel.ini: every key at its default
+// (the installer's "en" hint already taken).
+TEST(ProgramConfigGolden, AFirstStartWritesEveryDefault)
+{
+    test::TempDir dir;
+    const auto path = dir.path() / kConfigFileName;
+    ProgramConfig cfg;
+    cfg.monitors = {{"TFormMain", 0}};
+    for (const char *form : kForms)
+        LoadConfiguration(path, form, cfg);
+    ASSERT_TRUE(SaveConfiguration(cfg, path).ok());
+    EXPECT_EQ(test::FileBytes(path), test::FileBytes(test::GoldenFile("first_start.ini")));
+}
+
+// A Kestrel.ini left full of NUL bytes (a crash on some file systems) is replaced
+// by a whole new file; refusing it would silently keep every later save from landing.
+TEST(ProgramConfig, ADamagedFileIsReplacedOnTheNextSave)
+{
+    test::TempDir dir;
+    const auto path = dir.path() / kConfigFileName;
+    std::ofstream(path, std::ios::binary) << std::string(4096, '\0');
+    ASSERT_TRUE(SaveConfiguration(KnownConfig(), path).ok());
+    EXPECT_EQ(test::FileBytes(path), test::FileBytes(test::GoldenFile("kestrel.ini")));
+
+    // A folder in its place cannot be replaced: the result says so.
+    std::filesystem::remove(path);
+    std::filesystem::create_directory(path);
+    EXPECT_EQ(SaveConfiguration(KnownConfig(), path).code, kMsgConfigNotSaved);
 }
 
 TEST(ProgramConfig, InstallerLanguageHintIsTakenOnce)
@@ -82,43 +150,38 @@ TEST(ProgramConfig, InstallerLanguageHintIsTakenOnce)
 
     EXPECT_EQ(LoadedMain("[Modes]\nInstallLang=xx\nGlobalLang=10000\n").GlobalLang, 10000);
     EXPECT_EQ(LoadedMain("[Modes]\nInstallLang=de\nGlobalLang=10000\n").GlobalLang, 0);
+    ProgramConfig english;
+    english.GlobalLang = 10000;
+    EXPECT_EQ(LoadedMain("[Modes]\nInstallLang=xx\n", english).GlobalLang, 0); // taken, no choice stored: German
+    EXPECT_EQ(LoadLanguageConfig(IniFile{}), 0);
 
     // Any other hint changes nothing and GlobalLang is not read.
-    ProgramConfig before;
-    before.GlobalLang = 10000;
-    const ProgramConfig french = LoadedMain("[Modes]\nInstallLang=fr\nGlobalLang=0\n", before);
+    const ProgramConfig french = LoadedMain("[Modes]\nInstallLang=fr\nGlobalLang=0\n", english);
     EXPECT_EQ(french.GlobalLang, 10000);
     EXPECT_EQ(french.InstallLang, "fr");
     EXPECT_EQ(LoadedMain("[Modes]\nInstallLang=fr\nGlobalLang=10000\n").GlobalLang, 0);
 }
 
-TEST(ProgramConfig, StyleSlotsNamedNoneFallBackToThePlainLook)
+TEST(ProgramConfig, StyleSlotsAreReadButNeverWritten)
 {
-    const ProgramConfig cfg = LoadedMain("[Skin]\nMax=2\nCurrent=2\n[Skin1]\nName=None\nDark=1\n"
-                                         "[Skin2]\nName=Carbon\nDark=1\n[Skin3]\nName=Beyond Max\n");
+    const std::string styles = "[Skin]\nMax=2\nCurrent=2\n[Skin1]\nName=None\nDark=1\n"
+                               "[Skin2]\nName=Carbon\nDark=1\n[Skin3]\nName=Beyond Max\n";
+    const ProgramConfig cfg = LoadedMain(styles);
     ASSERT_EQ(cfg.skins.size(), 3u);
     EXPECT_EQ(cfg.skins[0], (SkinSlot{"Windows", false, false}));
     EXPECT_EQ(cfg.skins[1], (SkinSlot{"Windows", false, false}));
     EXPECT_EQ(cfg.skins[2], (SkinSlot{"Carbon", true, true}));
     EXPECT_EQ(cfg.SkinCurrent, 2);
-    EXPECT_EQ(LoadedMain("").skins.size(), 100u);
+    EXPECT_EQ(LoadedMain("").skins.size(), 100u); // 99 empty slots by default, plus the plain look
     EXPECT_EQ(LoadedMain("[Skin]\nMax=2000000000\n").skins.size(), static_cast<std::size_t>(kMaxSkinSlots + 1));
     EXPECT_EQ(LoadedMain("[Skin]\nMax=-4\n").skins.size(), 1u);
-}
 
-TEST(ProgramConfig, SaveKeepsStylesAndNeverReadsViewHoldBack)
-{
-    IniFile ini = IniFile::Parse("[Skin]\nMax=1\n[Skin1]\nName=Carbon\n");
-    ProgramConfig cfg;
-    cfg.monitors = {{"FormMain", 1}, {"FormGoto", 0}};
-    cfg.ViewHold = true;
-    StoreConfiguration(cfg, ini);
-    EXPECT_EQ(ini.KeyNames("Monitor"), (std::vector<std::string>{"0", "FormMain", "1", "FormGoto"}));
-    EXPECT_EQ(ini.ReadString("Skin1", "Name", ""), "Carbon");
-    EXPECT_EQ(ini.ReadString("Display", "ViewHold", ""), "1");
-
-    // ViewHold is never read back; only DisplayHoldOnProgStart holds the display at start.
-    EXPECT_FALSE(LoadedMain(ini.ToText()).ViewHold);
+    ProgramConfig changed = cfg;
+    changed.SkinMax = 7;
+    changed.SkinCurrent = 0;
+    IniFile ini = IniFile::Parse(styles);
+    StoreConfiguration(changed, ini);
+    EXPECT_EQ(ini.ToText().substr(0, styles.size()), styles);
 }
 
 TEST(ProgramConfig, MissingKeysKeepBuiltInWidthsAndTheGridOptions)
@@ -137,52 +200,23 @@ TEST(ProgramConfig, MissingKeysKeepBuiltInWidthsAndTheGridOptions)
 
 TEST(ProgramConfig, FormsLoadOnlyTheirOwnPiece)
 {
-    const IniFile ini = IniFile::Parse("[GOWindow]\nLeft=5\nVisible=1\n[EXWindow]\nLeft=6\n[Window]\nLeft=7\n"
-                                       "[Monitor]\n0=1\nFormGoto=3\n");
+    const IniFile ini = IniFile::Parse("[GOWindow]\nLeft=5\nVisible=1\nSearchPageIndex=2\n[EXWindow]\nLeft=6\n"
+                                       "[REWindow]\nLeft=8\n[Window]\nLeft=7\n[Monitor]\n0=1\nFormGoto=3\n");
     ProgramConfig cfg;
     cfg.monitors = {{"FormMain", 0}, {"FormGoto", 0}};
     LoadConfiguration(ini, "TFormGoto", cfg);
     EXPECT_EQ(cfg.goWindow, (ToolWindowPlacement{5, 100, 0, true}));
+    EXPECT_EQ(cfg.SearchPageIndex, 2);
     EXPECT_EQ(cfg.exWindow.Left, 100);
     EXPECT_EQ(cfg.window.Left, 0);
+    EXPECT_EQ(cfg.monitors[1].monitor, 0);
+    LoadConfiguration(ini, "TFormReport", cfg);
+    EXPECT_EQ(cfg.reWindow.Left, 8);
+    EXPECT_EQ(cfg.exWindow.Left, 100);
     EXPECT_FALSE(LoadConfiguration(ini, "TFormNothing", cfg));
     LoadConfiguration(ini, "TFormMonitors", cfg);
     EXPECT_EQ(cfg.monitors[0].monitor, 0); // looked up by name, not by index
     EXPECT_EQ(cfg.monitors[1].monitor, 3);
+    EXPECT_EQ(cfg.goWindow.Left, 5);
     EXPECT_EQ(MonitorForForm(3, 2), 0); // a monitor that is gone: the primary one
-}
-
-// Defaults a fresh start writes: the standard port values and the start-up modes.
-TEST(ProgramConfig, AFreshStartWritesItsDefaults)
-{
-    ProgramConfig cfg;
-    LoadConfiguration(IniFile{}, "TFormMain", cfg);
-    IniFile ini;
-    StoreConfiguration(cfg, ini);
-    EXPECT_EQ(ini.ReadString("Port Standards", "Baudrates", "").substr(0, 18), "50,75,150,300,600,");
-    EXPECT_EQ(ini.ReadString("Port Standards", "Parities", ""), "N,S,M,E,O");
-    EXPECT_EQ(ini.ReadString("Port Standards", "Stopbits", ""), "1,1.5,2");
-    EXPECT_EQ(ini.ReadString("Modes", "DisplayMode", ""), "1");
-    EXPECT_EQ(ini.ReadString("Recorder", "Append", ""), "1");
-    EXPECT_EQ(ini.ReadString("Environment", "Filename", ""), "Default.kef");
-    EXPECT_EQ(ini.KeyNames("DispMode3").size(), 326u + 2);
-}
-
-// A Kestrel.ini left full of NUL bytes (a crash on some file systems) is replaced
-// by a whole new file; refusing it would silently keep every later save from landing.
-TEST(ProgramConfig, ADamagedFileIsReplacedOnTheNextSave)
-{
-    test::TempDir dir;
-    const auto path = dir.path() / kConfigFileName;
-    std::ofstream(path, std::ios::binary) << std::string(4096, '\0');
-    ProgramConfig cfg = Unusual();
-    ASSERT_TRUE(SaveConfiguration(cfg, path).ok);
-    ProgramConfig loaded;
-    loaded.monitors = cfg.monitors;
-    for (const char *form : {"TFormMain", "TFormGoto", "TFormExport", "TFormReport", "TFormMonitors"})
-        LoadConfiguration(path, form, loaded);
-    loaded.skins = cfg.skins;
-    EXPECT_EQ(loaded, cfg);
-    std::ifstream in(path, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}).find('\0'), std::string::npos);
 }

@@ -36,7 +36,7 @@ TEST(SettingsEncoding, AnEnvironmentSavedByTheWindowsProgramLoadsItsUmlauts)
     EXPECT_EQ(r.env.description, (std::vector<std::string>{"Grüße"}));
 
     // Saved again it is UTF-8 throughout, and loads the same.
-    ASSERT_TRUE(SaveEnvironment(r.env, path).ok);
+    ASSERT_TRUE(SaveEnvironment(r.env, path).ok());
     EXPECT_EQ(LoadEnvironment(path, EnvLoadContext{dir.path(), std::nullopt, 0.0}).env, r.env);
     std::ifstream in(path, std::ios::binary);
     const std::string text(std::istreambuf_iterator<char>(in), {});

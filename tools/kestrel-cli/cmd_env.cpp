@@ -126,8 +126,8 @@ int Show(const std::string &file, const std::optional<std::string> &dataDir)
         std::fprintf(stderr, "kestrel-cli env: '%s' does not exist\n", file.c_str());
         return cli::kExitFailure;
     }
-    if (!r.status.ok) {
-        std::fprintf(stderr, "kestrel-cli env: %s\n", r.status.error.c_str());
+    if (!r.status.ok()) {
+        std::fprintf(stderr, "kestrel-cli env: %s\n", r.status.detail.c_str());
         return cli::kExitFailure;
     }
     const Environment &env = r.env;

@@ -71,9 +71,9 @@ std::optional<int> applyEnvironment(RecordOptions &o)
     ctx.dataFolder = ResolveDataFolder(std::nullopt);
     ctx.now = CurrentLocalDateTime();
     const EnvLoadResult env = LoadEnvironment(std::filesystem::path(o.environment), ctx);
-    if (!env.existed || !env.status.ok) {
+    if (!env.existed || !env.status.ok()) {
         std::fprintf(stderr, "kestrel-cli record: %s\n",
-                     env.existed ? env.status.error.c_str()
+                     env.existed ? env.status.detail.c_str()
                                  : ("environment '" + o.environment + "' does not exist").c_str());
         return kExitFailure;
     }
@@ -83,8 +83,8 @@ std::optional<int> applyEnvironment(RecordOptions &o)
     if (o.output.empty() && !recordFile.empty() && std::filesystem::path(recordFile).parent_path().empty())
         recordFile = (ctx.dataFolder / kRecordingsFolder / recordFile).string(); // a bare name lives in recordings/
     if (o.output.empty() && recordFile.rfind((ctx.dataFolder / kRecordingsFolder).string(), 0) == 0) {
-        if (const FileResult made = EnsureDataFolder(ctx.dataFolder); !made.ok) {
-            std::fprintf(stderr, "kestrel-cli record: %s\n", made.error.c_str());
+        if (const Result made = EnsureDataFolder(ctx.dataFolder); !made.ok()) {
+            std::fprintf(stderr, "kestrel-cli record: %s\n", made.detail.c_str());
             return kExitFailure;
         }
     }
