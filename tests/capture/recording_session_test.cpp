@@ -104,6 +104,25 @@ TEST_F(SessionFixture, BytesThePortsHoldAtPauseAndStopAreInTheFileBeforeTheStopM
     EXPECT_TRUE(prompter.asked.empty());
 }
 
+// Every byte value, NUL and 0xFF included, goes through port, capture and writer as it came.
+TEST_F(SessionFixture, AllByteValuesReachTheFileOnBothCircuits)
+{
+    std::vector<std::uint8_t> up(256), down(256);
+    for (int i = 0; i < 256; ++i) {
+        up[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(i);
+        down[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(255 - i);
+    }
+    session->record();
+    ASSERT_TRUE(session->recording());
+    line().injectBytes(kSimPortB, up);
+    line().injectBytes(kSimPortA, down);
+    ASSERT_TRUE(test::SpinUntil([&] { return dataOf(records()).d1.size() == 256; }));
+    session->stop();
+    const FileData f = dataOf(records());
+    EXPECT_EQ(f.d1, std::string(up.begin(), up.end()));
+    EXPECT_EQ(f.d2, std::string(down.begin(), down.end()));
+}
+
 TEST_F(SessionFixture, PortSettingsGiveTheStoreItsCharacterTime)
 {
     for (const auto &[baud, bits] : {std::pair{"9600", "8"}, {"115200", "7"}}) {
