@@ -192,7 +192,7 @@ void TFormMain::redrawGrid()
     DrawGrid1->RedrawGrid();
 }
 
-void TFormMain::scrollGridToEnd() { DrawGrid1->btnScrollEnd(); }
+void TFormMain::scrollGridToEnd() { DrawGrid1->scrollToEnd(); }
 
 void TFormMain::clearGauges()
 {

@@ -3,15 +3,14 @@
 #include <QAction>
 #include <QKeyEvent>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPainter>
 #include <QScrollBar>
 #include <algorithm>
 #include <filesystem>
 
-#include "base/prompt.h"
 #include "present/grid/glyph_painter.h"
 #include "present/grid/grid_texts.h"
+#include "present/grid/live_repaint.h"
 #include "present/grid/live_source.h"
 #include "present/grid/redraw_thread.h"
 #include "base/string_table.h"
@@ -61,6 +60,9 @@ RecordGrid::RecordGrid(QWidget *parent)
     textFont_.setPixelSize(11);
     textFont_.setStretch(QFont::SemiCondensed);
     viewport()->setAutoFillBackground(false);
+    // Every paint fills its whole rectangle: Qt may then move painted rows
+    // with scroll() instead of painting them again.
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
 
     // The popup holds one copy item that stays disabled and hidden; its
     // action only sets the grid's text.
@@ -70,7 +72,7 @@ RecordGrid::RecordGrid(QWidget *parent)
     actCopy_->setObjectName(QStringLiteral("actCopy"));
     actCopy_->setEnabled(false);
     actCopy_->setVisible(false);
-    connect(actCopy_, &QAction::triggered, this, &RecordGrid::actCopyExecute);
+    connect(actCopy_, &QAction::triggered, this, &RecordGrid::copyCell);
     popup_->addAction(actCopy_);
 
     ApplyLayout();
@@ -136,7 +138,6 @@ void RecordGrid::StartRedraw(LiveSource *source)
     SetFollowEnd(true);
     redraw_ = std::make_unique<RedrawThread>(*this, *source);
     redraw_->SetHold(hold_);
-    redraw_->SetMpsPerRow(shape_.mpsPerRow);
     redraw_->Start();
 }
 
@@ -169,8 +170,6 @@ void RecordGrid::ApplyLayout()
     horizontalScrollBar()->setSingleStep(15);
     if (live_ != nullptr)
         live_->WantNewest(static_cast<std::size_t>(largeChange() + 2));
-    if (redraw_)
-        redraw_->SetMpsPerRow(shape_.mpsPerRow);
     ScrollBar1Change();
 }
 
@@ -221,7 +220,7 @@ void RecordGrid::ScrollBar1Change()
     if (live_ != nullptr && followEnd_ && !hold_) {
         // Following a recording (again): the newest MPs at once, not only
         // when the next one arrives.
-        TakeNewest();
+        TakeNewest(live_->NewestMps());
     } else {
         position_ = std::clamp<std::int64_t>(position_, 0, EndPosition(recordCount_, largeChange()));
         EnsureFetched();
@@ -371,106 +370,76 @@ void RecordGrid::mousePressEvent(QMouseEvent *event)
 
 // --- slots the window calls -------------------------------------------
 
-void RecordGrid::SelectView(int view)
+void RecordGrid::selectView(int view)
 {
-    if (!modes_.SelectView(view))
+    if (!modes_.SelectView(view)) {
+        emit viewUnavailable(view);
         return;
+    }
     ApplyLayout();
     if (followEnd_)
-        btnGotoBottomClick();
+        scrollToEnd();
     AfterModeChange();
     emit viewChanged(view);
 }
 
-void RecordGrid::btnViewVerticalClick() { SelectView(kViewVertical); }
-void RecordGrid::btnViewDataOnlyClick() { SelectView(kViewDataOnly); }
-void RecordGrid::btnViewDataDumpClick() { SelectView(kViewDataDump); }
-
-void RecordGrid::btnViewHorizontalClick()
-{
-    const std::string title = Str(txt::kHorizontalTitle);
-    const std::string text = Str(txt::kHorizontalText);
-    if (prompter_ != nullptr)
-        prompter_->ShowMessage(title, text, Buttons::Ok, Icon::Information);
-    else
-        QMessageBox::information(this, Q(title), Q(text));
-}
-
-void RecordGrid::btnCharModeClick(int mode)
+void RecordGrid::setCharMode(int mode)
 {
     modes_.panel.ChooseMode(mode);
     AfterModeChange();
 }
 
-void RecordGrid::btnCharCtlClick(bool down)
+void RecordGrid::setCaretOverlay(bool on)
 {
-    if (down != (modes_.overlay() == Overlay::Caret))
+    if (on != (modes_.overlay() == Overlay::Caret))
         modes_.panel.ClickCaretButton();
     AfterModeChange();
 }
 
-void RecordGrid::btnCharCmdClick(bool down)
+void RecordGrid::setMnemonicOverlay(bool on)
 {
-    if (down != (modes_.overlay() == Overlay::Mnemonic))
+    if (on != (modes_.overlay() == Overlay::Mnemonic))
         modes_.panel.ClickMnemonicButton();
     AfterModeChange();
 }
 
-void RecordGrid::btnChar01FResetClick()
+void RecordGrid::clearOverlay()
 {
     modes_.panel.ClickResetButton();
     AfterModeChange();
 }
 
-void RecordGrid::btnTimeAbsoluteClick()
+void RecordGrid::setTimeAbsolute()
 {
     modes_.ClickTimeAbsolute();
     AfterModeChange();
 }
 
-void RecordGrid::btnTimeRelativeClick(bool down)
+void RecordGrid::setTimeRelative(bool on)
 {
-    modes_.ClickTimeRelative(down);
+    modes_.ClickTimeRelative(on);
     AfterModeChange();
 }
 
-void RecordGrid::btnTimeDeltaClick(bool down)
+void RecordGrid::setTimeDelta(bool on)
 {
-    modes_.ClickTimeDelta(down);
+    modes_.ClickTimeDelta(on);
     AfterModeChange();
 }
 
-void RecordGrid::TogglePinLabels()
+void RecordGrid::toggleNaming()
 {
     modes_.ToggleNaming();
     AfterModeChange();
 }
 
-void RecordGrid::actShowAllGridLinesExecute()
+void RecordGrid::setGridLines(GridLines lines)
 {
-    modes_.SetGridLines(GridLines::All);
+    modes_.SetGridLines(lines);
     viewport()->update();
 }
 
-void RecordGrid::actShowHorizontalGridLinesExecute()
-{
-    modes_.SetGridLines(GridLines::Horizontal);
-    viewport()->update();
-}
-
-void RecordGrid::actShowVerticalGridLinesExecute()
-{
-    modes_.SetGridLines(GridLines::Vertical);
-    viewport()->update();
-}
-
-void RecordGrid::actShowNoGridLinesExecute()
-{
-    modes_.SetGridLines(GridLines::None);
-    viewport()->update();
-}
-
-void RecordGrid::SetWaveformFill(bool on)
+void RecordGrid::setWaveformFill(bool on)
 {
     modes_.SetFillWaveform(on);
     viewport()->update();
@@ -494,7 +463,7 @@ void RecordGrid::AfterModeChange()
     RefreshStatusLine();
 }
 
-void RecordGrid::btnScrollTop()
+void RecordGrid::scrollToTop()
 {
     // Home with Control held: the top of the recording and its first cell;
     // like Home itself nothing while the grid follows a recording's end.
@@ -506,7 +475,7 @@ void RecordGrid::btnScrollTop()
     }
 }
 
-void RecordGrid::btnScrollEnd()
+void RecordGrid::scrollToEnd()
 {
     if (live_ != nullptr)
         SetFollowEnd(true);
@@ -549,7 +518,7 @@ void RecordGrid::RedrawGrid()
     viewport()->update();
 }
 
-void RecordGrid::btnResetGrid()
+void RecordGrid::resetView()
 {
     col_ = 0;
     row_ = 1;
@@ -569,7 +538,7 @@ void RecordGrid::RefreshStatusLine()
     }
 }
 
-void RecordGrid::actCopyExecute() { text_ = Q(Str(txt::kCopyExecuted)); }
+void RecordGrid::copyCell() { text_ = Q(Str(txt::kCopyExecuted)); }
 
 void RecordGrid::InitialLoads()
 {
@@ -581,9 +550,8 @@ void RecordGrid::InitialLoads()
 
 // --- steps of the redraw thread (GUI thread) ---------------------------
 
-void RecordGrid::TakeNewest()
+bool RecordGrid::TakeNewest(std::vector<MpRecord> newest)
 {
-    const std::vector<MpRecord> newest = live_->NewestMps();
     if (newest.empty())
         MeasureFile();
     else
@@ -600,50 +568,81 @@ void RecordGrid::TakeNewest()
     if (liveHasPage || !reader_.isOpen()) {
         if (const auto base = buffer_.FillFromRecords(newest))
             relativeBase_ = *base;
-    } else if (!buffer_.Covers(static_cast<std::uint64_t>(position_), static_cast<std::uint64_t>(need),
-                               static_cast<std::uint64_t>(recordCount_))) {
+        return true;
+    }
+    if (!buffer_.Covers(static_cast<std::uint64_t>(position_), static_cast<std::uint64_t>(need),
+                        static_cast<std::uint64_t>(recordCount_))) {
         if (const auto base = buffer_.Fetch(reader_, static_cast<std::uint64_t>(position_)))
             relativeBase_ = *base;
     }
+    return false;
 }
 
-void RecordGrid::LivePassBegin(int &rows, int &cols)
-{
-    if (live_ != nullptr && followEnd_ && !hold_) {
-        TakeNewest();
-        UpdateScrollBar();
-        // Every row moved with the new MPs. Qt paints only inside paint
-        // events, so the whole page is marked for one repaint from this
-        // snapshot; the cell steps that follow then only pace the pass, and a
-        // skipped cell never leaves a row half old, half new.
-        viewport()->update();
-    } else {
-        // Scrolled away or held: the file grows underneath; keep the range current.
-        MeasureFile();
-        UpdateScrollBar();
-    }
-    rows = dataRows_ + kHeaderRows;
-    cols = shape_.columns;
-}
-
-void RecordGrid::LiveGauge(int phase)
+void RecordGrid::LiveShow(const PassRequest &pass)
 {
     if (live_ == nullptr)
         return;
-    const std::vector<MpRecord> newest = live_->NewestMps();
+    // One snapshot of the live buffer serves the gauge and the grid.
+    std::vector<MpRecord> newest = live_->NewestMps();
+    for (int g = 0; g < kGaugeCount; ++g)
+        if ((pass.gauges & (1u << g)) != 0)
+            LiveGauge(g, newest);
+    if (pass.progress > 0)
+        emit progressTextChanged(Q(ProgressText(pass.progress)));
+    if (pass.grid) {
+        if (followEnd_ && !hold_) {
+            LiveFollow(std::move(newest));
+        } else {
+            // Scrolled away or held: the file grows underneath; keep the range current.
+            MeasureFile();
+            UpdateScrollBar();
+        }
+    }
+    RefreshStatusLine();
+}
+
+void RecordGrid::LiveFollow(std::vector<MpRecord> newest)
+{
+    const std::int64_t oldPos = position_;
+    const std::int64_t oldCount = recordCount_;
+    const double oldBase = relativeBase_;
+    const bool wasCleared = cleared_;
+    const bool rowsKept = TakeNewest(std::move(newest));
+    UpdateScrollBar();
+
+    const LiveRepaint rows = LiveRowsToRepaint(shape_, dataRows_, oldPos, oldCount, position_, recordCount_);
+    // The relative time base shows in every time cell.
+    if (rows.all || !rowsKept || wasCleared || relativeBase_ != oldBase) {
+        UpdateRows(1, dataRows_);
+        return;
+    }
+    if (rows.scrollRows > 0) {
+        // Moves the painted rows up (and whatever is still waiting to be
+        // painted with them); the rows moved in at the bottom get painted.
+        viewport()->scroll(0, -rows.scrollRows * kRowHeight, QRect(0, kRowHeight, viewport()->width(), dataRows_ * kRowHeight));
+        // The current cell's highlight stays on its row, not on its pixels.
+        UpdateRows(row_ - rows.scrollRows, row_ - rows.scrollRows);
+        UpdateRows(row_, row_);
+    }
+    UpdateRows(rows.firstRow, dataRows_);
+}
+
+void RecordGrid::UpdateRows(int first, int last)
+{
+    first = std::max(first, 1);
+    last = std::min(last, dataRows_);
+    if (first > last)
+        return;
+    viewport()->update(0, first * kRowHeight, viewport()->width(), (last - first + 1) * kRowHeight);
+}
+
+void RecordGrid::LiveGauge(int gauge, const std::vector<MpRecord> &newest)
+{
     if (newest.empty())
         return;
     const MpRecord &mp = newest.back();
-    const int value = phase == 0 ? mp.loadActual : phase == 1 ? mp.loadPeak : mp.quality;
-    emit gaugeChanged(phase, value);
-}
-
-void RecordGrid::LiveFetchCellRect(int col, int row) { liveCellRect_ = CellRect(col, row); }
-
-void RecordGrid::LiveDrawCurrentCell()
-{
-    if (!liveCellRect_.isEmpty())
-        viewport()->update(liveCellRect_);
+    const int value = gauge == 0 ? mp.loadActual : gauge == 1 ? mp.loadPeak : mp.quality;
+    emit gaugeChanged(gauge, value);
 }
 
 // --- painting ------------------------------------------------------------
