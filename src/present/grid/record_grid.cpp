@@ -676,11 +676,33 @@ void RecordGrid::paintEvent(QPaintEvent *event)
 {
     QPainter p(viewport());
     const QRect dirty = event->rect();
-    p.fillRect(dirty, palette().window());
     p.setFont(textFont_);
+    // The visible columns, left to right (a column of no width has no cell).
+    int left = INT_MAX, right = INT_MIN;
+    for (int col = 0; col < shape_.columns; ++col) {
+        const QRect r = CellRect(col, 0);
+        if (!r.isEmpty()) {
+            left = std::min(left, r.left());
+            right = std::max(right, r.right());
+        }
+    }
+    // The background shows only beside and below the cells, which fill
+    // themselves row by row.
+    const QRegion cells = left > right ? QRegion() : QRegion(left, 0, right - left + 1, (dataRows_ + 1) * kRowHeight);
+    for (const QRect &r : QRegion(dirty).subtracted(cells))
+        p.fillRect(r, palette().window());
+    if (left > right)
+        return;
+    int firstRow = dataRows_ + 1, lastRow = 0;
     for (int row = 0; row <= dataRows_; ++row) {
         if (row * kRowHeight > dirty.bottom() || (row + 1) * kRowHeight <= dirty.top())
             continue;
+        if (row > 0) {
+            // One fill for the row; a cell fills again only where it differs.
+            p.fillRect(QRect(left, row * kRowHeight, right - left + 1, kRowHeight), RowBack(row));
+            firstRow = std::min(firstRow, row);
+            lastRow = row;
+        }
         for (int col = 0; col < shape_.columns; ++col) {
             const QRect r = CellRect(col, row);
             if (r.isEmpty() || !r.intersects(dirty))
@@ -691,6 +713,36 @@ void RecordGrid::paintEvent(QPaintEvent *event)
                 DrawGrid1DrawCell(p, col, row, r);
         }
     }
+    if (firstRow > lastRow)
+        return;
+
+    // The lines between data cells: each cell's right and bottom pixel, over
+    // whatever its content drew there. One-pixel fills, not pen strokes: a
+    // stroke is drawn pixel by pixel, a fill span by span.
+    const GridLineOptions lines = modes_.gridLines();
+    const int top = firstRow * kRowHeight;
+    const int height = (lastRow - firstRow + 1) * kRowHeight;
+    if (lines.vertical) {
+        for (int col = 0; col < shape_.columns; ++col) {
+            const QRect r = CellRect(col, firstRow);
+            if (!r.isEmpty())
+                p.fillRect(QRect(r.right(), top, 1, height), kGridLine);
+        }
+    }
+    if (lines.horizontal)
+        for (int row = firstRow; row <= lastRow; ++row)
+            p.fillRect(QRect(left, (row + 1) * kRowHeight - 1, right - left + 1, 1), kGridLine);
+    const QRect current = CellRect(col_, row_);
+    if (hasFocus() && !current.isEmpty() && current.intersects(dirty)) {
+        p.setPen(QPen(palette().highlight().color(), 1, Qt::DotLine));
+        p.setBrush(Qt::NoBrush);
+        p.drawRect(current.adjusted(0, 0, -1, -1));
+    }
+}
+
+QColor RecordGrid::RowBack(int row) const
+{
+    return RoleOf(shape_, 0, row).d2 ? kD2RowTint : palette().base().color();
 }
 
 void RecordGrid::PaintHeaderCell(QPainter &p, int col, const QRect &r)
@@ -712,14 +764,9 @@ void RecordGrid::PaintHeaderCell(QPainter &p, int col, const QRect &r)
 
 void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r)
 {
-    const CellInfo info = RoleOf(shape_, col, row);
-    QColor back = palette().base().color();
-    if (info.d2)
-        back = kD2RowTint;
-    const bool current = col == col_ && row == row_;
-    if (current)
-        back = palette().highlight().color().lighter(170);
-    p.fillRect(r, back);
+    // The row is filled already; only the current cell stands out.
+    if (col == col_ && row == row_)
+        p.fillRect(r, palette().highlight().color().lighter(170));
 
     if (!cleared_) {
         const GridCell cell = DescribeCell(Frame(), col, row, *times_);
@@ -794,17 +841,6 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
         }
     }
 
-    const GridLineOptions lines = modes_.gridLines();
-    p.setPen(kGridLine);
-    if (lines.vertical)
-        p.drawLine(r.topRight(), r.bottomRight());
-    if (lines.horizontal)
-        p.drawLine(r.bottomLeft(), r.bottomRight());
-    if (current && hasFocus()) {
-        p.setPen(QPen(palette().highlight().color(), 1, Qt::DotLine));
-        p.setBrush(Qt::NoBrush);
-        p.drawRect(r.adjusted(0, 0, -1, -1));
-    }
 }
 
 } // namespace kestrel::grid

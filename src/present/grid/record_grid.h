@@ -162,6 +162,7 @@ private:
     [[nodiscard]] GridFrame Frame() const;
     void DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &rect);
     void PaintHeaderCell(QPainter &p, int col, const QRect &rect);
+    [[nodiscard]] QColor RowBack(int row) const;
     [[nodiscard]] int ColumnAt(int x) const;
     void AfterModeChange();
     [[nodiscard]] int Lang() const;
