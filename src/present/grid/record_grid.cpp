@@ -12,6 +12,7 @@
 #include "present/grid/grid_texts.h"
 #include "present/grid/live_repaint.h"
 #include "present/grid/live_source.h"
+#include "present/grid/redraw_loop.h"
 #include "present/grid/redraw_thread.h"
 #include "base/string_table.h"
 

@@ -17,7 +17,6 @@
 #include "present/grid/cell_content.h"
 #include "present/grid/fetch_buffer.h"
 #include "present/grid/grid_keys.h"
-#include "present/grid/redraw_loop.h"
 #include "present/grid/view_modes.h"
 
 class QAction;
@@ -28,6 +27,7 @@ namespace kestrel::grid {
 
 class LiveSource;
 class RedrawThread;
+struct PassRequest;
 
 class RecordGrid : public QAbstractScrollArea {
     Q_OBJECT
