@@ -93,7 +93,7 @@ int main(int argc, char **argv)
     }
     (void)grid.viewport()->grab();
     const auto t1 = Clock::now();
-    grid.btnScrollEnd();
+    grid.scrollToEnd();
     (void)grid.viewport()->grab();
     const auto t2 = Clock::now();
 

@@ -4,8 +4,10 @@
 // late the event loop answers; at the end the bytes the line delivered are
 // compared with the data bytes in the record file.
 //
-// Prints: live_max_timer_latency_ms, live_mean_timer_latency_ms,
-// live_bytes_delivered, live_bytes_recorded, live_mps_recorded.
+// Prints: live_cpu_percent (user + system time of the whole process over the
+// recording's wall time, in percent of one core), live_max_timer_latency_ms,
+// live_mean_timer_latency_ms, live_bytes_delivered, live_bytes_recorded,
+// live_mps_recorded.
 
 #include <QAction>
 #include <QApplication>
@@ -18,6 +20,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <sys/resource.h>
 
 #include "base/console_prompter.h"
 #include "app/main_form.h"
@@ -30,6 +33,15 @@ namespace {
 constexpr int kChunk = 16;       // bytes per hand-over, as a UART FIFO
 constexpr int kBlock = 1024;     // bytes per direction and pass
 constexpr int kTickMs = 10;
+
+// User plus system time of this process so far, in seconds.
+double processCpuSeconds()
+{
+    rusage u{};
+    ::getrusage(RUSAGE_SELF, &u);
+    const auto sec = [](const timeval &t) { return static_cast<double>(t.tv_sec) + t.tv_usec / 1e6; };
+    return sec(u.ru_utime) + sec(u.ru_stime);
+}
 
 std::string hexBytes(int offset)
 {
@@ -109,10 +121,15 @@ int main(int argc, char **argv)
     feeder.start(2);
     since.start();
     probe.start(kTickMs);
+    QElapsedTimer wall;
+    wall.start();
+    const double cpuStart = processCpuSeconds();
+    double cpuPercent = 0.0;
 
     QTimer::singleShot(static_cast<int>(seconds * 1000), [&] {
         feeder.stop();
         probe.stop();
+        cpuPercent = (processCpuSeconds() - cpuStart) * 100.0 / (static_cast<double>(wall.nsecsElapsed()) / 1e9);
         w->findChild<QToolButton *>("btnSTOP")->click();
         QCoreApplication::exit(0); // quit() would ask the window to close
     });
@@ -132,6 +149,7 @@ int main(int argc, char **argv)
         }
     }
     std::printf("live_seconds: %.1f s\n", seconds);
+    std::printf("live_cpu_percent: %.1f %%\n", cpuPercent);
     std::printf("live_max_timer_latency_ms: %.1f ms\n", maxLate);
     std::printf("live_mean_timer_latency_ms: %.2f ms\n", ticks > 1 ? sumLate / static_cast<double>(ticks - 1) : 0.0);
     std::printf("live_bytes_delivered: %llu bytes\n", static_cast<unsigned long long>(delivered));

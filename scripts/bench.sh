@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Sets everything up, builds, and runs every benchmark; each prints "name: value unit" lines.
+# bench_window_live starts the real window under xvfb-run (about a minute).
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 "$top/scripts/setup-deps.sh"

@@ -1,12 +1,16 @@
 // kestrel: the main window program.
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QLoggingCategory>
 #include <QSocketNotifier>
+#include <QTimer>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -50,6 +54,45 @@ void installTerminationHandler(QApplication &app)
     sigaction(SIGTERM, &sa, nullptr);
     sigaction(SIGINT, &sa, nullptr);
 }
+
+// KESTREL_LATENCY_PROBE=1 (for benchmarks): a 10 ms timer measures how late
+// the event loop answers while a recording runs, and the worst and mean
+// lateness are printed on stdout at exit. Ticks around a start or stop of the
+// recording are not counted: those steps block on purpose (the unload waits
+// 500 ms for the redraw thread).
+struct LatencyProbe {
+    static constexpr int kTickMs = 10;
+    QTimer timer;
+    QElapsedTimer since;
+    bool wasRecording = false;
+    double worst = 0.0, sum = 0.0;
+    long ticks = 0;
+
+    void start()
+    {
+        timer.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&timer, &QTimer::timeout, [this] {
+            const double late = static_cast<double>(since.nsecsElapsed()) / 1e6 - kTickMs;
+            since.restart();
+            const bool recording = g_window != nullptr && g_window->isRecording();
+            if (recording && wasRecording) {
+                worst = std::max(worst, late);
+                sum += std::max(0.0, late);
+                ++ticks;
+            }
+            wasRecording = recording;
+        });
+        since.start();
+        timer.start(kTickMs);
+    }
+    void print() const
+    {
+        std::printf("window_probe_ticks: %ld ticks\n", ticks);
+        std::printf("window_max_loop_latency_ms: %.1f ms\n", worst);
+        std::printf("window_mean_loop_latency_ms: %.2f ms\n", ticks > 0 ? sum / static_cast<double>(ticks) : 0.0);
+        std::fflush(stdout);
+    }
+};
 
 } // namespace
 
@@ -97,7 +140,14 @@ int main(int argc, char **argv)
     kestrel::TFormMain window(std::move(options));
     g_window = &window;
     window.show();
+    std::unique_ptr<LatencyProbe> probe;
+    if (const char *p = std::getenv("KESTREL_LATENCY_PROBE"); p != nullptr && *p != '\0' && *p != '0') {
+        probe = std::make_unique<LatencyProbe>();
+        probe->start();
+    }
     const int rc = QApplication::exec();
     g_window = nullptr;
+    if (probe)
+        probe->print();
     return rc;
 }

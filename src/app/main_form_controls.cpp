@@ -15,6 +15,7 @@
 #include "app/signal_light_controller.h"
 #include "app/line_gauge.h"
 #include "record/record_store.h"
+#include "present/grid/grid_texts.h"
 #include "present/grid/record_grid.h"
 #include "base/string_table.h"
 
@@ -77,39 +78,42 @@ void TFormMain::connectActions()
 void TFormMain::connectGrid()
 {
     grid::RecordGrid *g = DrawGrid1;
-    g->setPrompter(prompter_);
     auto on = [this](const char *name, auto slot) {
         connect(ActionManager1->action(QString::fromLatin1(name)), &QAction::triggered, this, slot);
     };
-    on("actViewVertical", [g] { g->btnViewVerticalClick(); });
-    on("actViewDataOnly", [g] { g->btnViewDataOnlyClick(); });
-    on("actViewDataDump", [g] { g->btnViewDataDumpClick(); });
+    on("actViewVertical", [g] { g->selectView(grid::kViewVertical); });
+    on("actViewDataOnly", [g] { g->selectView(grid::kViewDataOnly); });
+    on("actViewDataDump", [g] { g->selectView(grid::kViewDataDump); });
     on("actViewHorizontal", [this, g] {
-        g->btnViewHorizontalClick();
-        syncModeButtons(); // the horizontal view does not exist: the previous view stays
+        g->selectView(grid::kViewHorizontal); // does not exist: a box, and the previous view stays
+        syncModeButtons();
     });
     const std::pair<const char *, int> charModes[] = {{"actCharAscii", 1}, {"actCharEbcdic", 2}, {"actCharHex", 3},
                                                       {"actCharDec", 4},   {"actCharOct", 5},    {"actCharBin", 6}};
     for (auto [name, mode] : charModes)
-        on(name, [g, mode = mode] { g->btnCharModeClick(mode); });
-    on("actCharCtl", [g](bool down) { g->btnCharCtlClick(down); });
-    on("actCharCmd", [g](bool down) { g->btnCharCmdClick(down); });
+        on(name, [g, mode = mode] { g->setCharMode(mode); });
+    on("actCharCtl", [g](bool down) { g->setCaretOverlay(down); });
+    on("actCharCmd", [g](bool down) { g->setMnemonicOverlay(down); });
     on("actChar01FReset", [this, g] {
         ActionManager1->action("actCharCtl")->setChecked(false);
         ActionManager1->action("actCharCmd")->setChecked(false);
-        g->btnChar01FResetClick();
+        g->clearOverlay();
     });
-    on("actTimeAbsolute", [g] { g->btnTimeAbsoluteClick(); });
-    on("actTimeRelative", [g](bool down) { g->btnTimeRelativeClick(down); });
-    on("actTimeDelta", [g](bool down) { g->btnTimeDeltaClick(down); });
-    on("actShowAllGridLines", [g] { g->actShowAllGridLinesExecute(); });
-    on("actShowHorizontalGridLines", [g] { g->actShowHorizontalGridLinesExecute(); });
-    on("actShowVerticalGridLines", [g] { g->actShowVerticalGridLinesExecute(); });
-    on("actShowNoGridLines", [g] { g->actShowNoGridLinesExecute(); });
-    on("actScrollTop", [g] { g->btnScrollTop(); });
-    on("actScrollEnd", [g] { g->btnScrollEnd(); });
-    on("actResetGrid", [g] { g->btnResetGrid(); });
-    on("actShowCCITTV24Pin", [g] { g->TogglePinLabels(); });
+    on("actTimeAbsolute", [g] { g->setTimeAbsolute(); });
+    on("actTimeRelative", [g](bool down) { g->setTimeRelative(down); });
+    on("actTimeDelta", [g](bool down) { g->setTimeDelta(down); });
+    on("actShowAllGridLines", [g] { g->setGridLines(grid::GridLines::All); });
+    on("actShowHorizontalGridLines", [g] { g->setGridLines(grid::GridLines::Horizontal); });
+    on("actShowVerticalGridLines", [g] { g->setGridLines(grid::GridLines::Vertical); });
+    on("actShowNoGridLines", [g] { g->setGridLines(grid::GridLines::None); });
+    on("actScrollTop", [g] { g->scrollToTop(); });
+    on("actScrollEnd", [g] { g->scrollToEnd(); });
+    on("actResetGrid", [g] { g->resetView(); });
+    on("actShowCCITTV24Pin", [g] { g->toggleNaming(); });
+    connect(g, &grid::RecordGrid::viewUnavailable, this, [this] {
+        prompter_->ShowMessage(Str(grid::txt::kHorizontalTitle), Str(grid::txt::kHorizontalText), Buttons::Ok,
+                               Icon::Information);
+    });
 
     connect(g, &grid::RecordGrid::statusLineChanged, this, [this](const QStringList &panels) {
         for (int i = 0; i < 4; ++i)

@@ -188,7 +188,7 @@ void TFormMain::redrawGrid()
     DrawGrid1->RedrawGrid();
 }
 
-void TFormMain::scrollGridToEnd() { DrawGrid1->btnScrollEnd(); }
+void TFormMain::scrollGridToEnd() { DrawGrid1->scrollToEnd(); }
 
 void TFormMain::clearGauges()
 {

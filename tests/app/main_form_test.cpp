@@ -403,7 +403,10 @@ TEST(MainForm, ModeButtonsDriveTheGridAndFollowItsViewMemory)
     EXPECT_EQ(g.modes().view(), 1);
     EXPECT_EQ(g.modes().charMode(), 2);
     EXPECT_TRUE(win.act("actCharEbcdic")->isChecked());
-    win.click("btnViewHorizontal"); // no such view: the vertical one stays selected
+    const std::size_t asked = win.prompter.asked.size();
+    win.click("btnViewHorizontal"); // no such view: a box, and the vertical one stays selected
+    ASSERT_EQ(win.prompter.asked.size(), asked + 1);
+    EXPECT_EQ(win.prompter.asked.back().title, Str(7708));
     EXPECT_EQ(g.modes().view(), 1);
     EXPECT_TRUE(win.act("actViewVertical")->isChecked());
     win.click("btnTimeDelta");
@@ -606,7 +609,7 @@ TEST(MainForm, StatusBarShowsEveryFigureWhole)
     win.click("btnREC");
     pump(200);
     win.click("btnSTOP");
-    win.w->grid().btnScrollEnd(); // the status line describes the last MP: long times, real counters
+    win.w->grid().scrollToEnd(); // the status line describes the last MP: long times, real counters
     pump(50);
     for (int i = 2; i <= 6; ++i) {
         const auto *panel = win.w->findChild<QLabel *>(QString("pnlStatusBarPanel%1").arg(i));

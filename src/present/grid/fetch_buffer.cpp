@@ -23,9 +23,12 @@ std::optional<double> FetchBuffer::Decode(std::uint64_t got)
     return Finish(got);
 }
 
-// Zeroes from the first missing slot on and looks for MP 1.
+// Zeroes from the first missing slot on and looks for MP 1. Slots past the
+// old filled part are zero already: a live page refilled 50 times a second
+// clears only what it held before, not the whole block.
 std::optional<double> FetchBuffer::Finish(std::uint64_t got)
 {
+    const std::uint64_t before = filled_;
     filled_ = got;
     valid_ = got == static_cast<std::uint64_t>(kFetchSlots);
     std::optional<double> base;
@@ -33,7 +36,9 @@ std::optional<double> FetchBuffer::Finish(std::uint64_t got)
         if ((*slots_)[i].number == 1)
             base = (*slots_)[i].time;
     }
-    std::fill(slots_->begin() + static_cast<std::ptrdiff_t>(got), slots_->end(), MpRecord{});
+    if (before > got)
+        std::fill(slots_->begin() + static_cast<std::ptrdiff_t>(got), slots_->begin() + static_cast<std::ptrdiff_t>(before),
+                  MpRecord{});
     return base;
 }
 

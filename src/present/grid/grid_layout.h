@@ -11,6 +11,8 @@
 namespace kestrel::grid {
 
 inline constexpr int kViewVertical = 1;
+// The horizontal view has a button but does not exist: it is never shown.
+inline constexpr int kViewHorizontal = 2;
 inline constexpr int kViewDataOnly = 3;
 inline constexpr int kViewDataDump = 4;
 

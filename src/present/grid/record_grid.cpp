@@ -3,16 +3,16 @@
 #include <QAction>
 #include <QKeyEvent>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPainter>
 #include <QScrollBar>
 #include <algorithm>
 #include <filesystem>
 
-#include "base/prompt.h"
 #include "present/grid/glyph_painter.h"
 #include "present/grid/grid_texts.h"
+#include "present/grid/live_repaint.h"
 #include "present/grid/live_source.h"
+#include "present/grid/redraw_loop.h"
 #include "present/grid/redraw_thread.h"
 #include "base/string_table.h"
 
@@ -61,6 +61,9 @@ RecordGrid::RecordGrid(QWidget *parent)
     textFont_.setPixelSize(11);
     textFont_.setStretch(QFont::SemiCondensed);
     viewport()->setAutoFillBackground(false);
+    // Every paint fills its whole rectangle: Qt may then move painted rows
+    // with scroll() instead of painting them again.
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
 
     // The popup holds one copy item that stays disabled and hidden; its
     // action only sets the grid's text.
@@ -70,7 +73,7 @@ RecordGrid::RecordGrid(QWidget *parent)
     actCopy_->setObjectName(QStringLiteral("actCopy"));
     actCopy_->setEnabled(false);
     actCopy_->setVisible(false);
-    connect(actCopy_, &QAction::triggered, this, &RecordGrid::actCopyExecute);
+    connect(actCopy_, &QAction::triggered, this, &RecordGrid::copyCell);
     popup_->addAction(actCopy_);
 
     ApplyLayout();
@@ -136,7 +139,6 @@ void RecordGrid::StartRedraw(LiveSource *source)
     SetFollowEnd(true);
     redraw_ = std::make_unique<RedrawThread>(*this, *source);
     redraw_->SetHold(hold_);
-    redraw_->SetMpsPerRow(shape_.mpsPerRow);
     redraw_->Start();
 }
 
@@ -169,8 +171,6 @@ void RecordGrid::ApplyLayout()
     horizontalScrollBar()->setSingleStep(15);
     if (live_ != nullptr)
         live_->WantNewest(static_cast<std::size_t>(largeChange() + 2));
-    if (redraw_)
-        redraw_->SetMpsPerRow(shape_.mpsPerRow);
     ScrollBar1Change();
 }
 
@@ -221,7 +221,7 @@ void RecordGrid::ScrollBar1Change()
     if (live_ != nullptr && followEnd_ && !hold_) {
         // Following a recording (again): the newest MPs at once, not only
         // when the next one arrives.
-        TakeNewest();
+        TakeNewest(live_->NewestMps());
     } else {
         position_ = std::clamp<std::int64_t>(position_, 0, EndPosition(recordCount_, largeChange()));
         EnsureFetched();
@@ -371,106 +371,76 @@ void RecordGrid::mousePressEvent(QMouseEvent *event)
 
 // --- slots the window calls -------------------------------------------
 
-void RecordGrid::SelectView(int view)
+void RecordGrid::selectView(int view)
 {
-    if (!modes_.SelectView(view))
+    if (!modes_.SelectView(view)) {
+        emit viewUnavailable(view);
         return;
+    }
     ApplyLayout();
     if (followEnd_)
-        btnGotoBottomClick();
+        scrollToEnd();
     AfterModeChange();
     emit viewChanged(view);
 }
 
-void RecordGrid::btnViewVerticalClick() { SelectView(kViewVertical); }
-void RecordGrid::btnViewDataOnlyClick() { SelectView(kViewDataOnly); }
-void RecordGrid::btnViewDataDumpClick() { SelectView(kViewDataDump); }
-
-void RecordGrid::btnViewHorizontalClick()
-{
-    const std::string title = Str(txt::kHorizontalTitle);
-    const std::string text = Str(txt::kHorizontalText);
-    if (prompter_ != nullptr)
-        prompter_->ShowMessage(title, text, Buttons::Ok, Icon::Information);
-    else
-        QMessageBox::information(this, Q(title), Q(text));
-}
-
-void RecordGrid::btnCharModeClick(int mode)
+void RecordGrid::setCharMode(int mode)
 {
     modes_.panel.ChooseMode(mode);
     AfterModeChange();
 }
 
-void RecordGrid::btnCharCtlClick(bool down)
+void RecordGrid::setCaretOverlay(bool on)
 {
-    if (down != (modes_.overlay() == Overlay::Caret))
+    if (on != (modes_.overlay() == Overlay::Caret))
         modes_.panel.ClickCaretButton();
     AfterModeChange();
 }
 
-void RecordGrid::btnCharCmdClick(bool down)
+void RecordGrid::setMnemonicOverlay(bool on)
 {
-    if (down != (modes_.overlay() == Overlay::Mnemonic))
+    if (on != (modes_.overlay() == Overlay::Mnemonic))
         modes_.panel.ClickMnemonicButton();
     AfterModeChange();
 }
 
-void RecordGrid::btnChar01FResetClick()
+void RecordGrid::clearOverlay()
 {
     modes_.panel.ClickResetButton();
     AfterModeChange();
 }
 
-void RecordGrid::btnTimeAbsoluteClick()
+void RecordGrid::setTimeAbsolute()
 {
     modes_.ClickTimeAbsolute();
     AfterModeChange();
 }
 
-void RecordGrid::btnTimeRelativeClick(bool down)
+void RecordGrid::setTimeRelative(bool on)
 {
-    modes_.ClickTimeRelative(down);
+    modes_.ClickTimeRelative(on);
     AfterModeChange();
 }
 
-void RecordGrid::btnTimeDeltaClick(bool down)
+void RecordGrid::setTimeDelta(bool on)
 {
-    modes_.ClickTimeDelta(down);
+    modes_.ClickTimeDelta(on);
     AfterModeChange();
 }
 
-void RecordGrid::TogglePinLabels()
+void RecordGrid::toggleNaming()
 {
     modes_.ToggleNaming();
     AfterModeChange();
 }
 
-void RecordGrid::actShowAllGridLinesExecute()
+void RecordGrid::setGridLines(GridLines lines)
 {
-    modes_.SetGridLines(GridLines::All);
+    modes_.SetGridLines(lines);
     viewport()->update();
 }
 
-void RecordGrid::actShowHorizontalGridLinesExecute()
-{
-    modes_.SetGridLines(GridLines::Horizontal);
-    viewport()->update();
-}
-
-void RecordGrid::actShowVerticalGridLinesExecute()
-{
-    modes_.SetGridLines(GridLines::Vertical);
-    viewport()->update();
-}
-
-void RecordGrid::actShowNoGridLinesExecute()
-{
-    modes_.SetGridLines(GridLines::None);
-    viewport()->update();
-}
-
-void RecordGrid::SetWaveformFill(bool on)
+void RecordGrid::setWaveformFill(bool on)
 {
     modes_.SetFillWaveform(on);
     viewport()->update();
@@ -494,7 +464,7 @@ void RecordGrid::AfterModeChange()
     RefreshStatusLine();
 }
 
-void RecordGrid::btnScrollTop()
+void RecordGrid::scrollToTop()
 {
     // Home with Control held: the top of the recording and its first cell;
     // like Home itself nothing while the grid follows a recording's end.
@@ -506,7 +476,7 @@ void RecordGrid::btnScrollTop()
     }
 }
 
-void RecordGrid::btnScrollEnd()
+void RecordGrid::scrollToEnd()
 {
     if (live_ != nullptr)
         SetFollowEnd(true);
@@ -549,7 +519,7 @@ void RecordGrid::RedrawGrid()
     viewport()->update();
 }
 
-void RecordGrid::btnResetGrid()
+void RecordGrid::resetView()
 {
     col_ = 0;
     row_ = 1;
@@ -569,7 +539,7 @@ void RecordGrid::RefreshStatusLine()
     }
 }
 
-void RecordGrid::actCopyExecute() { text_ = Q(Str(txt::kCopyExecuted)); }
+void RecordGrid::copyCell() { text_ = Q(Str(txt::kCopyExecuted)); }
 
 void RecordGrid::InitialLoads()
 {
@@ -581,9 +551,8 @@ void RecordGrid::InitialLoads()
 
 // --- steps of the redraw thread (GUI thread) ---------------------------
 
-void RecordGrid::TakeNewest()
+bool RecordGrid::TakeNewest(std::vector<MpRecord> newest)
 {
-    const std::vector<MpRecord> newest = live_->NewestMps();
     if (newest.empty())
         MeasureFile();
     else
@@ -600,50 +569,81 @@ void RecordGrid::TakeNewest()
     if (liveHasPage || !reader_.isOpen()) {
         if (const auto base = buffer_.FillFromRecords(newest))
             relativeBase_ = *base;
-    } else if (!buffer_.Covers(static_cast<std::uint64_t>(position_), static_cast<std::uint64_t>(need),
-                               static_cast<std::uint64_t>(recordCount_))) {
+        return true;
+    }
+    if (!buffer_.Covers(static_cast<std::uint64_t>(position_), static_cast<std::uint64_t>(need),
+                        static_cast<std::uint64_t>(recordCount_))) {
         if (const auto base = buffer_.Fetch(reader_, static_cast<std::uint64_t>(position_)))
             relativeBase_ = *base;
     }
+    return false;
 }
 
-void RecordGrid::LivePassBegin(int &rows, int &cols)
-{
-    if (live_ != nullptr && followEnd_ && !hold_) {
-        TakeNewest();
-        UpdateScrollBar();
-        // Every row moved with the new MPs. Qt paints only inside paint
-        // events, so the whole page is marked for one repaint from this
-        // snapshot; the cell steps that follow then only pace the pass, and a
-        // skipped cell never leaves a row half old, half new.
-        viewport()->update();
-    } else {
-        // Scrolled away or held: the file grows underneath; keep the range current.
-        MeasureFile();
-        UpdateScrollBar();
-    }
-    rows = dataRows_ + kHeaderRows;
-    cols = shape_.columns;
-}
-
-void RecordGrid::LiveGauge(int phase)
+void RecordGrid::LiveShow(const PassRequest &pass)
 {
     if (live_ == nullptr)
         return;
-    const std::vector<MpRecord> newest = live_->NewestMps();
+    // One snapshot of the live buffer serves the gauge and the grid.
+    std::vector<MpRecord> newest = live_->NewestMps();
+    for (int g = 0; g < kGaugeCount; ++g)
+        if ((pass.gauges & (1u << g)) != 0)
+            LiveGauge(g, newest);
+    if (pass.progress > 0)
+        emit progressTextChanged(Q(ProgressText(pass.progress)));
+    if (pass.grid) {
+        if (followEnd_ && !hold_) {
+            LiveFollow(std::move(newest));
+        } else {
+            // Scrolled away or held: the file grows underneath; keep the range current.
+            MeasureFile();
+            UpdateScrollBar();
+        }
+    }
+    RefreshStatusLine();
+}
+
+void RecordGrid::LiveFollow(std::vector<MpRecord> newest)
+{
+    const std::int64_t oldPos = position_;
+    const std::int64_t oldCount = recordCount_;
+    const double oldBase = relativeBase_;
+    const bool wasCleared = cleared_;
+    const bool rowsKept = TakeNewest(std::move(newest));
+    UpdateScrollBar();
+
+    const LiveRepaint rows = LiveRowsToRepaint(shape_, dataRows_, oldPos, oldCount, position_, recordCount_);
+    // The relative time base shows in every time cell.
+    if (rows.all || !rowsKept || wasCleared || relativeBase_ != oldBase) {
+        UpdateRows(1, dataRows_);
+        return;
+    }
+    if (rows.scrollRows > 0) {
+        // Moves the painted rows up (and whatever is still waiting to be
+        // painted with them); the rows moved in at the bottom get painted.
+        viewport()->scroll(0, -rows.scrollRows * kRowHeight, QRect(0, kRowHeight, viewport()->width(), dataRows_ * kRowHeight));
+        // The current cell's highlight stays on its row, not on its pixels.
+        UpdateRows(row_ - rows.scrollRows, row_ - rows.scrollRows);
+        UpdateRows(row_, row_);
+    }
+    UpdateRows(rows.firstRow, dataRows_);
+}
+
+void RecordGrid::UpdateRows(int first, int last)
+{
+    first = std::max(first, 1);
+    last = std::min(last, dataRows_);
+    if (first > last)
+        return;
+    viewport()->update(0, first * kRowHeight, viewport()->width(), (last - first + 1) * kRowHeight);
+}
+
+void RecordGrid::LiveGauge(int gauge, const std::vector<MpRecord> &newest)
+{
     if (newest.empty())
         return;
     const MpRecord &mp = newest.back();
-    const int value = phase == 0 ? mp.loadActual : phase == 1 ? mp.loadPeak : mp.quality;
-    emit gaugeChanged(phase, value);
-}
-
-void RecordGrid::LiveFetchCellRect(int col, int row) { liveCellRect_ = CellRect(col, row); }
-
-void RecordGrid::LiveDrawCurrentCell()
-{
-    if (!liveCellRect_.isEmpty())
-        viewport()->update(liveCellRect_);
+    const int value = gauge == 0 ? mp.loadActual : gauge == 1 ? mp.loadPeak : mp.quality;
+    emit gaugeChanged(gauge, value);
 }
 
 // --- painting ------------------------------------------------------------
@@ -677,11 +677,33 @@ void RecordGrid::paintEvent(QPaintEvent *event)
 {
     QPainter p(viewport());
     const QRect dirty = event->rect();
-    p.fillRect(dirty, palette().window());
     p.setFont(textFont_);
+    // The visible columns, left to right (a column of no width has no cell).
+    int left = INT_MAX, right = INT_MIN;
+    for (int col = 0; col < shape_.columns; ++col) {
+        const QRect r = CellRect(col, 0);
+        if (!r.isEmpty()) {
+            left = std::min(left, r.left());
+            right = std::max(right, r.right());
+        }
+    }
+    // The background shows only beside and below the cells, which fill
+    // themselves row by row.
+    const QRegion cells = left > right ? QRegion() : QRegion(left, 0, right - left + 1, (dataRows_ + 1) * kRowHeight);
+    for (const QRect &r : QRegion(dirty).subtracted(cells))
+        p.fillRect(r, palette().window());
+    if (left > right)
+        return;
+    int firstRow = dataRows_ + 1, lastRow = 0;
     for (int row = 0; row <= dataRows_; ++row) {
         if (row * kRowHeight > dirty.bottom() || (row + 1) * kRowHeight <= dirty.top())
             continue;
+        if (row > 0) {
+            // One fill for the row; a cell fills again only where it differs.
+            p.fillRect(QRect(left, row * kRowHeight, right - left + 1, kRowHeight), RowBack(row));
+            firstRow = std::min(firstRow, row);
+            lastRow = row;
+        }
         for (int col = 0; col < shape_.columns; ++col) {
             const QRect r = CellRect(col, row);
             if (r.isEmpty() || !r.intersects(dirty))
@@ -692,6 +714,36 @@ void RecordGrid::paintEvent(QPaintEvent *event)
                 DrawGrid1DrawCell(p, col, row, r);
         }
     }
+    if (firstRow > lastRow)
+        return;
+
+    // The lines between data cells: each cell's right and bottom pixel, over
+    // whatever its content drew there. One-pixel fills, not pen strokes: a
+    // stroke is drawn pixel by pixel, a fill span by span.
+    const GridLineOptions lines = modes_.gridLines();
+    const int top = firstRow * kRowHeight;
+    const int height = (lastRow - firstRow + 1) * kRowHeight;
+    if (lines.vertical) {
+        for (int col = 0; col < shape_.columns; ++col) {
+            const QRect r = CellRect(col, firstRow);
+            if (!r.isEmpty())
+                p.fillRect(QRect(r.right(), top, 1, height), kGridLine);
+        }
+    }
+    if (lines.horizontal)
+        for (int row = firstRow; row <= lastRow; ++row)
+            p.fillRect(QRect(left, (row + 1) * kRowHeight - 1, right - left + 1, 1), kGridLine);
+    const QRect current = CellRect(col_, row_);
+    if (hasFocus() && !current.isEmpty() && current.intersects(dirty)) {
+        p.setPen(QPen(palette().highlight().color(), 1, Qt::DotLine));
+        p.setBrush(Qt::NoBrush);
+        p.drawRect(current.adjusted(0, 0, -1, -1));
+    }
+}
+
+QColor RecordGrid::RowBack(int row) const
+{
+    return RoleOf(shape_, 0, row).d2 ? kD2RowTint : palette().base().color();
 }
 
 void RecordGrid::PaintHeaderCell(QPainter &p, int col, const QRect &r)
@@ -713,14 +765,9 @@ void RecordGrid::PaintHeaderCell(QPainter &p, int col, const QRect &r)
 
 void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r)
 {
-    const CellInfo info = RoleOf(shape_, col, row);
-    QColor back = palette().base().color();
-    if (info.d2)
-        back = kD2RowTint;
-    const bool current = col == col_ && row == row_;
-    if (current)
-        back = palette().highlight().color().lighter(170);
-    p.fillRect(r, back);
+    // The row is filled already; only the current cell stands out.
+    if (col == col_ && row == row_)
+        p.fillRect(r, palette().highlight().color().lighter(170));
 
     if (!cleared_) {
         const GridCell cell = DescribeCell(Frame(), col, row, *times_);
@@ -795,17 +842,6 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
         }
     }
 
-    const GridLineOptions lines = modes_.gridLines();
-    p.setPen(kGridLine);
-    if (lines.vertical)
-        p.drawLine(r.topRight(), r.bottomRight());
-    if (lines.horizontal)
-        p.drawLine(r.bottomLeft(), r.bottomRight());
-    if (current && hasFocus()) {
-        p.setPen(QPen(palette().highlight().color(), 1, Qt::DotLine));
-        p.setBrush(Qt::NoBrush);
-        p.drawRect(r.adjusted(0, 0, -1, -1));
-    }
 }
 
 } // namespace kestrel::grid

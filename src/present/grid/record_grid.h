@@ -3,8 +3,8 @@
 // that paints only the visible rows; its top position is a 64-bit MP index
 // and its vertical scroll bar (ScrollBar1) is rescaled past INT_MAX. While a
 // recording runs, the redraw thread has it take the newest MPs from the
-// recorder's live buffer and repaint cell by cell; it follows the end unless
-// the display is held or the user scrolled away.
+// recorder's live buffer and repaint the rows that changed; it follows the
+// end unless the display is held or the user scrolled away.
 //
 // The main window owns the mode buttons and calls the public slots below; it
 // reads the results back through modes() and the signals.
@@ -23,14 +23,11 @@ class QAction;
 class QMenu;
 class QScrollBar;
 
-namespace kestrel {
-class Prompter;
-}
-
 namespace kestrel::grid {
 
 class LiveSource;
 class RedrawThread;
+struct PassRequest;
 
 class RecordGrid : public QAbstractScrollArea {
     Q_OBJECT
@@ -72,38 +69,32 @@ public:
     [[nodiscard]] QRect CellRect(int col, int row) const;
     // The text property the copy action sets.
     [[nodiscard]] QString text() const { return text_; }
-    void setPrompter(Prompter *prompter) { prompter_ = prompter; }
     // The relative time base (reset by the recorder, taken from MP 1 on fetch).
     void SetRelativeBase(double base) { relativeBase_ = base; }
     [[nodiscard]] double relativeBase() const { return relativeBase_; }
 
 public slots:
-    // View buttons.
-    void btnViewVerticalClick();
-    void btnViewDataOnlyClick();
-    void btnViewDataDumpClick();
-    void btnViewHorizontalClick(); // only shows the "Titel"/"Text" box
-    void SelectView(int view);
-    // Character panel (ASCII 1 .. BIN 6), overlay buttons (down state after the click).
-    void btnCharModeClick(int mode);
-    void btnCharCtlClick(bool down);
-    void btnCharCmdClick(bool down);
-    void btnChar01FResetClick();
-    // Time buttons (down state after the click).
-    void btnTimeAbsoluteClick();
-    void btnTimeRelativeClick(bool down);
-    void btnTimeDeltaClick(bool down);
-    void TogglePinLabels();
-    // Grid lines.
-    void actShowAllGridLinesExecute();
-    void actShowHorizontalGridLinesExecute();
-    void actShowVerticalGridLinesExecute();
-    void actShowNoGridLinesExecute();
-    void SetWaveformFill(bool on);
-    // Scrolling.
-    void btnScrollTop();
-    void btnScrollEnd();
-    void btnGotoBottomClick() { btnScrollEnd(); }
+    // Views 1 (vertical), 3 (data only) and 4 (dump); any other number, such
+    // as the horizontal view 2 that does not exist, leaves the view as it is
+    // and emits viewUnavailable.
+    void selectView(int view);
+    // Character mode ASCII 1 .. BIN 6 (in the dump view 3..6 set the numeric columns).
+    void setCharMode(int mode);
+    // The control-character overlays: caret notation, mnemonics, none.
+    void setCaretOverlay(bool on);
+    void setMnemonicOverlay(bool on);
+    void clearOverlay();
+    // Time column: absolute, or relative / delta while on (absolute when off).
+    void setTimeAbsolute();
+    void setTimeRelative(bool on);
+    void setTimeDelta(bool on);
+    // Circuit names (D1, D2, ...) or pin names (Tx, Rx, ...) in the headers.
+    void toggleNaming();
+    void setGridLines(GridLines lines);
+    void setWaveformFill(bool on);
+    // The top or the end of the recording; the end follows a running one.
+    void scrollToTop();
+    void scrollToEnd();
     void GotoMp(std::int64_t mp); // puts MP mp into the top row
     // Display hold and following the newest MPs.
     void SetHold(bool on);
@@ -111,9 +102,11 @@ public slots:
     // Repaint helpers.
     void ClearGrid();
     void RedrawGrid();
-    void btnResetGrid();
+    // First cell, no horizontal scroll, layout measured again.
+    void resetView();
     void RefreshStatusLine();
-    void actCopyExecute();
+    // The copy item: sets the text property only (the grid copies nothing).
+    void copyCell();
     // The language changed: headers, status line and menu texts again.
     void InitialLoads();
     // Modes were changed from outside (settings loaded): re-apply everything.
@@ -132,6 +125,8 @@ signals:
     void recordCountChanged(qint64 count);
     void followEndChanged(bool on);
     void viewChanged(int view);
+    // A view that does not exist was asked for (the window tells the user).
+    void viewUnavailable(int view);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -143,15 +138,19 @@ protected:
 
 private:
     friend class RedrawThread;
-    // Steps the redraw thread runs on this (GUI) thread.
-    void LivePassBegin(int &rows, int &cols);
-    void LiveGauge(int phase);
-    void LiveFetchCellRect(int col, int row);
-    void LiveDrawCurrentCell();
+    // One pass of the redraw thread, on this (GUI) thread.
+    void LiveShow(const PassRequest &pass);
+    void LiveGauge(int gauge, const std::vector<MpRecord> &newest);
+    // Takes the newest MPs and paints the rows that changed.
+    void LiveFollow(std::vector<MpRecord> newest);
 
     void ApplyLayout();
     void ScrollBar1Change();     // scroll position moved: fetch and measure
-    void TakeNewest();           // following a recording: the live buffer's newest MPs, the last page
+    // Following a recording: the newest MPs, the last page. True when they
+    // came from the live buffer (rows already painted stay valid), false when
+    // the page had to be read from the file.
+    bool TakeNewest(std::vector<MpRecord> newest);
+    void UpdateRows(int first, int last);
     void SetPosition(std::int64_t pos);
     void UpdateScrollBar();
     void EnsureFetched();
@@ -163,6 +162,7 @@ private:
     [[nodiscard]] GridFrame Frame() const;
     void DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &rect);
     void PaintHeaderCell(QPainter &p, int col, const QRect &rect);
+    [[nodiscard]] QColor RowBack(int row) const;
     [[nodiscard]] int ColumnAt(int x) const;
     void AfterModeChange();
     [[nodiscard]] int Lang() const;
@@ -186,14 +186,12 @@ private:
     QStringList status_;
     QString text_;
     QString error_;
-    Prompter *prompter_ = nullptr;
     QFont textFont_;
     QMenu *popup_ = nullptr;
     QAction *actCopy_ = nullptr;
     std::unique_ptr<TimeTextFormatter> times_;
     LiveSource *live_ = nullptr;
     std::unique_ptr<RedrawThread> redraw_;
-    QRect liveCellRect_;
     bool cleared_ = false;
 };
 

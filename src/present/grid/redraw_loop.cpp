@@ -1,20 +1,55 @@
 #include "present/grid/redraw_loop.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "present/grid/live_source.h"
 
 namespace kestrel::grid {
 
-RedrawLoop::RedrawLoop(LiveSource &source, RedrawTarget &target, Sync sync, Sleep sleep)
-    : source_(source), target_(target), sync_(std::move(sync)), sleep_(std::move(sleep))
-{
-}
-
 std::string ProgressText(int count)
 {
     const std::string_view all(kProgressTemplate);
-    return std::string(all.substr(0, static_cast<std::size_t>(count)));
+    return std::string(all.substr(0, static_cast<std::size_t>(std::clamp(count, 0, kProgressSteps))));
+}
+
+void PassRequest::Merge(const PassRequest &later)
+{
+    gauges |= later.gauges;
+    if (later.progress != 0)
+        progress = later.progress;
+    grid = grid || later.grid;
+}
+
+bool PassMailbox::Put(const PassRequest &pass)
+{
+    std::lock_guard lock(mutex_);
+    if (pending_) {
+        pending_->Merge(pass);
+        ++merged_;
+        return false;
+    }
+    pending_ = pass;
+    return true;
+}
+
+std::optional<PassRequest> PassMailbox::Take()
+{
+    std::lock_guard lock(mutex_);
+    std::optional<PassRequest> out;
+    out.swap(pending_);
+    return out;
+}
+
+int PassMailbox::merged() const
+{
+    std::lock_guard lock(mutex_);
+    return merged_;
+}
+
+RedrawLoop::RedrawLoop(LiveSource &source, RedrawTarget &target, Sleep sleep)
+    : source_(source), target_(target), sleep_(std::move(sleep))
+{
 }
 
 void RedrawLoop::Run(const std::atomic<bool> &stop)
@@ -28,77 +63,36 @@ void RedrawLoop::Run(const std::atomic<bool> &stop)
 bool RedrawLoop::Step()
 {
     const std::uint32_t written = source_.WrittenMpCount();
-    const std::uint32_t d = written - lastSeen_;
-    if (d == 0 && !repass_) {
-        sleep_(kIdleSleep);
-        return true;
+    if (written != lastSeen_) {
+        // The pass counts as seen only what it read here: MPs written while
+        // it runs make the next poll pass again.
+        lastSeen_ = written;
+        if (!Pass())
+            return false;
     }
-    burstSize_ = d <= static_cast<std::uint32_t>(mpsPerRow.load()) ? 40 : 35;
-    // The pass counts as seen only what it read at its start (and at its
-    // cell checks); MPs written while it ran, even during its very last
-    // wait, get the next pass instead of being counted as shown.
-    lastSeen_ = written;
-    return Pass();
-}
-
-bool RedrawLoop::Wait()
-{
-    source_.WaitReceive(kReceiveWait);
+    sleep_(kIdleSleep);
     return true;
 }
 
 bool RedrawLoop::Pass()
 {
-    Wait();
+    // A burst being recorded right now is let through first, so that the
+    // GUI thread does not take it half written.
+    source_.WaitReceive(kReceiveWait);
 
+    PassRequest pass;
     // One gauge per pass, in rotation.
-    Wait();
-    const int phase = gaugePhase_;
-    if (!sync_([&] { target_.RepaintGauge(phase); }))
-        return false;
-    gaugePhase_ = (gaugePhase_ + 1) % 3;
-
+    pass.gauges = 1u << gaugePhase_;
+    gaugePhase_ = (gaugePhase_ + 1) % kGaugeCount;
     if (hold.load()) {
-        Wait();
         progressCount_ = progressCount_ % kProgressSteps + 1;
-        const std::string text = ProgressText(progressCount_);
-        return sync_([&] {
-            target_.SetProgressText(text);
-            target_.RefreshStatusLine();
-        });
+        pass.progress = progressCount_;
+    } else {
+        pass.grid = true;
     }
-
-    // The grid takes its data at the counter read here; a cell is drawn only
-    // while no newer MP has arrived, so nothing is drawn from stale data.
-    repass_ = false;
-    int rows = 0, cols = 0;
-    const std::uint32_t seen = source_.WrittenMpCount();
-    if (!sync_([&] { target_.BeginPass(rows, cols); }))
+    if (!target_.Post(pass))
         return false;
-    lastSeen_ = seen;
-    for (int row = 1; row < rows; ++row) {
-        for (int col = 0; col < cols; ++col) {
-            Wait();
-            if (!sync_([&] { target_.FetchCellRect(col, row); }))
-                return false;
-            Wait();
-            if (source_.WrittenMpCount() == lastSeen_) {
-                if (!sync_([&] {
-                        target_.DrawCurrentCell();
-                        target_.RefreshStatusLine();
-                    }))
-                    return false;
-                ++cellsDrawn_;
-            } else {
-                lastSeen_ = source_.WrittenMpCount();
-                ++cellsSkipped_;
-                // Cells left undrawn get a pass of their own even if no
-                // further MP arrives; in Qt they would otherwise stay stale.
-                repass_ = true;
-            }
-        }
-    }
-    Wait();
+    ++passes_;
     return true;
 }
 

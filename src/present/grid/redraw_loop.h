@@ -1,79 +1,97 @@
 #pragma once
-// The redraw worker's logic, free of any toolkit: it watches the written-MP
-// counter and, after new MPs, has the GUI thread repaint one gauge and then
-// the grid cell by cell; while the display is held it only animates a
-// progress text. Every step that touches the window goes through sync, which
-// runs the step on the GUI thread and returns false once the worker is asked
-// to stop. The worker itself never touches a widget.
+// The redraw worker's logic, free of any toolkit: it polls the written-MP
+// counter every 20 ms and, after new MPs, hands one pass over to the GUI
+// thread: take the newest MPs, repaint the grid rows that changed, one line
+// gauge in rotation and the status line; while the display is held only the
+// gauge and a progress text. The hand-off is posted, not waited for, and
+// passes the GUI thread has not taken yet merge into one (PassMailbox), so a
+// busy GUI thread never builds up a backlog. The worker never touches a widget.
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <mutex>
+#include <optional>
 #include <string>
 
 namespace kestrel::grid {
 
 class LiveSource;
 
-// Steps the worker has the GUI thread run (each inside sync).
+// What one pass asks of the GUI thread. The grid takes the newest MPs there
+// are when the pass runs there, so it never shows fewer than the pass saw.
+struct PassRequest {
+    unsigned gauges = 0;  // bit g: repaint gauge g (0 load actual, 1 load peak, 2 quality)
+    int progress = 0;     // held display: bars of the progress text (1..30); 0 none
+    bool grid = false;    // take the newest MPs and repaint the rows that changed
+
+    // A later pass folded into this one, still waiting for the GUI thread.
+    void Merge(const PassRequest &later);
+    friend bool operator==(const PassRequest &, const PassRequest &) = default;
+};
+
+// Where the worker leaves passes for the GUI thread. Put tells whether a
+// hand-off has to be queued (the box was empty); passes put while one is
+// queued merge into it. Take empties the box on the GUI thread.
+class PassMailbox {
+public:
+    [[nodiscard]] bool Put(const PassRequest &pass);
+    [[nodiscard]] std::optional<PassRequest> Take();
+    // Passes merged into one already waiting (the GUI thread was behind).
+    [[nodiscard]] int merged() const;
+
+private:
+    mutable std::mutex mutex_;
+    std::optional<PassRequest> pending_;
+    int merged_ = 0;
+};
+
+// The worker's way to the GUI thread.
 class RedrawTarget {
 public:
     virtual ~RedrawTarget() = default;
-    // Takes the newest MPs into the grid's buffer and reports the grid size.
-    virtual void BeginPass(int &rowCount, int &colCount) = 0;
-    virtual void RepaintGauge(int phase) = 0; // 0 load actual, 1 load peak, 2 quality
-    virtual void FetchCellRect(int col, int row) = 0;
-    virtual void DrawCurrentCell() = 0;
-    virtual void RefreshStatusLine() = 0;
-    virtual void SetProgressText(const std::string &text) = 0;
+    // Hands the pass over without waiting for it to run. False once the
+    // worker is asked to stop.
+    virtual bool Post(const PassRequest &pass) = 0;
 };
 
 inline constexpr std::chrono::milliseconds kIdleSleep{20};
 inline constexpr std::chrono::milliseconds kReceiveWait{10};
 inline constexpr int kProgressSteps = 30;
+inline constexpr int kGaugeCount = 3;
 // One blank and 35 bars; a held display shows its first 1..30 characters.
 inline constexpr const char *kProgressTemplate = " |||||||||||||||||||||||||||||||||||";
 
 class RedrawLoop {
 public:
-    using Sync = std::function<bool(const std::function<void()> &)>;
     using Sleep = std::function<void(std::chrono::milliseconds)>;
 
-    RedrawLoop(LiveSource &source, RedrawTarget &target, Sync sync, Sleep sleep);
+    RedrawLoop(LiveSource &source, RedrawTarget &target, Sleep sleep);
 
-    // The thread body: loops until stop is set.
+    // The thread body: loops until stop is set or a hand-off is refused.
     void Run(const std::atomic<bool> &stop);
-    // One turn of the loop: a redraw pass when the counter moved, else the
-    // idle sleep. False when a synchronised step was refused (stopping).
+    // One poll of the counter: a pass when it moved, then the poll interval.
+    // False when the hand-off was refused (stopping).
     bool Step();
 
     std::atomic<bool> hold{false};
-    std::atomic<int> mpsPerRow{1};
 
     [[nodiscard]] std::uint32_t lastSeen() const { return lastSeen_; }
     [[nodiscard]] int gaugePhase() const { return gaugePhase_; }
     [[nodiscard]] int progressCount() const { return progressCount_; }
-    [[nodiscard]] int cellsDrawn() const { return cellsDrawn_; }
-    [[nodiscard]] int cellsSkipped() const { return cellsSkipped_; }
-    // 40 after a small change (at most one grid row of MPs), 35 after a larger one.
-    [[nodiscard]] std::uint8_t burstSize() const { return burstSize_; }
+    [[nodiscard]] long passes() const { return passes_; }
 
 private:
     bool Pass();
-    bool Wait();
 
     LiveSource &source_;
     RedrawTarget &target_;
-    Sync sync_;
     Sleep sleep_;
     std::uint32_t lastSeen_ = 0;
     int gaugePhase_ = 0;
     int progressCount_ = 0;
-    int cellsDrawn_ = 0;
-    int cellsSkipped_ = 0;
-    std::uint8_t burstSize_ = 0;
-    bool repass_ = false;
+    long passes_ = 0;
 };
 
 // The text a held display shows after count passes (1..30).

@@ -1,13 +1,11 @@
 #pragma once
 // The redraw thread: runs the redraw loop on a thread of its own and carries
-// each of its drawing steps over to the grid's (GUI) thread, one at a time,
-// waiting for it to finish. A stop request wakes any such wait, so ending the
-// thread never deadlocks against a GUI thread that waits for the join.
+// its passes over to the grid's (GUI) thread, one queued call per pass at
+// most, never waiting for it. Ending the thread only waits for the loop's
+// current poll (at most one receive wait and one poll interval).
 
 #include <atomic>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <thread>
 
 #include "present/grid/redraw_loop.h"
@@ -28,24 +26,20 @@ public:
     [[nodiscard]] bool running() const { return thread_.joinable(); }
 
     void SetHold(bool on) { loop_.hold = on; }
-    void SetMpsPerRow(int n) { loop_.mpsPerRow = n; }
-    [[nodiscard]] const RedrawLoop &loop() const { return loop_; }
 
-    // RedrawTarget (called on the GUI thread).
-    void BeginPass(int &rowCount, int &colCount) override;
-    void RepaintGauge(int phase) override;
-    void FetchCellRect(int col, int row) override;
-    void DrawCurrentCell() override;
-    void RefreshStatusLine() override;
-    void SetProgressText(const std::string &text) override;
+    // RedrawTarget (called on the worker).
+    bool Post(const PassRequest &pass) override;
 
 private:
-    bool RunOnGuiThread(const std::function<void()> &step);
+    // Shared with hand-offs still queued on the GUI thread after a stop.
+    struct Shared {
+        std::atomic<bool> stop{false};
+        PassMailbox mailbox;
+    };
 
     RecordGrid &grid_;
     RedrawLoop loop_;
-    // Shared with steps still queued on the GUI thread after a stop.
-    std::shared_ptr<std::atomic<bool>> stop_ = std::make_shared<std::atomic<bool>>(false);
+    std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
     std::thread thread_;
 };
 

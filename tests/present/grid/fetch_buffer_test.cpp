@@ -66,7 +66,8 @@ TEST(FetchBuffer, ShortReadZeroesTheRestAndClearsValid)
     EXPECT_EQ(buf.filled(), 10u); // the torn 51st record does not count
     EXPECT_EQ(buf.Slot(9).number, 49u);
     const MpRecord zero{};
-    EXPECT_EQ(buf.Slot(10), zero);
+    for (int i = 10; i < 50; ++i) // everything the first fetch held past the short one
+        ASSERT_EQ(buf.Slot(i), zero) << i;
     EXPECT_FALSE(base.has_value());
     EXPECT_EQ(buf.lastReadBytes(), 10u * kMpSize);
 

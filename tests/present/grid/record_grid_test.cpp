@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QGuiApplication>
+#include <QPaintEvent>
+#include <QScreen>
 #include <QImage>
 #include <QKeyEvent>
 #include <QScrollBar>
@@ -17,9 +20,9 @@
 #include <unistd.h>
 
 #include "present/grid/live_source.h"
+#include "present/grid/redraw_loop.h"
 #include "present/grid/record_grid.h"
 #include "base/string_table.h"
-#include "support/scripted_prompter.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
@@ -188,15 +191,15 @@ TEST_F(GridFixture, KeysAtTheEdgesOfARecording)
     grid->SetFollowEnd(true);
     Press(grid, Qt::Key_PageDown);
     EXPECT_EQ(grid->position(), 0);
-    grid->btnScrollEnd();
+    grid->scrollToEnd();
     EXPECT_EQ(grid->position(), end);
     const int rowBefore = grid->currentRow();
     ASSERT_GT(rowBefore, 1);
-    grid->btnScrollTop();
+    grid->scrollToTop();
     EXPECT_EQ(grid->position(), end);
     EXPECT_EQ(grid->currentRow(), rowBefore);
     grid->SetFollowEnd(false);
-    grid->btnScrollTop();
+    grid->scrollToTop();
     EXPECT_EQ(grid->position(), 0);
     EXPECT_EQ(grid->currentRow(), 1);
 
@@ -208,35 +211,36 @@ TEST_F(GridFixture, ViewSwitchingAndModeButtons)
 {
     ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(WriteRecording(dir, 2000))));
     QSignalSpy overlay(grid, &RecordGrid::overlayButtonsChanged);
-    grid->btnViewDataDumpClick();
+    grid->selectView(kViewDataDump);
     EXPECT_EQ(grid->colCount(), 35);
 
-    grid->btnViewVerticalClick();
-    grid->btnCharModeClick(3); // HEX in the vertical view disables both overlay buttons
+    grid->selectView(kViewVertical);
+    grid->setCharMode(3); // HEX in the vertical view disables both overlay buttons
     ASSERT_FALSE(overlay.isEmpty());
     EXPECT_EQ(overlay.last().value(0).toBool(), false);
     EXPECT_EQ(overlay.last().value(1).toBool(), false);
-    grid->btnViewDataDumpClick(); // the dump remembers ASCII
+    grid->selectView(kViewDataDump); // the dump remembers ASCII
     EXPECT_EQ(grid->modes().charMode(), 1);
-    grid->btnViewVerticalClick();
+    grid->selectView(kViewVertical);
     EXPECT_EQ(grid->modes().charMode(), 3);
 
-    // The horizontal view does not exist: a box, and the view stays.
-    test::ScriptedPrompter prompter;
-    grid->setPrompter(&prompter);
-    grid->btnViewHorizontalClick();
-    ASSERT_EQ(prompter.asked.size(), 1u);
-    EXPECT_EQ(prompter.asked[0].title, "Titel");
+    // The horizontal view does not exist: the grid says so, and the view stays.
+    QSignalSpy unavailable(grid, &RecordGrid::viewUnavailable);
+    QSignalSpy changed(grid, &RecordGrid::viewChanged);
+    grid->selectView(kViewHorizontal);
+    ASSERT_EQ(unavailable.size(), 1);
+    EXPECT_EQ(unavailable[0].value(0).toInt(), kViewHorizontal);
+    EXPECT_TRUE(changed.isEmpty());
     EXPECT_EQ(grid->modes().view(), kViewVertical);
 
-    grid->actCopyExecute();
+    grid->copyCell();
     EXPECT_EQ(grid->text(), QString::fromUtf8("Kopieren im Popup-Menü gedrückt!!! (OnExecute)"));
 }
 
 TEST_F(GridFixture, RenderedImageShowsMarksWaveformsAndErrors)
 {
     ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(WriteRecording(dir, 12))));
-    grid->SetWaveformFill(true);
+    grid->setWaveformFill(true);
     QApplication::processEvents();
     QImage img = grid->viewport()->grab().toImage();
     ASSERT_FALSE(img.isNull());
@@ -251,7 +255,7 @@ TEST_F(GridFixture, RenderedImageShowsMarksWaveformsAndErrors)
     EXPECT_EQ(CountPixels(img, grid->CellRect(12, 3), red), 0);
 
     // Without fill the high band stays empty; ClearGrid blanks every data row.
-    grid->SetWaveformFill(false);
+    grid->setWaveformFill(false);
     QApplication::processEvents();
     img = grid->viewport()->grab().toImage();
     EXPECT_EQ(CountPixels(img, grid->CellRect(5, 3), silver), 0);
@@ -311,6 +315,140 @@ TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
     EXPECT_FALSE(grid->isRedrawRunning());
     EXPECT_FALSE(grid->followEnd());
     QApplication::processEvents(); // steps queued before the stop are dropped harmlessly
+}
+
+namespace {
+
+// What the viewport has painted since the last clear.
+struct PaintLog : QObject {
+    QRegion painted;
+    int paints = 0;
+    bool eventFilter(QObject *, QEvent *e) override
+    {
+        if (e->type() == QEvent::Paint) {
+            painted += static_cast<QPaintEvent *>(e)->region();
+            ++paints;
+        }
+        return false;
+    }
+};
+
+// The viewport as the window shows it (the backing store, which keeps
+// pixels moved by scroll()), and as a paint from scratch shows it.
+QImage OnScreen(QWidget &window, RecordGrid *grid)
+{
+    const QPoint at = grid->viewport()->mapTo(&window, QPoint(0, 0));
+    const QSize size = grid->viewport()->size();
+    return QGuiApplication::primaryScreen()
+        ->grabWindow(window.winId(), at.x(), at.y(), size.width(), size.height())
+        .toImage()
+        .convertToFormat(QImage::Format_RGB32);
+}
+QImage Fresh(RecordGrid *grid) { return grid->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32); }
+
+int Area(const QRegion &r)
+{
+    int a = 0;
+    for (const QRect &rect : r)
+        a += rect.width() * rect.height();
+    return a;
+}
+
+} // namespace
+
+TEST_F(GridFixture, LivePassesPaintTheNewRowsAndLeaveNothingStale)
+{
+    std::mutex m;
+    std::vector<MpRecord> store;
+    std::atomic<std::uint32_t> written{0};
+    std::atomic<std::size_t> keep{0};
+    FunctionLiveSource source(
+        [&] { return written.load(); }, [](std::chrono::milliseconds) { return true; },
+        [&] {
+            std::lock_guard lock(m);
+            const std::size_t n = std::min(store.size(), keep.load());
+            return std::vector<MpRecord>(store.end() - static_cast<std::ptrdiff_t>(n), store.end());
+        },
+        [&](std::size_t n) { keep = n; });
+    auto push = [&](std::uint32_t n) {
+        std::lock_guard lock(m);
+        for (std::uint32_t i = 0; i < n; ++i) {
+            MpRecord mp = CraftedMp(static_cast<std::uint32_t>(store.size()), 1'000'000);
+            // S2 changes every other MP: the waveform of the newest row
+            // changes when the MP after it comes.
+            mp.s2 = (mp.number / 2) % 2;
+            store.push_back(mp);
+        }
+        written += n;
+    };
+    // Every paint the window asked for is done.
+    auto settle = [&](std::int64_t count) {
+        EXPECT_TRUE(WaitFor([&] { return grid->recordCount() == count; })) << count;
+        for (int i = 0; i < 5; ++i) {
+            QApplication::processEvents();
+            std::this_thread::sleep_for(std::chrono::milliseconds(kIdleSleep.count() + 5));
+        }
+        QApplication::processEvents();
+    };
+    PaintLog log;
+    grid->viewport()->installEventFilter(&log);
+    grid->StartRedraw(&source);
+    // Shorter than a page: the new MPs fill rows below the old ones.
+    push(4);
+    settle(4);
+    EXPECT_EQ(OnScreen(window, grid), Fresh(grid));
+    push(3);
+    settle(7);
+    EXPECT_EQ(OnScreen(window, grid), Fresh(grid));
+    push(193);
+    settle(200);
+    EXPECT_EQ(OnScreen(window, grid), Fresh(grid));
+
+    const int rowBytes = grid->viewport()->width() * kRowHeight;
+    std::int64_t count = 200;
+    for (const std::uint32_t added : {1u, 3u, 7u}) {
+        log.painted = {};
+        log.paints = 0;
+        push(added);
+        count += added;
+        settle(count);
+        // The new rows and the row before them are painted (rows moved up
+        // keep their pixels), plus the current cell's row; not the page.
+        EXPECT_GE(log.paints, 1) << added;
+        EXPECT_GE(Area(log.painted), static_cast<int>(added) * rowBytes) << added;
+        EXPECT_LE(Area(log.painted), static_cast<int>(added + 3) * rowBytes) << added;
+        // And what the window shows is what a paint from scratch shows.
+        ASSERT_EQ(OnScreen(window, grid), Fresh(grid)) << added;
+    }
+
+    // Many MPs at once, bursts while the GUI thread is busy, another view
+    // and a moved current cell: still nothing stale on screen.
+    grid->selectView(kViewDataDump);
+    for (int burst = 0; burst < 20; ++burst) {
+        push(37);
+        if (burst % 4 == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(25)); // passes pile up: merged
+        QApplication::processEvents();
+    }
+    count += 20 * 37;
+    settle(count);
+    EXPECT_EQ(OnScreen(window, grid), Fresh(grid));
+    grid->selectView(kViewVertical);
+    Press(grid, Qt::Key_Down);
+    Press(grid, Qt::Key_Down);
+    for (int burst = 0; burst < 10; ++burst) {
+        push(2);
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        QApplication::processEvents();
+    }
+    count += 20;
+    settle(count);
+    EXPECT_EQ(OnScreen(window, grid), Fresh(grid));
+    // The newest MP is in the bottom row.
+    EXPECT_NE(grid->fetchBuffer().Mp(static_cast<std::uint64_t>(count - 1)), nullptr);
+    EXPECT_EQ(grid->position() + grid->rowCount() - 1, count - 1);
+    grid->StopRedraw();
+    grid->viewport()->removeEventFilter(&log);
 }
 
 #include "record/clock.h"
@@ -385,7 +523,7 @@ TEST_F(GridFixture, AWiderPageDuringARecordingFillsFromTheFile)
     ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(path)));
     grid->StartRedraw(&source);
     ASSERT_GT(keep, 0u);
-    grid->btnViewDataOnlyClick();
+    grid->selectView(kViewDataOnly);
     ASSERT_GT(grid->largeChange(), static_cast<std::int64_t>(keep));
     EXPECT_EQ(grid->position(), count - grid->largeChange() - 1);
     // Every MP of the page is there, the first as much as the last.
@@ -436,11 +574,11 @@ TEST_F(GridFixture, RandomBytesPaintWithoutHarm)
     ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(path)));
     EXPECT_EQ(grid->recordCount(), 700);
     for (int view : {kViewVertical, kViewDataOnly, kViewDataDump}) {
-        grid->SelectView(view);
+        grid->selectView(view);
         for (int mode : {1, 2, 6}) {
-            grid->btnCharModeClick(mode);
+            grid->setCharMode(mode);
             grid->modes().SetTimeMode(mode % 3);
-            grid->btnScrollEnd();
+            grid->scrollToEnd();
             EXPECT_FALSE(grid->viewport()->grab().isNull());
             EXPECT_FALSE(grid->statusLine().isEmpty());
         }
