@@ -26,12 +26,12 @@
 #include "app/main_form.h"
 #include "record/record_reader.h"
 #include "capture/recording_session.h"
+#include "full_speed_line.h"
 #include "ports/sim_port.h"
 
 namespace {
 
-constexpr int kChunk = 16;       // bytes per hand-over, as a UART FIFO
-constexpr int kBlock = 1024;     // bytes per direction and pass
+constexpr int kChunk = kestrel::bench::kFullSpeedChunk;
 constexpr int kTickMs = 10;
 
 // User plus system time of this process so far, in seconds.
@@ -43,16 +43,6 @@ double processCpuSeconds()
     return sec(u.ru_utime) + sec(u.ru_stime);
 }
 
-std::string hexBytes(int offset)
-{
-    std::string s;
-    for (int i = 0; i < kBlock; ++i) {
-        char b[4];
-        std::snprintf(b, sizeof b, "%02X ", (i + offset) & 0xFF);
-        s += b;
-    }
-    return s;
-}
 
 } // namespace
 
@@ -73,9 +63,7 @@ int main(int argc, char **argv)
     const std::string scenario = (dir / "full-speed.ksc").string();
     {
         std::ofstream f(scenario);
-        f << "baud 921600\nchunk " << kChunk << "\nloop\n"
-          << "b " << hexBytes(0) << "\n"
-          << "& a " << hexBytes(128) << "\n";
+        f << kestrel::bench::FullSpeedScenario();
     }
 
     kestrel::MainFormOptions o;

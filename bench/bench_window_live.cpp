@@ -36,14 +36,14 @@
 #include <unistd.h>
 #include <vector>
 
+#include "full_speed_line.h"
+
 #ifndef KESTREL_PROGRAM
 #define KESTREL_PROGRAM ""
 #endif
 
 namespace {
 
-constexpr int kChunk = 16;
-constexpr int kBlock = 1024;
 constexpr const char *kUnderX = "--under-xvfb";
 
 using Clock = std::chrono::steady_clock;
@@ -54,16 +54,6 @@ struct Options {
     std::string kestrel = KESTREL_PROGRAM;
 };
 
-std::string hexBytes(int offset)
-{
-    std::string s;
-    for (int i = 0; i < kBlock; ++i) {
-        char b[4];
-        std::snprintf(b, sizeof b, "%02X ", (i + offset) & 0xFF);
-        s += b;
-    }
-    return s;
-}
 
 // utime + stime of a process in clock ticks, fields 14 and 15 of its stat
 // line (counted after the command name, which may hold blanks).
@@ -221,9 +211,7 @@ int underX(const Options &o)
     const std::string scenario = (dir / "full-speed.ksc").string();
     {
         std::ofstream f(scenario);
-        f << "baud 921600\nchunk " << kChunk << "\nloop\n"
-          << "b " << hexBytes(0) << "\n"
-          << "& a " << hexBytes(128) << "\n";
+        f << kestrel::bench::FullSpeedScenario();
     }
     bool ok = true;
     std::printf("window_seconds: %.1f s\n", o.seconds);
