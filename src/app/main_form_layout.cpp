@@ -408,6 +408,9 @@ int TFormMain::statusTextWidth(const QLabel *panel, const QString &text)
 
 void TFormMain::fitStatusPanel(QLabel *panel, const QString &text)
 {
+    // Every live pass refreshes the status line; an unchanged text costs no layout.
+    if (panel->text() == text)
+        return;
     // Grow only: a panel that jumps back and forth with every row would make the bar dance.
     panel->setText(text);
     const int need = statusTextWidth(panel, text);
