@@ -342,17 +342,3 @@ TEST_F(RecorderFixture, RandomButtonPressesKeepTheFileWellFormedAndLoseNoByte)
     for (std::size_t i = 2; i < m.size(); ++i)
         ASSERT_EQ(m[i], i % 2 == 0 ? SystemMark::Stopped : SystemMark::Appended) << "mark " << i;
 }
-
-TEST(RecordModeQuestion, YesReplacesNoAppendsAnythingElseCancels)
-{
-    const std::pair<int, int> cases[] = {{MsgResult::Yes, RecordMode::Replace}, {MsgResult::No, RecordMode::Append},
-                                         {MsgResult::Cancel, RecordMode::None}, {MsgResult::UnlistedOk, RecordMode::None}};
-    for (const auto &[answer, mode] : cases) {
-        test::ScriptedPrompter prompter;
-        prompter.answerNext(answer);
-        EXPECT_EQ(AskRecordMode(prompter), mode) << answer;
-        ASSERT_EQ(prompter.asked.size(), 1u);
-        EXPECT_EQ(prompter.asked[0].buttons, Buttons::YesNoCancel);
-        EXPECT_EQ(prompter.asked[0].text.rfind(StrIn(3010, GlobalLang()), 0), 0u);
-    }
-}
