@@ -240,6 +240,8 @@ TEST_F(CliFixture, BadInvocationsSayWhyAndExitNonZero)
     EXPECT_EQ(run({"record", sim, "-o", ksr, "--duration", "0.2"}), 2);
     EXPECT_NE(output().find("--append or --replace"), std::string::npos);
     EXPECT_EQ(summary().mpCount, before.mpCount);
+    ASSERT_EQ(run({"record", sim, "-o", ksr, "--replace", "--duration", "0.2"}), 0) << output();
+    EXPECT_EQ(systemMarks(summary()), (std::vector<int>{0, 6, 5})); // a fresh file, not appended
 }
 
 TEST_F(CliFixture, RealPortsRecordEveryByteAndStopWhenUnplugged)

@@ -247,6 +247,7 @@ TEST_F(RecorderFixture, TriggerControlledStartWritesNothingUntilTriggersOpenTheG
     EXPECT_EQ(fileRecords().size(), 2u);
     EXPECT_EQ(rec.WriteTriggerMark(0, 1, 12), 0); // the start trigger fires
     rec.captureEnabled = true;
+    dataByte('n'); // no trigger group armed yet: still nothing
     rec.triggerStates.stopGroupArmed = true;
     dataByte('y');
     rec.stop();
