@@ -26,20 +26,7 @@ public:
         open = openSucceeds;
         return open ? Result::Ok() : Result::Fail(2010, "\n\n/dev/ttyUSB9\nbusy");
     }
-    void closeAfterRecording() override
-    {
-        drain();
-        calls.push_back("close");
-        open = false;
-    }
-    void armStatusTriggers() override { calls.push_back("arm"); }
-    void forgetStatusTriggers() override { calls.push_back("forget"); }
-    void readModemStatus() override
-    {
-        store_.pending().m1 = dsr;
-        store_.pending().m5 = dcd;
-    }
-    void drain()
+    void closeAfterRecording() override // what the ports still hold is recorded, then they close
     {
         for (std::uint8_t b : queued) {
             store_.pending().d2 = b;
@@ -48,6 +35,13 @@ public:
             store_.pending().clearData();
         }
         queued.clear();
+        calls.push_back("close");
+        open = false;
+    }
+    void armStatusTriggers() override { calls.push_back("arm"); }
+    void readModemStatus() override
+    {
+        store_.pending().m1 = dsr;
     }
     [[nodiscard]] int count(const std::string &what) const
     {
@@ -56,7 +50,7 @@ public:
 
     bool openSucceeds = true;
     bool open = false;
-    std::uint8_t dsr = 1, dcd = 0;
+    std::uint8_t dsr = 1;
     std::vector<std::uint8_t> queued;
     std::vector<std::string> calls;
 
@@ -66,13 +60,7 @@ private:
 
 class CountingView final : public RecorderView {
 public:
-    void SetRecordOnControls() override {}
-    void SetRecordOffControls() override {}
-    void setModeText(const std::string &) override {}
-    void startRedrawThread() override {}
-    void stopRedrawThread() override {}
     void setRecordButtons(bool down) override { recDown = down; }
-    void refreshSizeLabel(const std::string &) override {}
     void setStatusLights(bool hold, bool recording) override { lights.push_back({hold, recording}); }
     std::vector<std::pair<bool, bool>> lights;
     bool recDown = false;
