@@ -129,7 +129,7 @@ TEST(SearchLoop, ErrorCriteriaHoldOnOnePortsTripleOnly)
 TEST(DataSearch, APartialMatchDoesNotStepOverTheEnd)
 {
     RecordingBuilder c(45000.0, 0.001, false);
-    c.d1('A').d1('x');
+    c.d1('A').d1('x').d1('A').d1('B'); // a match past the end must stay unseen
     Fixture g(c);
     SearchRequest r;
     r.criteria = data({'A', 'B'}, true, false);
