@@ -6,18 +6,6 @@
 
 using namespace kestrel;
 
-TEST(ButtonResult, FollowsTheButtonSet)
-{
-    struct Case {
-        int buttons, index, result;
-    } cases[] = {{Buttons::Ok, 2, MsgResult::Ok},          {Buttons::YesNoCancel, 2, MsgResult::No},
-                 {Buttons::YesNoCancel, 3, MsgResult::Cancel}, {Buttons::YesNo, 3, MsgResult::No},
-                 {Buttons::YesNo, 2, MsgResult::None}, // btn2 is hidden in a yes/no box
-                 {1, 2, MsgResult::UnlistedOk}};
-    for (const auto &c : cases)
-        EXPECT_EQ(ButtonResult(c.buttons, c.index), c.result) << c.buttons << " " << c.index;
-}
-
 TEST(ErrorReport, OrdinaryAndDetailedReportsInTheirLanguage)
 {
     SetGlobalLang(kLangEnglish);
