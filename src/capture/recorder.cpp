@@ -16,8 +16,6 @@ constexpr auto kUnloadWait = std::chrono::milliseconds(500);
 constexpr int kTitleFile = 3000;
 constexpr int kTitlePort = 2000;
 constexpr int kTitleInformation = 203;
-constexpr int kTitleConfirmation = 204;
-constexpr int kMsgFileExists = 3010;
 constexpr int kMsgOpenFailed = 3001;
 constexpr int kMsgCreateFailed = 3002;
 constexpr int kMsgDeleteFailed = 3003;
@@ -29,24 +27,6 @@ constexpr int kMsgTornTailCut = 7100;
 constexpr int kMsgPortLost = 7101;
 
 } // namespace
-
-int RecordModeFromAnswer(int msgResult)
-{
-    switch (msgResult) {
-    case MsgResult::Yes:
-        return RecordMode::Replace;
-    case MsgResult::No:
-        return RecordMode::Append;
-    default:
-        return RecordMode::None;
-    }
-}
-
-int AskRecordMode(Prompter &prompter)
-{
-    return RecordModeFromAnswer(
-        prompter.ShowMessage(Str(kTitleConfirmation), Str(kMsgFileExists), Buttons::YesNoCancel, Icon::Confirmation));
-}
 
 Recorder::Recorder(RecordStore &store, RecordFile &file, RecorderPorts &ports, Reporter &reporter)
     : store_(store), file_(file), ports_(ports), reporter_(reporter),

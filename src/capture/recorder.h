@@ -27,10 +27,6 @@ inline constexpr int Replace = 2;
 inline constexpr int New = 3; // the file did not exist
 } // namespace RecordMode
 
-// The existing-file question (3010): Yes replaces, No appends, Cancel records nothing.
-[[nodiscard]] int RecordModeFromAnswer(int msgResult);
-[[nodiscard]] int AskRecordMode(Prompter &prompter);
-
 // The three trigger-started states that open the gate of a trigger-controlled
 // recording; trigger evaluation sets and clears them.
 struct TriggerGateStates {

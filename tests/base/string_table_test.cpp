@@ -4,36 +4,19 @@
 
 using namespace kestrel;
 
-namespace {
-struct LangGuard {
-    ~LangGuard() { SetGlobalLang(kLangGerman); }
-};
-} // namespace
-
-TEST(StringTable, LanguageOffsetIsAddedAtEveryLookup)
+TEST(StringTable, LanguageOffsetEscapesAndMissingNumbers)
 {
-    LangGuard guard;
-    SetGlobalLang(kLangGerman);
-    EXPECT_EQ(Str(3001), "Fehler beim Öffnen der Aufzeichnungsdatei!");
     SetGlobalLang(kLangEnglish);
     EXPECT_EQ(Str(3001), "Error opening record file!");
     EXPECT_EQ(*FindStr(13001), "Error opening record file!");
-    // Any other offset falls back to German rather than reading a foreign range.
-    SetGlobalLang(5000);
+    SetGlobalLang(5000); // any other offset falls back to German rather than reading a foreign range
     EXPECT_EQ(GlobalLang(), kLangGerman);
-}
+    EXPECT_EQ(Str(3001), "Fehler beim Öffnen der Aufzeichnungsdatei!");
 
-TEST(StringTable, EscapesBecomeControlCharacters)
-{
     EXPECT_EQ(StrIn(4276, kLangEnglish), "ERROR:\t: ");
     const std::string s = StrIn(2053, kLangGerman);
     EXPECT_NE(s.find("Kestrel. \n\nEine"), std::string::npos);
     EXPECT_EQ(s.back(), '\n');
-}
-
-TEST(StringTable, MissingNumberGivesVisibleMarker)
-{
-    LangGuard guard;
     EXPECT_EQ(StrIn(9999, kLangGerman), "[#9999]");
     EXPECT_EQ(StrIn(9999, kLangEnglish), "[#19999]");
     EXPECT_FALSE(FindStr(-5).has_value());
@@ -44,8 +27,7 @@ TEST(StringTable, EveryEntryExistsInBothLanguages)
     int pairs = 0;
     for (int n = 0; n < kLangEnglish; ++n) {
         const bool de = FindStr(n).has_value();
-        const bool en = FindStr(n + kLangEnglish).has_value();
-        EXPECT_EQ(de, en) << n;
+        EXPECT_EQ(de, FindStr(n + kLangEnglish).has_value()) << n;
         if (de) {
             EXPECT_FALSE(FindStr(n)->empty()) << n;
             ++pairs;
@@ -57,11 +39,9 @@ TEST(StringTable, EveryEntryExistsInBothLanguages)
 TEST(StringTable, LineParserRejectsMalformedLines)
 {
     StringTableEntry e;
-    EXPECT_FALSE(ParseStringTableLine("# comment", e));
-    EXPECT_FALSE(ParseStringTableLine("", e));
-    EXPECT_FALSE(ParseStringTableLine("12x\tA\tB", e));
-    EXPECT_FALSE(ParseStringTableLine("10000\tA\tB", e)); // English numbers are derived, never stored
-    EXPECT_FALSE(ParseStringTableLine("no tab here", e));
+    // English numbers are derived, never stored.
+    for (const char *bad : {"# comment", "", "12x\tA\tB", "10000\tA\tB", "no tab here"})
+        EXPECT_FALSE(ParseStringTableLine(bad, e)) << bad;
     ASSERT_TRUE(ParseStringTableLine("7\tEins\\\\Zwei\tOne\r", e));
     EXPECT_EQ(e.number, 7);
     EXPECT_EQ(e.german, "Eins\\Zwei");

@@ -112,27 +112,6 @@ struct CliFixture : ::testing::Test {
 
 } // namespace
 
-TEST_F(CliFixture, RecordThenAppendIsOneSoundRecording)
-{
-    ASSERT_EQ(run({"record", "--simulate", "-o", ksr, "--duration", "1"}), 0) << output();
-    const RecordingSummary first = summary();
-    EXPECT_TRUE(first.sound());
-    EXPECT_EQ(systemMarks(first), (std::vector<int>{0, 6, 5}));
-    EXPECT_GT(data(first), 0u);
-
-    ASSERT_EQ(run({"record", "--simulate", "-o", ksr, "--append", "--duration", "1", "--baud", "19200",
-                   "--parity", "E", "--data-bits", "7", "--stop-bits", "2"}),
-              0)
-        << output();
-    const RecordingSummary both = summary();
-    EXPECT_TRUE(both.sound()) << both.numberGaps << " " << both.timeBackwards << " " << both.counterMismatches;
-    EXPECT_EQ(systemMarks(both), (std::vector<int>{0, 6, 5, 4, 5}));
-    EXPECT_GT(data(both), data(first));
-
-    ASSERT_EQ(run({"info", ksr}), 0);
-    EXPECT_NE(output().find("checks:        ok"), std::string::npos) << output();
-}
-
 TEST_F(CliFixture, CtrlCStopsWithTheStopMark)
 {
     const pid_t pid = startCli({"record", "--simulate", "-o", ksr, "--replace"}, out);
@@ -160,13 +139,20 @@ TEST_F(CliFixture, KilledRecordingIsReadableAndAppendContinuesWithoutGap)
     EXPECT_EQ(run({"info", ksr}), 0);
     EXPECT_NE(output().find("torn tail:     37 bytes"), std::string::npos) << output();
 
-    ASSERT_EQ(run({"record", "--simulate", "-o", ksr, "--append", "--duration", "0.3"}), 0) << output();
+    // Appended with other line settings: one sound recording, numbers, counters and time going on.
+    ASSERT_EQ(run({"record", "--simulate", "-o", ksr, "--append", "--duration", "0.3", "--baud", "19200", "--parity",
+                   "E", "--data-bits", "7", "--stop-bits", "2"}),
+              0)
+        << output();
     EXPECT_NE(output().find("incomplete record"), std::string::npos) << output();
     const RecordingSummary s = summary();
-    EXPECT_TRUE(s.sound());
+    EXPECT_TRUE(s.sound()) << s.numberGaps << " " << s.timeBackwards << " " << s.counterMismatches;
     EXPECT_EQ(s.tornBytes, 0u);
     EXPECT_EQ(systemMarks(s), (std::vector<int>{0, 6, 4, 5}));
     EXPECT_EQ(s.marks[2].mp, killed.mpCount);
+    EXPECT_GT(data(s), data(killed));
+    ASSERT_EQ(run({"info", ksr}), 0);
+    EXPECT_NE(output().find("checks:        ok"), std::string::npos) << output();
 }
 
 TEST_F(CliFixture, FileSizeLimitIsReportedLikeAFullDiskAndKeepsWholeRecords)
@@ -240,6 +226,8 @@ TEST_F(CliFixture, BadInvocationsSayWhyAndExitNonZero)
     EXPECT_EQ(run({"record", sim, "-o", ksr, "--duration", "0.2"}), 2);
     EXPECT_NE(output().find("--append or --replace"), std::string::npos);
     EXPECT_EQ(summary().mpCount, before.mpCount);
+    ASSERT_EQ(run({"record", sim, "-o", ksr, "--replace", "--duration", "0.2"}), 0) << output();
+    EXPECT_EQ(systemMarks(summary()), (std::vector<int>{0, 6, 5})); // a fresh file, not appended
 }
 
 TEST_F(CliFixture, RealPortsRecordEveryByteAndStopWhenUnplugged)

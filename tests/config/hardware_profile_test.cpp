@@ -87,46 +87,35 @@ protected:
     test::ScriptedPrompter prompter;
 };
 
-TEST_F(ConfirmProfile, ANewNameCreatesTheFileWithoutAsking)
+TEST_F(ConfirmProfile, ANewNameIsWrittenAtOnceAnExistingOneOnlyOnYes)
 {
-    const auto r = ConfirmHardwareProfile(prompter, dir.path(), "new.ksh", Sample(), kInUse);
-    EXPECT_EQ(r.outcome, ProfileConfirmOutcome::Written);
-    EXPECT_TRUE(r.createdNew);
-    EXPECT_TRUE(prompter.asked.empty());
-    EXPECT_EQ(r.profileList, (std::vector<std::string>{"new.ksh"}));
+    auto confirm = [&](const char *name, const HardwareProfile &p) {
+        return ConfirmHardwareProfile(prompter, dir.path(), name, p, kInUse);
+    };
+    const auto r = confirm("new.ksh", Sample());
+    EXPECT_TRUE(r.outcome == ProfileConfirmOutcome::Written && r.createdNew);
     EXPECT_EQ(ReadHardwareProfile(ProfilePath(dir.path(), "new.ksh"), kInUse), Sample());
-
     // A name typed without the extension gets it, so that the list offers it next time.
-    const auto typed = ConfirmHardwareProfile(prompter, dir.path(), "bench cable", Sample(), kInUse);
-    EXPECT_EQ(typed.outcome, ProfileConfirmOutcome::Written);
+    const auto typed = confirm("bench cable", Sample());
     EXPECT_EQ(typed.profileName, "bench cable.ksh");
     EXPECT_EQ(typed.profileList, (std::vector<std::string>{"bench cable.ksh", "new.ksh"}));
     EXPECT_FALSE(std::filesystem::exists(ProfilePath(dir.path(), "bench cable")));
-    // The same name again is the existing file now: the question comes.
-    prompter.answerNext(MsgResult::No);
-    EXPECT_EQ(ConfirmHardwareProfile(prompter, dir.path(), "bench cable", Sample(), kInUse).outcome,
-              ProfileConfirmOutcome::Declined);
-}
+    EXPECT_TRUE(prompter.asked.empty());
 
-TEST_F(ConfirmProfile, AnExistingFileIsOverwrittenOnlyOnYes)
-{
-    HardwareProfile onDisk = Sample();
-    onDisk.Name = "as saved";
-    ASSERT_TRUE(WriteHardwareProfile(onDisk, ProfilePath(dir.path(), "y.ksh")).ok());
-
+    // The same name again is the existing file now: No keeps it and shows it again, Yes writes.
+    HardwareProfile changed = Sample();
+    changed.Name = "changed";
     prompter.answerNext(MsgResult::No);
-    const auto kept = ConfirmHardwareProfile(prompter, dir.path(), "y.ksh", Sample(), kInUse);
+    const auto kept = confirm("bench cable", changed);
     EXPECT_EQ(kept.outcome, ProfileConfirmOutcome::Declined);
-    EXPECT_EQ(kept.profile.Name, "as saved"); // the fields show the file again
+    EXPECT_EQ(kept.profile.Name, Sample().Name);
     ASSERT_EQ(prompter.asked.size(), 1u);
     EXPECT_EQ(prompter.asked[0].title, "CONFIRMATION");
-    EXPECT_EQ(ReadHardwareProfile(ProfilePath(dir.path(), "y.ksh"), kInUse).Name, "as saved");
-
+    EXPECT_EQ(ReadHardwareProfile(ProfilePath(dir.path(), "bench cable.ksh"), kInUse), Sample());
     prompter.answerNext(MsgResult::Yes);
-    const auto written = ConfirmHardwareProfile(prompter, dir.path(), "y.ksh", Sample(), kInUse);
-    EXPECT_EQ(written.outcome, ProfileConfirmOutcome::Written);
-    EXPECT_FALSE(written.createdNew);
-    EXPECT_EQ(ReadHardwareProfile(ProfilePath(dir.path(), "y.ksh"), kInUse), Sample());
+    const auto written = confirm("bench cable", changed);
+    EXPECT_TRUE(written.outcome == ProfileConfirmOutcome::Written && !written.createdNew);
+    EXPECT_EQ(ReadHardwareProfile(ProfilePath(dir.path(), "bench cable.ksh"), kInUse), changed);
 }
 
 TEST_F(ConfirmProfile, FailuresAreResultsForTheDialogToShow)

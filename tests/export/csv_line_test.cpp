@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "export/csv_line.h"
-#include "present/mark_text.h"
 #include "only_columns.h"
 
 using namespace kestrel;
@@ -51,28 +50,6 @@ TEST(CsvLine, FrameCharacterInATextFieldIsDoubled)
     std::string framed;
     AppendFramed(framed, "a'b", '\'');
     EXPECT_EQ(framed, "'a''b'");
-}
-
-TEST(CsvLine, MarkTextsInBothLanguages)
-{
-    struct Case {
-        std::uint8_t code, kind, extra;
-        const char *en, *de;
-    } cases[] = {
-        {0, 99, 0, "", ""},
-        {2, 2, 17, "T_17.2.stop", "T_17.2.stopp"},
-        {3, 4, 1, "T_1.4.detected", "T_1.4.erkannt"},
-        {7, 0, 0, "", ""},
-        {200, 1, 1, "", ""},
-    };
-    for (const auto &c : cases) {
-        MpRecord mp;
-        mp.markCode = c.code;
-        mp.markKind = c.kind;
-        mp.markExtra = c.extra;
-        EXPECT_EQ(MarkText(mp, kLangEnglish), c.en) << int(c.code);
-        EXPECT_EQ(MarkText(mp, kLangGerman), c.de) << int(c.code);
-    }
 }
 
 TEST(CsvLine, RelativeBaseIsTakenWhenMpOneIsExported)

@@ -82,9 +82,7 @@ TEST(ExportRun, RejectsRangesOutsideTheRecording)
         StringSink sink;
         ExportTimeState t(TimeLocale::Fixed());
         const ExportResult res = RunExport(r.reader, o, bad, sink, t);
-        EXPECT_EQ(res.status, ExportStatus::BadRange);
-        EXPECT_FALSE(res.error.empty());
-        EXPECT_TRUE(sink.data.empty());
+        EXPECT_TRUE(res.status == ExportStatus::BadRange && !res.error.empty() && sink.data.empty());
     }
 }
 
@@ -132,14 +130,11 @@ TEST(ExportRun, ProgressEveryIntervalAndStopFlag)
     ExportOptions o;
     std::atomic<bool> stop{false};
     std::vector<int> seen;
-    ExportHooks hooks;
-    hooks.pumpInterval = 2500;
-    hooks.stop = &stop;
-    hooks.progress = [&](int p) {
-        seen.push_back(p);
-        if (seen.size() == 3)
-            stop = true;
-    };
+    const ExportHooks hooks{[&](int p) {
+                                seen.push_back(p);
+                                stop = seen.size() == 3;
+                            },
+                            &stop, 2500};
     StringSink sink;
     ExportTimeState t(TimeLocale::Fixed());
     const ExportResult res = RunExport(r.reader, o, FullRange(r.reader), sink, t, hooks);

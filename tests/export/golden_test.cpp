@@ -59,7 +59,8 @@ void PrintTo(const GoldenCase &c, std::ostream *os) { *os << c.file; }
 
 class GoldenExport : public ::testing::TestWithParam<GoldenCase> {};
 
-ExportOptions opts(int lang, int mode, char sep = ';', char frame = '"', int naming = 0)
+// narrow: the frame and separator matrix, a few columns that show framing and escaping.
+ExportOptions opts(int lang, int mode, char sep = ';', char frame = '"', int naming = 0, bool narrow = false)
 {
     ExportOptions o;
     o.langOffset = lang;
@@ -67,16 +68,9 @@ ExportOptions opts(int lang, int mode, char sep = ';', char frame = '"', int nam
     o.separator = sep;
     o.frame = frame;
     o.naming = naming;
-    return o;
-}
-
-ExportOptions narrow(char sep, char frame)
-{
-    // Frame and separator matrix: a few columns that show framing and escaping.
-    ExportOptions o = opts(kLangEnglish, 0, sep, frame);
-    ExportColumns c;
-    c.timestamp = c.dec = c.oct = c.bin = c.s1 = c.m1 = c.s2 = c.m2 = c.m5 = c.m3 = false;
-    o.columns = c;
+    if (narrow)
+        o.columns.timestamp = o.columns.dec = o.columns.oct = o.columns.bin = o.columns.s1 = o.columns.m1 =
+            o.columns.s2 = o.columns.m2 = o.columns.m5 = o.columns.m3 = false;
     return o;
 }
 
@@ -97,9 +91,9 @@ std::vector<GoldenCase> cases()
         {"all_de_absolute_rs232.csv", opts(kLangGerman, 0, ';', '"', 1)},
         {"all_de_relative.csv", opts(kLangGerman, 1)},
         {"raw_d2_only.dat", rawD2()},
-        {"frame_double_sep_comma.csv", narrow(',', '"')},
-        {"frame_single_sep_space.csv", narrow(' ', '\'')},
-        {"frame_none_sep_tab.csv", narrow('\t', kNoFrame)},
+        {"frame_double_sep_comma.csv", opts(kLangEnglish, 0, ',', '"', 0, true)},
+        {"frame_single_sep_space.csv", opts(kLangEnglish, 0, ' ', '\'', 0, true)},
+        {"frame_none_sep_tab.csv", opts(kLangEnglish, 0, '\t', kNoFrame, 0, true)},
     };
 }
 

@@ -74,11 +74,16 @@ struct TermiosFixture : ::testing::Test {
 TEST_F(TermiosFixture, RawReceiveOnlySettingsAreApplied)
 {
     // Pseudo-terminals always run 8 data bits and drop parity, so only what they keep is checked here.
+    termios t = slaveTermios(); // what another program left on the line must not stay
+    t.c_cflag |= HUPCL;
+    t.c_iflag |= ICRNL | IXON;
+    t.c_lflag |= ICANON | ECHO;
+    ASSERT_EQ(tcsetattr(slaveFd, TCSANOW, &t), 0);
     PortSettings s;
     s.baud = 19200;
     s.stopBits = StopBits::Two;
     openPort(s);
-    termios t = slaveTermios();
+    t = slaveTermios();
     EXPECT_EQ(cfgetispeed(&t), static_cast<speed_t>(B19200));
     EXPECT_FALSE(t.c_cflag & HUPCL) << "closing must not drop DTR/RTS";
     EXPECT_TRUE(t.c_iflag & PARMRK);

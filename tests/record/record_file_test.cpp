@@ -2,7 +2,6 @@
 
 #include <fstream>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "record/record_file.h"
 #include "record/record_paths.h"
@@ -20,28 +19,29 @@ std::uint64_t sizeOf(const std::string &path)
     return ::stat(path.c_str(), &st) == 0 ? static_cast<std::uint64_t>(st.st_size) : 0;
 }
 
-MpBytes recordBytes(std::uint32_t number)
-{
-    MpRecord mp;
-    mp.number = number;
-    return EncodeMp(mp);
-}
-
 } // namespace
 
-TEST(RecordFile, HandlesCountOpeningsAndReadMpNByOffset)
+TEST(RecordFile, AppendLandsAtTheEndAndTheViewSeesItAtOnce)
 {
     test::TempDir dir;
     RecordFile f;
-    f.setPath(dir.file("two.ksr"));
-    RecordingBuilder::writeNumbered(f.path(), 2);
+    f.setPath(dir.file("ten.ksr"));
+    RecordingBuilder::writeNumbered(f.path(), 10);
     ASSERT_TRUE(f.open(RecordHandle::View));
     ASSERT_TRUE(f.open(RecordHandle::Record));
-    EXPECT_EQ(f.recordCount(), 2u);
+    f.seekToEnd();
+    EXPECT_EQ(f.writePosition(), 800u);
     MpRecord mp;
-    EXPECT_TRUE(f.readRecord(1, mp));
-    EXPECT_EQ(mp.number, 1u);
-    EXPECT_FALSE(f.readRecord(2, mp)); // 160 bytes: MP 2 reads short
+    mp.number = 10;
+    const MpBytes b = EncodeMp(mp);
+    ASSERT_EQ(f.appendRecords(b.data(), b.size()), kMpSize);
+    ASSERT_TRUE(f.view().read(10, mp)); // the other handle, no reopening
+    EXPECT_EQ(mp.number, 10u);
+    EXPECT_EQ(f.view().recordCount(), 11u);
+    ASSERT_TRUE(f.readRecord(9, mp));
+    EXPECT_EQ(mp.number, 9u);
+    EXPECT_FALSE(f.readRecord(11, mp));
+
     f.close(RecordHandle::Record);
     f.close(RecordHandle::Record); // closing twice does not count twice
     EXPECT_EQ(f.openCount(RecordHandle::Record), 0);
@@ -63,24 +63,6 @@ TEST(RecordFile, OnlyOneRecorderWritesAFileWhileReadersGoOn)
     EXPECT_TRUE(second.open(RecordHandle::Record));
 }
 
-TEST(RecordFile, AppendLandsAtTheEndAndTheViewSeesItAtOnce)
-{
-    test::TempDir dir;
-    RecordFile f;
-    f.setPath(dir.file("ten.ksr"));
-    RecordingBuilder::writeNumbered(f.path(), 10);
-    ASSERT_TRUE(f.open(RecordHandle::View));
-    ASSERT_TRUE(f.open(RecordHandle::Record));
-    f.seekToEnd();
-    EXPECT_EQ(f.writePosition(), 800u);
-    const MpBytes b = recordBytes(10);
-    ASSERT_EQ(f.appendRecords(b.data(), b.size()), kMpSize);
-    MpRecord mp;
-    ASSERT_TRUE(f.view().read(10, mp)); // the other handle, no reopening
-    EXPECT_EQ(mp.number, 10u);
-    EXPECT_EQ(f.view().recordCount(), 11u);
-}
-
 TEST(RecordFile, TornTailIsReadableAndCutBeforeAppending)
 {
     test::TempDir dir;
@@ -89,16 +71,11 @@ TEST(RecordFile, TornTailIsReadableAndCutBeforeAppending)
     RecordingBuilder::writeNumbered(f.path(), 7, 45);
     ASSERT_TRUE(f.open(RecordHandle::Record));
     EXPECT_EQ(f.recordCount(), 7u);
-    MpRecord last;
-    ASSERT_TRUE(f.readLastRecord(last));
-    EXPECT_EQ(last.number, 6u);
-    EXPECT_EQ(f.cutTornTail(), 45u);
-    f.seekToEnd();
-    const MpBytes b = recordBytes(7);
-    ASSERT_EQ(f.appendRecords(b.data(), b.size()), kMpSize);
     MpRecord mp;
-    ASSERT_TRUE(f.readRecord(7, mp));
-    EXPECT_EQ(mp.number, 7u);
+    ASSERT_TRUE(f.readLastRecord(mp));
+    EXPECT_EQ(mp.number, 6u);
+    EXPECT_EQ(f.cutTornTail(), 45u);
+    EXPECT_EQ(sizeOf(f.path()), 560u);
 
     // Should the tail stay (it could not be cut), the end is still that of the last whole record.
     f.close(RecordHandle::Record);
@@ -106,23 +83,15 @@ TEST(RecordFile, TornTailIsReadableAndCutBeforeAppending)
     ASSERT_TRUE(f.open(RecordHandle::Record));
     f.seekToEnd();
     EXPECT_EQ(f.writePosition(), 240u);
+    const MpBytes b = EncodeMp(mp);
     ASSERT_EQ(f.appendRecords(b.data(), b.size()), kMpSize);
     EXPECT_EQ(sizeOf(f.path()), 320u);
 }
 
-TEST(RecordPaths, SizeLabelShiftsByTenBits)
+TEST(RecordPaths, SizeLabelAndWhereBareNamesGo)
 {
-    const std::pair<std::uint64_t, const char *> cases[] = {
-        {0, "f.ksr   [  0 KB ]"},
-        {5000, "f.ksr   [  4 KB ]"},
-        {(1ull << 40) + 5, "f.ksr   [  1073741824 KB ]"},
-    };
-    for (const auto &[size, label] : cases)
-        EXPECT_EQ(RecordSizeLabel("f.ksr", size), label) << size;
-}
-
-TEST(RecordPaths, NamesWithoutAFolderGoIntoRecordings)
-{
+    EXPECT_EQ(RecordSizeLabel("f.ksr", 5000), "f.ksr   [  4 KB ]");
+    EXPECT_EQ(RecordSizeLabel("f.ksr", (1ull << 40) + 5), "f.ksr   [  1073741824 KB ]");
     EXPECT_EQ(ResolveRecordPath("x.ksr", "/data").path, "/data/recordings/x.ksr");
     EXPECT_EQ(ResolveRecordPath("", "/data").path, "/data/recordings/Default.ksr");
     EXPECT_EQ(ResolveRecordPath("sub/x.ksr", "/data").path, "sub/x.ksr");

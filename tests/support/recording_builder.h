@@ -1,11 +1,7 @@
 #pragma once
-// Builds crafted recordings for tests: a list of MPs, numbered in order and
-// stamped from a start time, written with EncodeMp as a record file would be.
-//
-//   RecordingBuilder b(start);            // MP 0 and MP 1 are the system marks 0 and 6
-//   b.d1(0x41).gap(0.5).d2(0x42);           // data on D1, then D2 half a second later
-//   b.level(0, 1).d1(0x43);                 // S1 high from here on
-//   b.write(path);
+// Builds crafted recordings for tests: MPs numbered in order, stamped from a start
+// time, written with EncodeMp as a record file would be. MP 0 and MP 1 are the system
+// marks 0 and 6 unless systemMarks is false:  b.d1(0x41).gap(0.5).level(0, 1).d2(0x42);
 
 #include <cstdint>
 #include <fstream>
@@ -46,20 +42,8 @@ public:
         last().d1Valid = 1;
         return *this;
     }
-    RecordingBuilder &d2(std::uint8_t b)
-    {
-        plain();
-        last().d2 = b;
-        last().d2Valid = 1;
-        return *this;
-    }
-    RecordingBuilder &both(std::uint8_t b1, std::uint8_t b2)
-    {
-        d1(b1);
-        last().d2 = b2;
-        last().d2Valid = 1;
-        return *this;
-    }
+    RecordingBuilder &d2(std::uint8_t b) { return plain().withD2(b); }
+    RecordingBuilder &both(std::uint8_t b1, std::uint8_t b2) { return d1(b1).withD2(b2); }
     // Appends a mark MP (trigger marks: code 1..3, kind = event, extra = trigger number).
     RecordingBuilder &mark(std::uint8_t code, std::uint8_t kind, std::uint8_t extra)
     {
@@ -84,7 +68,6 @@ public:
 
     MpRecord &last() { return mps_.back(); }
     [[nodiscard]] const std::vector<MpRecord> &mps() const { return mps_; }
-    [[nodiscard]] std::size_t size() const { return mps_.size(); }
 
     // Writes the file; extraBytes adds a torn tail that is not a whole record.
     void write(const std::string &path, std::size_t extraBytes = 0) const
@@ -112,6 +95,13 @@ public:
     }
 
 private:
+    RecordingBuilder &withD2(std::uint8_t b)
+    {
+        last().d2 = b;
+        last().d2Valid = 1;
+        return *this;
+    }
+
     std::vector<MpRecord> mps_;
     MpRecord levels_;
     double start_;

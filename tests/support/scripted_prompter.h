@@ -26,10 +26,9 @@ public:
     int ShowMessage(const std::string &title, const std::string &text, int buttons, int icon) override
     {
         asked.push_back({title, text, buttons, icon});
-        if (script_.empty())
-            return defaultAnswer_;
-        const int r = script_.front();
-        script_.pop_front();
+        const int r = script_.empty() ? defaultAnswer_ : script_.front();
+        if (!script_.empty())
+            script_.pop_front();
         return r;
     }
     void NormalizeTopMosts() override { ++normalized; }
