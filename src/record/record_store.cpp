@@ -138,7 +138,7 @@ std::uint8_t RecordStore::quality() const
     const std::uint64_t data = counts_[0] + counts_[1];
     if (errors >= data)
         return 0;
-    // Integer arithmetic: (1 - 3/100) * 100 in floating point is not always 97.
+    // Whole numbers: (1 - 9/10) * 100 in floating point is 9.999..., which truncates to 9.
     if (data < (UINT64_MAX / 100))
         return static_cast<std::uint8_t>((data - errors) * 100 / data);
     return static_cast<std::uint8_t>((data - errors) / (data / 100));
