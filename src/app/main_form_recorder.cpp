@@ -22,6 +22,7 @@
 #include "ports/port_scan.h"
 #include "ports/sim_port.h"
 #include "record/record_paths.h"
+#include "record/recording_check.h"
 #include "record/record_store.h"
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
@@ -51,6 +52,12 @@ void TFormMain::createSession(const MainFormOptions &options)
     Recorder &recorder = session_->recorder();
     recorder.setView(this);
     recorder.setDataDir(dataFolder_);
+    recorder.setForeignFileQuestion([this](const std::string &path, const RecordingCheck &found) {
+        const QString text = QString::fromStdString(Str(7104))
+                                 .arg(QString::fromStdString(path), QString::fromStdString(NotRecordingText(found)));
+        return prompter_->ShowMessage(Str(3000), text.toStdString(), Buttons::YesNoDefaultNo, Icon::Warning) ==
+               MsgResult::Yes;
+    });
     if (options.skipUnloadDelay)
         recorder.setDelay([](std::chrono::milliseconds) {});
 }
@@ -76,12 +83,13 @@ int TFormMain::chooseRecordMode()
         return RecordMode::Append;
     if (replace->isChecked())
         return RecordMode::Replace;
-    // Neither button is down: ask, but only when there is data to keep or lose.
-    const ResolvedRecordPath target = ResolveRecordPath(recordFile(), dataFolder_);
-    std::error_code ec;
-    const auto size = std::filesystem::file_size(target.path, ec);
-    if (ec || size < kMpSize)
-        return RecordMode::None; // the recorder replaces an empty file and creates a missing one
+    // Neither button is down: ask, but only when there is a recording to keep or lose.
+    // The recorder creates a missing file, replaces an empty one, and asks itself
+    // before it replaces a file that is not a recording.
+    RecordReader reader;
+    if (!reader.open(ResolveRecordPath(recordFile(), dataFolder_).path) ||
+        !CheckRecording(reader, CheckDepth::Writable).isRecording())
+        return RecordMode::None;
     return confirmRecordMode_->ask();
 }
 

@@ -43,7 +43,8 @@ int negativeAnswer(int buttons)
     // Closing the box without a button counts as its most cautious answer.
     switch (buttons) {
     case Buttons::YesNoCancel: return MsgResult::Cancel;
-    case Buttons::YesNo: return MsgResult::No;
+    case Buttons::YesNo:
+    case Buttons::YesNoDefaultNo: return MsgResult::No;
     default: return ButtonResult(buttons, 2);
     }
 }
@@ -162,11 +163,12 @@ int TMessageForm::ShowMessage(const std::string &title, const std::string &text,
         btn1->setDefault(true);
         break;
     case Buttons::YesNo:
+    case Buttons::YesNoDefaultNo:
         btn1->setText(qs(Str(6007)));
         btn3->setText(qs(Str(6008)));
         btn1->show();
         btn3->show();
-        btn1->setDefault(true);
+        (buttons == Buttons::YesNo ? btn1 : btn3)->setDefault(true);
         break;
     default:
         btn2->setText(qs(Str(6006)));

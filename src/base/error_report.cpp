@@ -19,6 +19,7 @@ int ButtonResult(int buttons, int buttonIndex)
              : buttonIndex == 3 ? MsgResult::Cancel
                                 : MsgResult::None;
     case Buttons::YesNo:
+    case Buttons::YesNoDefaultNo:
         return buttonIndex == 1 ? MsgResult::Yes : buttonIndex == 3 ? MsgResult::No : MsgResult::None;
     default:
         // Unlisted sets show a single OK that answers -1; callers only test for Yes.

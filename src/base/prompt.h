@@ -12,6 +12,7 @@ namespace Buttons {
 inline constexpr int Ok = 0;          // "OK"
 inline constexpr int YesNoCancel = 3; // "Ja", "Nein", "Abbrechen"
 inline constexpr int YesNo = 4;       // "Ja", "Nein"
+inline constexpr int YesNoDefaultNo = 5; // "Ja", "Nein" with "Nein" the default: a question that risks data
 } // namespace Buttons
 
 // Icon kinds, numbered as the platform's message-dialog types.

@@ -18,13 +18,15 @@ constexpr int kTitlePort = 2000;
 constexpr int kTitleInformation = 203;
 constexpr int kMsgOpenFailed = 3001;
 constexpr int kMsgCreateFailed = 3002;
-constexpr int kMsgDeleteFailed = 3003;
 constexpr int kMsgWriteFailed = 3020;
 constexpr int kMsgMonitorMode = 4273;
 constexpr int kMsgExamineMode = 4274;
 constexpr int kMsgReadingPending = 8167;
 constexpr int kMsgTornTailCut = 7100;
 constexpr int kMsgPortLost = 7101;
+constexpr int kMsgNotARecording = 7103;
+constexpr int kMsgSpaceLow = 7109;
+constexpr std::uint64_t kSpaceCheckBytes = 256 * 1024;
 
 } // namespace
 
@@ -65,6 +67,35 @@ void Recorder::reportFile(int messageNumber, const std::string &reason, int line
     if (!reason.empty())
         detail += "\n" + reason;
     reporter_.report(kTitleFile, Result::Fail(messageNumber, std::move(detail)), {"Recorder", line});
+}
+
+std::string NotRecordingText(const RecordingCheck &found)
+{
+    switch (found.problem) {
+    case RecordingProblem::TooShort:
+        return Str(7105);
+    case RecordingProblem::Numbering:
+        return Str(7106);
+    case RecordingProblem::NoOpeningMark:
+        return Str(7107);
+    case RecordingProblem::BadTime:
+        return Str(7108);
+    case RecordingProblem::None:
+        break;
+    }
+    return {};
+}
+
+bool Recorder::askReplaceForeign(const RecordingCheck &found)
+{
+    if (replaceForeign_ && replaceForeign_(file_.path(), found))
+        return true;
+    qCInfo(lcCapture) << "left alone:" << file_.path().c_str() << "is not a recording";
+    if (!replaceForeign_) // nobody to ask: say why nothing is recorded
+        reporter_.report(kTitleFile,
+                         Result::Fail(kMsgNotARecording, "\n\n" + file_.path() + "\n" + NotRecordingText(found)),
+                         {"Recorder", __LINE__});
+    return false;
 }
 
 int Recorder::failLoad(int messageNumber, const Result &why, int line)
@@ -170,51 +201,39 @@ int Recorder::LoadRecorder()
         std::filesystem::create_directories(DefaultRecordFolder(dataDir_), ec);
     }
 
-    if (file_.exists()) {
-        if (Result r = file_.open(RecordHandle::Record); !r)
-            return failLoad(kMsgOpenFailed, r, __LINE__);
-        // A file without a whole record holds no data: replace it without asking.
-        if (file_.recordCount() == 0)
-            recordMode_ = RecordMode::Replace;
-        else if (appendReplace_ == RecordMode::Append || appendReplace_ == RecordMode::Replace)
-            recordMode_ = appendReplace_;
-        else
-            recordMode_ = RecordMode::None;
-        if (recordMode_ == RecordMode::None) {
-            file_.close(RecordHandle::Record);
-            return recordMode_;
-        }
-    } else {
-        recordMode_ = RecordMode::New;
+    // The lock comes first: what the file holds is judged, and the file emptied or
+    // appended to, only while no other recorder can be writing it.
+    const bool existed = file_.exists();
+    if (Result r = file_.lockForRecording(); !r)
+        return failLoad(existed ? kMsgOpenFailed : kMsgCreateFailed, r, __LINE__);
+    const RecordingCheck found = file_.checkLocked();
+    switch (found.kind) {
+    case RecordingKind::Empty: // holds no data: nothing to keep or lose
+        recordMode_ = existed ? RecordMode::Replace : RecordMode::New;
+        break;
+    case RecordingKind::Recording:
+        recordMode_ = appendReplace_ == RecordMode::Append || appendReplace_ == RecordMode::Replace
+                          ? appendReplace_
+                          : RecordMode::None;
+        break;
+    case RecordingKind::NotRecording: // not ours: replaced only on the user's explicit yes, never appended to
+        recordMode_ = askReplaceForeign(found) ? RecordMode::Replace : RecordMode::None;
+        break;
+    }
+    if (recordMode_ == RecordMode::None) {
+        file_.close(RecordHandle::Record);
+        return recordMode_;
     }
 
-    switch (recordMode_) {
-    case RecordMode::Append:
-        if (!file_.isOpen(RecordHandle::Record))
-            if (Result r = file_.open(RecordHandle::Record); !r)
-                return failLoad(kMsgOpenFailed, r, __LINE__);
-        break;
-    case RecordMode::Replace:
+    if (recordMode_ != RecordMode::Append) {
         file_.close(RecordHandle::View);
-        file_.close(RecordHandle::Record);
         view_->resetViewToStart();
-        if (Result r = file_.removeFile(); !r)
-            return failLoad(kMsgDeleteFailed, r, __LINE__);
-        if (Result r = file_.create(RecordHandle::Record); !r)
+        if (Result r = file_.emptyLocked(); !r)
             return failLoad(kMsgCreateFailed, r, __LINE__);
-        if (Result r = file_.open(RecordHandle::View); !r)
-            return failLoad(kMsgOpenFailed, r, __LINE__);
+        if (Result r = file_.open(RecordHandle::View); !r && recordMode_ == RecordMode::Replace)
+            return failLoad(kMsgOpenFailed, r, __LINE__); // a new file records without a view
         store_.ResetComEvent();
         store_.ResetCounters();
-        break;
-    default: // new file
-        if (Result r = file_.create(RecordHandle::Record); !r)
-            return failLoad(kMsgCreateFailed, r, __LINE__);
-        if (!file_.isOpen(RecordHandle::View))
-            (void)file_.open(RecordHandle::View); // readers only; recording does not need it
-        store_.ResetComEvent();
-        store_.ResetCounters();
-        break;
     }
     SetRecordOnControls();
 
@@ -328,7 +347,29 @@ int Recorder::recordEvent(std::uint16_t burst)
         return WriteResult::WriteFailed; // no recording: nothing to report
     const int r = store_.RecordComEvent(burst);
     noteWrite(r);
+    // A fast line fills a disk quicker than once a second: look every 256 KB too.
+    writtenSinceSpaceCheck_ += kMpSize;
+    if (writtenSinceSpaceCheck_ >= kSpaceCheckBytes)
+        watchFreeSpace();
     return r;
+}
+
+void Recorder::watchFreeSpace()
+{
+    writtenSinceSpaceCheck_ = 0;
+    if (!loaded() || writeFailed_)
+        return;
+    const std::optional<std::uint64_t> free = freeSpace_ ? freeSpace_() : file_.freeSpace();
+    if (!free || *free >= kSpaceReserve)
+        return;
+    // Stop while the stop mark still fits, rather than run into a write that fails.
+    writeFailed_ = true;
+    qCInfo(lcCapture) << "only" << *free << "bytes free beside" << file_.path().c_str() << "- stopping";
+    post_([this, free = *free] {
+        reportFile(kMsgWriteFailed, Str(kMsgSpaceLow) + " " + std::to_string(free >> 10) + " KB", __LINE__);
+        if (loaded())
+            stop();
+    });
 }
 
 int Recorder::WriteTriggerMark(std::uint8_t t, std::uint8_t a, std::uint8_t b)

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "base/prompt.h"
@@ -35,6 +36,9 @@ struct TriggerGateStates {
     bool timeGroupArmed = false;
 };
 
+// Why a file is not a recording, in the program's language.
+[[nodiscard]] std::string NotRecordingText(const RecordingCheck &found);
+
 class Recorder {
 public:
     Recorder(RecordStore &store, RecordFile &file, RecorderPorts &ports, Reporter &reporter);
@@ -47,6 +51,20 @@ public:
     // The choice of the append/replace buttons or the confirmation dialog: 0 none, 1 append, 2 replace.
     void setAppendReplace(int mode) { appendReplace_ = mode; }
     [[nodiscard]] int appendReplace() const { return appendReplace_; }
+    // Asked when the record file holds something that is not a recording: true
+    // replaces it. Without a question the file is left alone and the refusal reported.
+    void setForeignFileQuestion(std::function<bool(const std::string &path, const RecordingCheck &)> ask)
+    {
+        replaceForeign_ = std::move(ask);
+    }
+    // The free space left where the record file is (bytes); nullopt when it cannot be told.
+    // Tests hand in their own.
+    void setFreeSpaceProbe(std::function<std::optional<std::uint64_t>()> probe) { freeSpace_ = std::move(probe); }
+    // Below this much free space the recording stops while the stop mark still fits.
+    static constexpr std::uint64_t kSpaceReserve = 1 << 20;
+    // Looks at the free space (the session asks every second, the writer after every
+    // 256 KB); stops cleanly with message 3020 when it has fallen below the reserve.
+    void watchFreeSpace();
     // Waits before the redraw thread is ended (500 ms); tests pass a no-op.
     void setDelay(std::function<void(std::chrono::milliseconds)> delay) { delay_ = std::move(delay); }
     // Runs work after the current notification handler has returned (the event
@@ -110,6 +128,7 @@ private:
     void reportFile(int messageNumber, const std::string &reason, int line);
     void noteWrite(int result);
     int failLoad(int messageNumber, const Result &why, int line);
+    bool askReplaceForeign(const RecordingCheck &found);
 
     RecordStore &store_;
     RecordFile &file_;
@@ -122,7 +141,10 @@ private:
     std::function<void(std::chrono::milliseconds)> delay_;
     std::function<void(std::function<void()>)> post_;
     std::function<bool()> prepareTriggers_;
+    std::function<bool(const std::string &, const RecordingCheck &)> replaceForeign_;
     std::function<void()> stopTriggerTiming_;
+    std::function<std::optional<std::uint64_t>()> freeSpace_;
+    std::uint64_t writtenSinceSpaceCheck_ = 0;
 
     bool recording_ = false;
     bool paused_ = false;

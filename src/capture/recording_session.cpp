@@ -93,6 +93,10 @@ void RecordingSession::wire(ComPort &a, ComPort &b, std::vector<std::string> dev
     // Work that must not run inside a port notification (stopping after a lost port or a
     // failed write) waits for the event loop's next turn.
     recorder_->setPoster([this](std::function<void()> work) { QTimer::singleShot(0, &postContext_, std::move(work)); });
+    // The drive may fill up while the line is quiet (another program writing): look every second.
+    auto *spaceWatch = new QTimer(&postContext_);
+    QObject::connect(spaceWatch, &QTimer::timeout, spaceWatch, [this] { recorder_->watchFreeSpace(); });
+    spaceWatch->start(1000);
     recorder_->setTriggerPreparation([this] { return triggers_ != nullptr && triggers_->prepare(*this); });
     recorder_->setTriggerTimingStop([this] {
         if (triggers_ != nullptr)

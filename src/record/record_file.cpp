@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace kestrel {
@@ -28,37 +29,73 @@ Result RecordFile::open(RecordHandle kind)
             ++viewCount_;
         return r;
     }
+    return lockRecordHandle(O_RDWR | O_CLOEXEC | O_NONBLOCK, kRecordOpenFailed);
+}
+
+Result RecordFile::lockRecordHandle(int flags, int failCode)
+{
     close(RecordHandle::Record);
-    const int fd = ::open(path_.c_str(), O_RDWR | O_CLOEXEC);
+    const int fd = ::open(path_.c_str(), flags, 0644);
     if (fd < 0)
-        return Result::Fail(kRecordOpenFailed, systemError(errno));
+        return Result::Fail(failCode, systemError(errno));
     struct stat st {};
     if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-        const int err = S_ISDIR(st.st_mode) ? EISDIR : EINVAL;
+        const int err = errno;
         ::close(fd);
-        return Result::Fail(kRecordOpenFailed, systemError(err));
+        if (S_ISDIR(st.st_mode))
+            return Result::Fail(failCode, systemError(EISDIR));
+        return Result::Fail(failCode, st.st_mode != 0 ? kNotARegularFile : systemError(err));
     }
+    if (beforeLock_)
+        beforeLock_();
     // Two recorders appending to one file would overwrite each other's records;
-    // readers are not affected (they take no lock).
+    // readers are not affected (they take no lock). The lock comes before
+    // anything that changes the file.
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
         const int err = errno;
         ::close(fd);
-        return err == EWOULDBLOCK ? Result::Fail(kRecordFileBusy) : Result::Fail(kRecordOpenFailed, systemError(err));
+        return err == EWOULDBLOCK ? Result::Fail(kRecordFileBusy) : Result::Fail(failCode, systemError(err));
     }
+    ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
     recordFd_ = fd;
     ++recordCount_;
     writePos_ = 0;
     return Result::Ok();
 }
 
+Result RecordFile::lockForRecording()
+{
+    return lockRecordHandle(O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, kRecordCreateFailed);
+}
+
+Result RecordFile::emptyLocked()
+{
+    if (recordFd_ < 0)
+        return Result::Fail(kRecordCreateFailed, systemError(EBADF));
+    if (::ftruncate(recordFd_, 0) != 0)
+        return Result::Fail(kRecordCreateFailed, systemError(errno));
+    writePos_ = 0;
+    return Result::Ok();
+}
+
+RecordingCheck RecordFile::checkLocked() const
+{
+    return recordFd_ >= 0 ? CheckRecordingFd(recordFd_, CheckDepth::Writable) : RecordingCheck{};
+}
+
 Result RecordFile::create(RecordHandle kind)
 {
+    if (kind == RecordHandle::Record) {
+        if (Result r = lockForRecording(); !r)
+            return r;
+        return emptyLocked();
+    }
+    // The view never changes a file: it only makes a missing one.
     close(kind);
-    const int fd = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    const int fd = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
     if (fd < 0)
         return Result::Fail(kRecordCreateFailed, systemError(errno));
     ::close(fd);
-    // Opened again the ordinary way, so both handles are alike.
     Result r = open(kind);
     if (!r && r.code == kRecordOpenFailed)
         r.code = kRecordCreateFailed;
@@ -95,11 +132,13 @@ bool RecordFile::exists() const
     return ::stat(path_.c_str(), &st) == 0;
 }
 
-Result RecordFile::removeFile()
+std::optional<std::uint64_t> RecordFile::freeSpace() const
 {
-    if (::unlink(path_.c_str()) != 0 && errno != ENOENT)
-        return Result::Fail(kRecordDeleteFailed, systemError(errno));
-    return Result::Ok();
+    struct statvfs vfs {};
+    const int r = recordFd_ >= 0 ? ::fstatvfs(recordFd_, &vfs) : ::statvfs(path_.c_str(), &vfs);
+    if (r != 0)
+        return std::nullopt;
+    return static_cast<std::uint64_t>(vfs.f_bavail) * vfs.f_frsize;
 }
 
 std::uint64_t RecordFile::fileSize() const

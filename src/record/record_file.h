@@ -10,6 +10,8 @@
 // is cut before anything is appended, so that MP n stays at n * 80.
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 
 #include "base/result.h"
@@ -17,6 +19,7 @@
 #include "record/record_codes.h"
 #include "record/record_reader.h"
 #include "record/record_store.h"
+#include "record/recording_check.h"
 
 namespace kestrel {
 
@@ -33,10 +36,22 @@ public:
     [[nodiscard]] const std::string &path() const { return path_; }
 
     // Opens the current path; sets the handle's open flag and counts the opening.
-    // 3001 (or 7102 when another recorder holds the file) with the reason on failure.
+    // The record handle takes the writer's lock. 3001 (or 7102 when another
+    // recorder holds the file) with the reason on failure.
     Result open(RecordHandle kind);
-    // Creates the file empty (truncating it), closes it and opens it again as that handle; 3002 on failure.
+    // The record handle: opens the file, making it when it is missing, and takes the
+    // lock before anything can change it; 3002 (or 7102) on failure. What the file
+    // holds is then looked at under the lock (checkLocked) and only then emptied
+    // (emptyLocked) or appended to, so a file another recorder holds is never touched.
+    Result lockForRecording();
+    [[nodiscard]] RecordingCheck checkLocked() const;
+    Result emptyLocked();
+    // Record handle: lockForRecording + emptyLocked. View handle: makes a missing
+    // file (never empties one) and opens it. 3002 on failure.
     Result create(RecordHandle kind);
+    // Tests: runs between opening the record handle and taking its lock, where
+    // another recorder may get in.
+    void setBeforeLockHook(std::function<void()> hook) { beforeLock_ = std::move(hook); }
     void close(RecordHandle kind);
     [[nodiscard]] bool isOpen(RecordHandle kind) const;
     // Open counter: +1 on each open, -1 on each close.
@@ -45,8 +60,8 @@ public:
     [[nodiscard]] const std::string &writeError() const { return writeError_; }
 
     [[nodiscard]] bool exists() const;
-    // 3003 with the reason when the file exists and cannot be removed.
-    Result removeFile();
+    // Bytes an ordinary user may still write on the drive of the record file; nullopt when unknown.
+    [[nodiscard]] std::optional<std::uint64_t> freeSpace() const;
     [[nodiscard]] std::uint64_t fileSize() const;
     [[nodiscard]] std::uint64_t recordCount() const { return fileSize() / kMpSize; }
 
@@ -66,6 +81,8 @@ public:
     [[nodiscard]] const RecordReader &view() const { return view_; }
 
 private:
+    Result lockRecordHandle(int flags, int failCode);
+
     std::string path_;
     std::string writeError_;
     RecordReader view_;
@@ -73,6 +90,7 @@ private:
     int recordFd_ = -1;
     int recordCount_ = 0;
     std::uint64_t writePos_ = 0;
+    std::function<void()> beforeLock_;
 };
 
 } // namespace kestrel

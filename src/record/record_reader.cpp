@@ -45,14 +45,21 @@ Result RecordReader::open(const std::string &path)
 {
     close();
     path_ = path;
-    fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    // Not blocking, so that a FIFO named as a recording cannot hang us in open();
+    // anything but a regular file is refused below.
+    fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd_ < 0)
         return Result::Fail(kRecordOpenFailed, std::strerror(errno));
     struct stat st {};
-    if (::fstat(fd_, &st) == 0 && S_ISDIR(st.st_mode)) {
+    if (::fstat(fd_, &st) != 0 || !S_ISREG(st.st_mode)) {
+        const int err = errno;
+        const bool dir = S_ISDIR(st.st_mode);
         close();
-        return Result::Fail(kRecordOpenFailed, std::strerror(EISDIR));
+        if (dir)
+            return Result::Fail(kRecordOpenFailed, std::strerror(EISDIR));
+        return Result::Fail(kRecordOpenFailed, st.st_mode != 0 ? kNotARegularFile : std::strerror(err));
     }
+    ::fcntl(fd_, F_SETFL, ::fcntl(fd_, F_GETFL) & ~O_NONBLOCK);
     return Result::Ok();
 }
 

@@ -20,6 +20,9 @@ namespace kestrel {
 // returns the bytes read (fewer at the end of the file or on an error).
 [[nodiscard]] std::size_t ReadFullyAt(int fd, std::uint8_t *buf, std::size_t size, std::uint64_t offset);
 
+// Why a FIFO, a device or a socket is not read as a recording.
+inline constexpr const char *kNotARegularFile = "not a regular file (a pipe, device or socket)";
+
 class RecordReader {
 public:
     RecordReader() = default;
@@ -29,7 +32,8 @@ public:
     RecordReader(RecordReader &&other) noexcept;
     RecordReader &operator=(RecordReader &&other) noexcept;
 
-    // Opens read-only; code 3001 with the system's reason when the file cannot be opened.
+    // Opens a regular file read-only; code 3001 with the system's reason when the
+    // file cannot be opened or is not a regular file.
     Result open(const std::string &path);
     void close();
     [[nodiscard]] bool isOpen() const { return fd_ >= 0; }

@@ -29,6 +29,11 @@ struct RecordingSummary {
     std::uint64_t numberGaps = 0;        // MPs whose number is not their index
     std::uint64_t timeBackwards = 0;     // MPs earlier than the one before
     std::uint64_t counterMismatches = 0; // MPs whose counters disagree with the flags so far
+    // The last record is the stop mark: the recorder stopped in good order.
+    [[nodiscard]] bool endsWithStopMark() const
+    {
+        return mpCount > 0 && last.isSystemMark() && last.markCode == SystemMark::Stopped;
+    }
     [[nodiscard]] bool sound() const { return numberGaps == 0 && timeBackwards == 0 && counterMismatches == 0; }
 };
 

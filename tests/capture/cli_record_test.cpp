@@ -138,6 +138,8 @@ TEST_F(CliFixture, KilledRecordingIsReadableAndAppendContinuesWithoutGap)
     { std::ofstream(ksr, std::ios::app | std::ios::binary) << std::string(37, '\x7e'); }
     EXPECT_EQ(run({"info", ksr}), 0);
     EXPECT_NE(output().find("torn tail:     37 bytes"), std::string::npos) << output();
+    EXPECT_NE(output().find("no stop mark: the recorder was killed, crashed or ran out of space"), std::string::npos)
+        << output();
 
     // Appended with other line settings: one sound recording, numbers, counters and time going on.
     ASSERT_EQ(run({"record", "--simulate", "-o", ksr, "--append", "--duration", "0.3", "--baud", "19200", "--parity",
@@ -153,6 +155,7 @@ TEST_F(CliFixture, KilledRecordingIsReadableAndAppendContinuesWithoutGap)
     EXPECT_GT(data(s), data(killed));
     ASSERT_EQ(run({"info", ksr}), 0);
     EXPECT_NE(output().find("checks:        ok"), std::string::npos) << output();
+    EXPECT_NE(output().find("ends:          with the stop mark"), std::string::npos) << output();
 }
 
 TEST_F(CliFixture, FileSizeLimitIsReportedLikeAFullDiskAndKeepsWholeRecords)
@@ -228,6 +231,21 @@ TEST_F(CliFixture, BadInvocationsSayWhyAndExitNonZero)
     EXPECT_EQ(summary().mpCount, before.mpCount);
     ASSERT_EQ(run({"record", sim, "-o", ksr, "--replace", "--duration", "0.2"}), 0) << output();
     EXPECT_EQ(systemMarks(summary()), (std::vector<int>{0, 6, 5})); // a fresh file, not appended
+
+    // A file that is not a recording is refused whatever the mode, and left as it was.
+    const std::string notes = dir.file("notes.txt");
+    const std::string text = "call the vendor about the handshake timing\n";
+    for (const char *mode : {"--append", "--replace", "--duration"}) {
+        std::ofstream(notes) << text;
+        std::vector<std::string> args{"record", sim, "-o", notes, mode};
+        if (std::string(mode) == "--duration")
+            args.push_back("0.2");
+        EXPECT_EQ(run(args), 3) << mode;
+        EXPECT_NE(output().find("is not a Kestrel recording"), std::string::npos) << output();
+        EXPECT_EQ(output().find("holds a recording"), std::string::npos) << output();
+        std::ifstream in(notes);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), text) << mode;
+    }
 }
 
 TEST_F(CliFixture, RealPortsRecordEveryByteAndStopWhenUnplugged)

@@ -166,15 +166,56 @@ TEST_F(RecorderFixture, ExistingFileWithoutChoiceRecordsNothing)
     EXPECT_EQ(ports.count("open"), 1);
 }
 
-TEST_F(RecorderFixture, EmptyOrTornOnlyFileIsReplacedWithoutAsking)
+// Only an empty file, or a recording, is written to without a question. Anything
+// else (a note, a text, a torn record with nothing before it) is not ours: the
+// user is asked, "no" leaves it as it was, and it is never appended to.
+TEST_F(RecorderFixture, OnlyEmptyFilesAndRecordingsAreWrittenWithoutAsking)
 {
-    std::ofstream(file.path()) << std::string(33, 'z'); // less than one record
-    rec.setAppendReplace(RecordMode::None);
+    auto readAll = [&] {
+        std::ifstream in(file.path(), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    };
+    std::ofstream(file.path()).close();
+    rec.setAppendReplace(RecordMode::Append); // the window's default
     rec.record();
     EXPECT_EQ(rec.recordMode(), RecordMode::Replace);
     rec.stop();
     EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
     EXPECT_TRUE(prompter.asked.empty());
+
+    const std::string note = "dial 0049 before the number\n";
+    const std::string text(117, 't');
+    for (const std::string &foreign : {note, text, std::string(33, '\0')}) {
+        for (const int choice : {RecordMode::None, RecordMode::Append, RecordMode::Replace}) {
+            std::ofstream(file.path(), std::ios::binary | std::ios::trunc) << foreign;
+            rec.setAppendReplace(choice);
+            std::string asked;
+            rec.setForeignFileQuestion([&](const std::string &, const RecordingCheck &found) {
+                asked = NotRecordingText(found);
+                return false;
+            });
+            rec.record();
+            EXPECT_FALSE(rec.loaded());
+            EXPECT_FALSE(asked.empty()) << "not asked; choice " << choice;
+            EXPECT_EQ(readAll(), foreign) << "choice " << choice;
+        }
+        rec.setForeignFileQuestion([](const std::string &, const RecordingCheck &) { return true; });
+        rec.record();
+        EXPECT_EQ(rec.recordMode(), RecordMode::Replace);
+        rec.stop();
+        EXPECT_EQ(marks(), (std::vector<int>{0, 6, 5}));
+    }
+    EXPECT_TRUE(prompter.asked.empty());
+
+    // With nobody to ask the file stays as it was and the refusal says why.
+    std::ofstream(file.path(), std::ios::binary | std::ios::trunc) << note;
+    rec.setForeignFileQuestion(nullptr);
+    rec.record();
+    EXPECT_FALSE(rec.loaded());
+    EXPECT_EQ(readAll(), note);
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_NE(prompter.asked[0].text.find(Str(7103)), std::string::npos) << prompter.asked[0].text;
+    EXPECT_NE(prompter.asked[0].text.find(Str(7105)), std::string::npos) << prompter.asked[0].text;
 }
 
 TEST_F(RecorderFixture, PauseThenStopStopsOnceAndWritesOneStopMark)
@@ -268,6 +309,39 @@ TEST_F(RecorderFixture, LostPortStopsOnceKeepsEverythingAndReportsOnce)
     EXPECT_EQ(recs[recs.size() - 2].d2, 'c');
     EXPECT_EQ(recs.back().markCode, SystemMark::Stopped);
     rec.onPortLost("/dev/ttyUSB0", "again"); // idle now: ignored
+    EXPECT_EQ(posted.size(), 1u);
+}
+
+// The drive filling up stops the recording while the stop mark still fits: on the
+// second's look, or within 256 KB of writing on a fast line.
+TEST_F(RecorderFixture, LowFreeSpaceStopsCleanlyWithTheStopMark)
+{
+    std::uint64_t free = 50u << 20;
+    int looks = 0;
+    rec.setFreeSpaceProbe([&]() -> std::optional<std::uint64_t> {
+        ++looks;
+        return free;
+    });
+    rec.setPoster([this](std::function<void()> f) { posted.push_back(std::move(f)); });
+    rec.record();
+    for (int i = 0; i < 3300; ++i) // a little over 256 KB of MPs
+        dataByte('a');
+    EXPECT_EQ(looks, 1);
+    rec.watchFreeSpace();
+    EXPECT_TRUE(posted.empty());
+
+    free = Recorder::kSpaceReserve - 1;
+    for (int i = 0; i < 3300 && posted.empty(); ++i)
+        dataByte('b');
+    ASSERT_EQ(posted.size(), 1u);
+    rec.watchFreeSpace(); // once is enough
+    posted.front()();
+    EXPECT_FALSE(rec.loaded());
+    EXPECT_EQ(fileRecords().back().markCode, SystemMark::Stopped);
+    expectGapFree(fileRecords());
+    ASSERT_EQ(prompter.asked.size(), 1u);
+    EXPECT_NE(prompter.asked[0].text.find(Str(3020)), std::string::npos);
+    EXPECT_NE(prompter.asked[0].text.find(Str(7109)), std::string::npos);
     EXPECT_EQ(posted.size(), 1u);
 }
 

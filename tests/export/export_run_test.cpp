@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "export/export_run.h"
-#include "export/recording_check.h"
+#include "record/recording_check.h"
 #include "support/recording_builder.h"
 #include "only_columns.h"
 #include "support/temp_dir.h"

@@ -5,6 +5,7 @@
 
 #include "record/record_file.h"
 #include "record/record_paths.h"
+#include "record/recording_check.h"
 #include "support/recording_builder.h"
 #include "support/temp_dir.h"
 
@@ -114,4 +115,93 @@ TEST(RecordPaths, SaveAsCopiesEverythingAndRefusesBadTargets)
     r = SaveRecordFileAs(src, dir.file("missing/x.ksr"));
     EXPECT_FALSE(r.ok);
     EXPECT_NE(r.error.find("missing/x.ksr"), std::string::npos);
+}
+
+namespace {
+
+std::string contents(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+} // namespace
+
+// A second recorder that starts on the same file never changes it: not when the
+// first one holds it already, and not when the first one gets in between the
+// second one's open and its lock.
+TEST(RecordFile, ASecondRecorderNeverEmptiesAFileTheFirstHolds)
+{
+    test::TempDir dir;
+    const std::string path = dir.file("race.ksr");
+    RecordingBuilder().d1('a').d1('b').write(path);
+    const std::string before = contents(path);
+
+    RecordFile first, second;
+    first.setPath(path);
+    second.setPath(path);
+    ASSERT_TRUE(first.open(RecordHandle::Record));
+    EXPECT_EQ(second.create(RecordHandle::Record).code, kRecordFileBusy);
+    EXPECT_EQ(contents(path), before);
+    first.close(RecordHandle::Record);
+
+    const std::string fresh = dir.file("fresh.ksr");
+    first.setPath(fresh);
+    second.setPath(fresh);
+    MpRecord mp;
+    const MpBytes rec = EncodeMp(mp);
+    second.setBeforeLockHook([&] {
+        // The first recorder makes the file, locks it and writes while the second waits for its lock.
+        ASSERT_TRUE(first.create(RecordHandle::Record));
+        ASSERT_EQ(first.appendRecords(rec.data(), rec.size()), kMpSize);
+    });
+    EXPECT_EQ(second.create(RecordHandle::Record).code, kRecordFileBusy);
+    EXPECT_EQ(sizeOf(fresh), kMpSize);
+    EXPECT_FALSE(second.isOpen(RecordHandle::Record));
+}
+
+// What may be written over without asking: nothing, or a recording.
+TEST(RecordingCheck, OnlyEmptyFilesAndRecordingsPassTheWritersCheck)
+{
+    test::TempDir dir;
+    struct Case {
+        const char *name;
+        std::string bytes;
+        RecordingKind kind;
+        RecordingProblem problem;
+    };
+    RecordingBuilder sound;
+    sound.d1('x').d2('y');
+    RecordingBuilder noMark(45000.5, 0.001, false);
+    noMark.d1('x').d1('y');
+    RecordingBuilder year1899(0.0);
+    year1899.d1('x');
+    const std::string text(117, 't');
+    std::string zeros(160, '\0'); // numbered 0 and 0: the last number is wrong
+    const std::vector<Case> cases = {
+        {"empty", "", RecordingKind::Empty, RecordingProblem::None},
+        {"note", "buy milk\n", RecordingKind::NotRecording, RecordingProblem::TooShort},
+        {"text", text, RecordingKind::NotRecording, RecordingProblem::Numbering},
+        {"zeros", zeros, RecordingKind::NotRecording, RecordingProblem::Numbering},
+        {"no opening mark", noMark.bytes(), RecordingKind::NotRecording, RecordingProblem::NoOpeningMark},
+        {"time 1899", year1899.bytes(), RecordingKind::NotRecording, RecordingProblem::BadTime},
+        {"recording", sound.bytes(), RecordingKind::Recording, RecordingProblem::None},
+        {"torn recording", sound.bytes() + "abc", RecordingKind::Recording, RecordingProblem::None},
+    };
+    for (const Case &c : cases) {
+        const std::string path = dir.file(std::string(c.name) + ".ksr");
+        std::ofstream(path, std::ios::binary) << c.bytes;
+        RecordFile f;
+        f.setPath(path);
+        ASSERT_TRUE(f.lockForRecording()) << c.name;
+        const RecordingCheck got = f.checkLocked();
+        EXPECT_EQ(got.kind, c.kind) << c.name;
+        EXPECT_EQ(got.problem, c.problem) << c.name;
+        f.close(RecordHandle::Record);
+        EXPECT_EQ(contents(path), c.bytes) << c.name << ": looking changed the file";
+    }
+    // The readers' check is milder: numbering only.
+    RecordReader reader;
+    ASSERT_TRUE(reader.open(dir.file("no opening mark.ksr")));
+    EXPECT_TRUE(CheckRecording(reader, CheckDepth::Readable).isRecording());
 }

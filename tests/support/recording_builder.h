@@ -69,6 +69,17 @@ public:
     MpRecord &last() { return mps_.back(); }
     [[nodiscard]] const std::vector<MpRecord> &mps() const { return mps_; }
 
+    // The file's bytes.
+    [[nodiscard]] std::string bytes() const
+    {
+        std::string out;
+        for (const MpRecord &mp : mps_) {
+            const MpBytes b = EncodeMp(mp);
+            out.append(reinterpret_cast<const char *>(b.data()), b.size());
+        }
+        return out;
+    }
+
     // Writes the file; extraBytes adds a torn tail that is not a whole record.
     void write(const std::string &path, std::size_t extraBytes = 0) const
     {

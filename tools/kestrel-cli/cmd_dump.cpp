@@ -13,7 +13,7 @@
 #include "export/export_args.h"
 #include "export/export_run.h"
 #include "present/mark_text.h"
-#include "export/recording_check.h"
+#include "record/recording_check.h"
 #include "present/byte_render.h"
 #include "present/time_text.h"
 

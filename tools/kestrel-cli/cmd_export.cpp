@@ -11,7 +11,7 @@
 #include "command.h"
 #include "export/export_args.h"
 #include "export/export_run.h"
-#include "export/recording_check.h"
+#include "record/recording_check.h"
 
 namespace {
 

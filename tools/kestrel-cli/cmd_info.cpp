@@ -62,6 +62,10 @@ void printText(const std::string &path, const RecordingSummary &s)
     for (const auto &m : s.marks)
         std::printf("  MP %-10llu %s  %s\n", static_cast<unsigned long long>(m.mp),
                     FormatDateTimeIso(m.time).c_str(), markText(m).c_str());
+    std::printf("ends:          %s\n", s.endsWithStopMark()
+                                           ? "with the stop mark"
+                                           : "no stop mark: the recorder was killed, crashed or ran out of space "
+                                             "(or is still recording)");
     std::printf("checks:        %s (number gaps %llu, times going back %llu, counter mismatches %llu)\n",
                 s.sound() ? "ok" : "FAULTS", static_cast<unsigned long long>(s.numberGaps),
                 static_cast<unsigned long long>(s.timeBackwards),
@@ -91,7 +95,8 @@ void printJson(const std::string &path, const RecordingSummary &s)
         std::printf("  \"counters\": {\"d1\": %llu, \"d2\": %llu, \"pe\": %llu, \"fe\": %llu, \"le\": %llu},\n",
                     u(s.last.counts[0]), u(s.last.counts[1]), u(s.last.counts[2]), u(s.last.counts[3]),
                     u(s.last.counts[4]));
-        std::printf("  \"loadPeak\": %u,\n  \"quality\": %u", s.last.loadPeak, s.last.quality);
+        std::printf("  \"loadPeak\": %u,\n  \"quality\": %u,\n  \"stopMark\": %s", s.last.loadPeak, s.last.quality,
+                    s.endsWithStopMark() ? "true" : "false");
     }
     std::printf(",\n  \"marks\": [");
     for (std::size_t i = 0; i < s.marks.size(); ++i) {

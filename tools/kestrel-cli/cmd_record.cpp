@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <charconv>
 #include <csignal>
+#include <sys/stat.h>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -25,6 +26,7 @@
 #include "capture/recording_session.h"
 #include "record/clock.h"
 #include "record/record_file.h"
+#include "record/recording_check.h"
 #include "record/record_store.h"
 #include "capture/recorder.h"
 #include "ports/scenario.h"
@@ -178,6 +180,32 @@ void chooseLanguageFromLocale()
     SetGlobalLang(lang && std::strncmp(lang, "de", 2) == 0 ? kLangGerman : kLangEnglish);
 }
 
+// A file that is not a recording is never touched; a recording only with --append or --replace.
+std::optional<int> refuseOutput(const std::string &output, int mode)
+{
+    struct stat st {};
+    if (::stat(output.c_str(), &st) != 0)
+        return std::nullopt; // missing: the recorder makes it (and says why when it cannot)
+    RecordReader reader;
+    if (const Result opened = reader.open(output); !opened) {
+        std::fprintf(stderr, "kestrel-cli record: cannot use %s: %s\n", output.c_str(), opened.detail.c_str());
+        return kExitFailure;
+    }
+    const RecordingCheck found = CheckRecording(reader, CheckDepth::Writable);
+    if (found.kind == RecordingKind::NotRecording) {
+        std::fprintf(stderr,
+                     "kestrel-cli record: %s is not a Kestrel recording (%s); it is left unchanged. "
+                     "Remove it or record into another file.\n",
+                     output.c_str(), DescribeProblem(found).c_str());
+        return kExitFailure;
+    }
+    if (found.isRecording() && mode == RecordMode::None) {
+        std::fprintf(stderr, "kestrel-cli record: %s holds a recording; use --append or --replace\n", output.c_str());
+        return kExitUsage;
+    }
+    return std::nullopt;
+}
+
 int runRecord(RecordOptions o)
 {
     chooseLanguageFromLocale();
@@ -186,15 +214,8 @@ int runRecord(RecordOptions o)
 
     std::error_code ec;
     const std::string output = std::filesystem::absolute(o.output, ec).lexically_normal().string();
-    {
-        RecordFile probe;
-        probe.setPath(output);
-        if (probe.exists() && probe.recordCount() > 0 && o.mode == RecordMode::None) {
-            std::fprintf(stderr, "kestrel-cli record: %s holds a recording; use --append or --replace\n",
-                         output.c_str());
-            return kExitUsage;
-        }
-    }
+    if (const auto refused = refuseOutput(output, o.mode))
+        return *refused;
 
     std::optional<Scenario> scenario;
     if (o.simulate) {

@@ -9,7 +9,7 @@
 
 #include "cli_common.h"
 #include "command.h"
-#include "export/recording_check.h"
+#include "record/recording_check.h"
 #include "present/byte_text.h"
 #include "search/search.h"
 #include "search/search_args.h"
