@@ -3,9 +3,12 @@
 #include <array>
 #include <cctype>
 #include <charconv>
-#include <filesystem>
-#include <fstream>
+#include <cerrno>
+#include <cstring>
 #include <sstream>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "ports/port_settings.h"
 
@@ -407,21 +410,52 @@ std::optional<Scenario> ParseScenario(std::string_view text, ScenarioError &erro
 
 std::optional<Scenario> LoadScenarioFile(const std::string &path, ScenarioError &error)
 {
-    auto unreadable = [&]() -> std::optional<Scenario> {
+    auto refuse = [&](const std::string &why) -> std::optional<Scenario> {
         error.line = 0;
-        error.reason = "cannot read " + path;
+        error.reason = why;
         return std::nullopt;
     };
-    // A folder opens like a file and then reads as nothing: say so rather than play an empty line.
-    std::error_code ec;
-    std::ifstream in(path, std::ios::binary);
-    if (!in || std::filesystem::is_directory(path, ec))
-        return unreadable();
-    std::ostringstream buf;
-    buf << in.rdbuf();
-    if (in.bad())
-        return unreadable();
-    return ParseScenario(buf.str(), error);
+    // Not blocking, so a FIFO cannot hang us in open(); only a regular file is read.
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0)
+        return refuse(std::strerror(errno));
+    struct stat st {};
+    const bool stated = ::fstat(fd, &st) == 0;
+    if (!stated || !S_ISREG(st.st_mode)) {
+        const int err = errno;
+        ::close(fd);
+        if (stated && S_ISDIR(st.st_mode))
+            return refuse(std::strerror(EISDIR));
+        return refuse(stated ? "not a regular file (a pipe, device or socket)" : std::strerror(err));
+    }
+    // A scenario is text a person writes; anything this big is not one, and reading it
+    // whole would only cost memory.
+    if (static_cast<std::uint64_t>(st.st_size) > kMaxScenarioBytes) {
+        ::close(fd);
+        return refuse("it is " + std::to_string(static_cast<std::uint64_t>(st.st_size) >> 20) +
+                      " MB; a scenario is at most " + std::to_string(kMaxScenarioBytes >> 20) + " MB of text");
+    }
+    std::string text;
+    char buf[65536];
+    for (;;) {
+        const ssize_t got = ::read(fd, buf, sizeof buf);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0) {
+            const int err = errno;
+            ::close(fd);
+            return refuse(std::strerror(err));
+        }
+        if (got == 0)
+            break;
+        if (text.size() + static_cast<std::size_t>(got) > kMaxScenarioBytes) { // grew while we read
+            ::close(fd);
+            return refuse("it is larger than " + std::to_string(kMaxScenarioBytes >> 20) + " MB");
+        }
+        text.append(buf, static_cast<std::size_t>(got));
+    }
+    ::close(fd);
+    return ParseScenario(text, error);
 }
 
 std::optional<Scenario> LoadScenario(const std::string &fileOrEmpty, ScenarioError &error)

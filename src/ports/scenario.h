@@ -45,12 +45,17 @@ struct Scenario {
 struct ScenarioError {
     int line = 0;
     std::string reason;
-    [[nodiscard]] std::string text() const { return "line " + std::to_string(line) + ": " + reason; }
+    // "line 3: ..." for a parse error; the reason alone when the file could not be read (line 0).
+    [[nodiscard]] std::string text() const { return line > 0 ? "line " + std::to_string(line) + ": " + reason : reason; }
 };
 
 [[nodiscard]] std::optional<Scenario> ParseScenario(std::string_view text, ScenarioError &error);
 
-// Reads and parses a scenario file; a read failure comes back as line 0.
+// The largest scenario file read (a scenario is text a person writes).
+inline constexpr std::uint64_t kMaxScenarioBytes = 4u << 20;
+
+// Reads and parses a scenario file; a read failure, a file that is not a regular
+// one and one over kMaxScenarioBytes come back as line 0.
 [[nodiscard]] std::optional<Scenario> LoadScenarioFile(const std::string &path, ScenarioError &error);
 
 // An empty name gives the built-in demo; anything else is a scenario file.

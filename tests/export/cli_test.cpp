@@ -10,6 +10,7 @@
 #include <random>
 #include <string>
 #include <vector>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -28,7 +29,9 @@ struct CliRun {
 
 CliRun cli(const std::string &args)
 {
-    const std::string cmd = std::string("LANG=C LC_ALL=C '") + KESTREL_CLI_PATH + "' " + args + " 2>&1";
+    // bash, for process substitution; the time-out turns a hang into a failed run, not a stuck suite.
+    const std::string cmd = std::string("exec bash -c \"LANG=C LC_ALL=C timeout 20 '") + KESTREL_CLI_PATH + "' " +
+                            args + " 2>&1\"";
     CliRun r;
     std::FILE *p = popen(cmd.c_str(), "r");
     if (!p)
@@ -219,4 +222,60 @@ TEST(CliRecordings, ExportNeverWritesOverItsOwnRecording)
         EXPECT_NE(r.out.find("is the recording itself"), std::string::npos) << r.out;
         EXPECT_EQ(sizeOf(f.rec), before) << "the recording was cut by exporting into " << out;
     }
+}
+
+// What is no regular file, or no file at all, is refused at once with the reason:
+// a FIFO would otherwise hang every reader in open(), a symlink loop is not
+// "missing", a huge "scenario" is not read into memory, and a file's escape
+// sequences never reach the terminal.
+TEST(CliRecordings, FilesThatAreNoRecordingsAreRefusedAtOnceWithTheReason)
+{
+    Files f;
+    const std::string fifo = f.dir.file("fifo");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const std::string loop = f.dir.file("loop");
+    ASSERT_EQ(::symlink(loop.c_str(), loop.c_str()), 0);
+    const std::string huge = f.dir.file("huge.ksc");
+    std::ofstream(huge).close();
+    ASSERT_EQ(::truncate(huge.c_str(), 1LL << 33), 0); // 8 GiB, sparse
+    const std::string hostile = f.dir.file("hostile.ksc");
+    std::ofstream(hostile) << "\x1b]0;owned\x07\x1b[2J\xc2\x9b" "31m bytes\n";
+    const std::string one = f.dir.file("one.ksr");
+    {
+        RecordingBuilder b(46082.5, 1.0, false);
+        b.d1('x').last().number = 42;
+        b.write(one);
+    }
+
+    struct Case {
+        std::string args;
+        int code;
+        std::string says;
+    } cases[] = {
+        {"info " + fifo, 3, "not a regular file"},
+        {"export " + fifo, 3, "not a regular file"},
+        {"dump " + fifo, 3, "not a regular file"},
+        {"search " + fifo + " --data 41 --d1", 3, "not a regular file"},
+        {"scenario " + fifo, 3, "not a regular file"},
+        {"record --simulate " + fifo + " -o " + f.dir.file("x.ksr"), 2, "not a regular file"},
+        {"info " + loop, 3, "Too many levels of symbolic links"},
+        {"scenario " + loop, 3, "Too many levels of symbolic links"},
+        {"info <(cat " + f.rec + ")", 3, "not a regular file"},
+        {"scenario " + huge, 3, "at most 4 MB"},
+        {"scenario --bogus", 2, "FILE.ksc"},
+        {"export " + one, 3, "not a Kestrel recording"},
+    };
+    for (const auto &c : cases) {
+        const CliRun r = cli(c.args);
+        EXPECT_EQ(r.code, c.code) << c.args << "\n" << r.out;
+        EXPECT_NE(r.out.find(c.says), std::string::npos) << c.args << "\n" << r.out;
+    }
+    const CliRun once = cli("export " + one);
+    EXPECT_EQ(once.out.find("says 42"), once.out.rfind("says 42")) << once.out;
+
+    const CliRun escaped = cli("scenario " + hostile);
+    EXPECT_EQ(escaped.code, 2) << escaped.out;
+    EXPECT_EQ(escaped.out.find('\x1b'), std::string::npos) << escaped.out;
+    EXPECT_EQ(escaped.out.find("\xc2\x9b"), std::string::npos) << escaped.out;
+    EXPECT_EQ(escaped.out.find('\x07'), std::string::npos) << escaped.out;
 }

@@ -28,6 +28,25 @@ inline int LanguageFromEnvironment()
     return kLangEnglish;
 }
 
+// A file may hold anything: control characters (C0, DEL and the C1 set as UTF-8,
+// whose U+009B starts an escape sequence too) must not reach the terminal.
+inline std::string Printable(const std::string &text)
+{
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (c == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) >= 0x80 &&
+            static_cast<unsigned char>(text[i + 1]) <= 0x9F) {
+            out += '?';
+            ++i;
+        } else {
+            out += c < 0x20 || c == 0x7F ? '?' : text[i];
+        }
+    }
+    return out;
+}
+
 // A bad option or argument found after parsing: the message and where the options are described.
 inline int UsageError(const std::string &command, const std::string &message)
 {

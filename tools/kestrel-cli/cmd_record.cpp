@@ -222,8 +222,8 @@ int runRecord(RecordOptions o)
         ScenarioError err;
         scenario = o.scenario.empty() ? ParseScenario(DemoScenarioText(), err) : LoadScenarioFile(o.scenario, err);
         if (!scenario) {
-            std::fprintf(stderr, "kestrel-cli record: %s:%d: %s\n",
-                         o.scenario.empty() ? "demo scenario" : o.scenario.c_str(), err.line, err.reason.c_str());
+            std::fprintf(stderr, "kestrel-cli record: %s: %s\n",
+                         o.scenario.empty() ? "demo scenario" : Printable(o.scenario).c_str(), Printable(err.text()).c_str());
             return kExitUsage;
         }
     }

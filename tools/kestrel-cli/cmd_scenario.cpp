@@ -15,8 +15,9 @@ int runScenario(const std::string &file)
     ScenarioError err;
     const auto sc = LoadScenarioFile(file, err);
     if (!sc) {
-        std::fprintf(stderr, "kestrel-cli scenario: %s: %s\n", file.c_str(),
-                     err.line > 0 ? err.text().c_str() : err.reason.c_str());
+        // The file's own text comes back in the reason: no control sequence of it reaches the terminal.
+        std::fprintf(stderr, "kestrel-cli scenario: %s: %s\n", Printable(file).c_str(),
+                     Printable(err.text()).c_str());
         return err.line > 0 ? kExitUsage : kExitFailure;
     }
     std::size_t bytesA = 0, bytesB = 0;
@@ -24,7 +25,7 @@ int runScenario(const std::string &file)
         if (st.kind == ScenarioStep::Kind::Bytes)
             (st.port == kSimPortA ? bytesA : bytesB) += st.bytes.size();
     }
-    std::printf("%s: %zu steps, %zu bytes on A (D2), %zu bytes on B (D1), %s\n", file.c_str(), sc->steps.size(),
+    std::printf("%s: %zu steps, %zu bytes on A (D2), %zu bytes on B (D1), %s\n", Printable(file).c_str(), sc->steps.size(),
                 bytesA, bytesB,
                 sc->loops == 0 ? "repeated for ever" : (std::to_string(sc->loops) + (sc->loops == 1 ? " pass" : " passes")).c_str());
     return kExitOk;

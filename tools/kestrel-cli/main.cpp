@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <exception>
+#include <new>
 #include <string>
 
 #include "cli_common.h"
@@ -101,8 +103,18 @@ int main(int argc, char **argv)
     }
     if (verbose)
         QLoggingCategory::setFilterRules(QStringLiteral("kestrel.*=true"));
-    for (auto &[sub, run] : runs)
-        if (sub->parsed())
-            return run();
+    // No exception ends the program unexplained: out of memory or anything else unforeseen
+    // is one line and exit code 3.
+    try {
+        for (auto &[sub, run] : runs)
+            if (sub->parsed())
+                return run();
+    } catch (const std::bad_alloc &) {
+        std::fputs("kestrel-cli: out of memory\n", stderr);
+        return kExitFailure;
+    } catch (const std::exception &e) {
+        std::fprintf(stderr, "kestrel-cli: stopped by an unexpected error: %s\n", e.what());
+        return kExitFailure;
+    }
     return kExitUsage;
 }
