@@ -113,6 +113,10 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     lineLightTimer_->setInterval(60);
     connect(lineLightTimer_, &QTimer::timeout, this, &TFormMain::LineLightsTimer);
 
+    // Armed before anything can show a message box (a scenario that cannot be read, fewer
+    // than two ports), so that no such box can hold off the end of a demo.
+    if (args_.quitAfterSeconds)
+        QTimer::singleShot(static_cast<int>(*args_.quitAfterSeconds * 1000), this, &TFormMain::quitCleanly);
     createSession(options);
     resize(1180, 860); // first start; a saved placement replaces it
     connectActions();
@@ -308,8 +312,13 @@ void TFormMain::actAboutExecute()
 void TFormMain::showEvent(QShowEvent *event)
 {
     QMainWindow::showEvent(event);
+    if (quitting_) { // ended while it was being made: it goes as soon as it shows
+        QTimer::singleShot(0, this, &QWidget::close);
+        return;
+    }
     if (!shown_) {
         shown_ = true;
+
         // After the window has painted once, so the progress window stands in front of it.
         QTimer::singleShot(0, this, &TFormMain::FormShow);
     }
@@ -342,10 +351,10 @@ void TFormMain::FormShow()
     ShowChangedRecordFile();
     envChanged_ = false;
     progress.close();
-    if (args_.recordAtStart)
+    // A message box of the start-up may have waited while the program was ended.
+    startupDone_ = true;
+    if (args_.recordAtStart && !quitting_)
         btnRecordClick();
-    if (args_.quitAfterSeconds)
-        QTimer::singleShot(static_cast<int>(*args_.quitAfterSeconds * 1000), this, &TFormMain::quitCleanly);
 }
 
 void TFormMain::closeEvent(QCloseEvent *event)
@@ -368,7 +377,8 @@ void TFormMain::quitCleanly()
     }
     if (isRecording() || isPaused())
         btnStopClick();
-    saveConfiguration();
+    if (startupDone_) // before that the window holds defaults, not the user's settings
+        saveConfiguration();
     quitting_ = true;
     close();
 }

@@ -258,6 +258,7 @@ private:
     bool hadConfigFile_ = false;
     bool shown_ = false;
     bool quitting_ = false;
+    bool startupDone_ = false; // FormShow has loaded the configuration and the environment
     int pinNaming_ = 0; // 0 circuit names, 1 pin names
 };
 

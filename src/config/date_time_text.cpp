@@ -79,8 +79,10 @@ std::string FormatWithDigits(double days, int digits)
     std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02lld:%02lld:%02lld", y, m, d, whole / 3600, whole / 60 % 60, whole % 60);
     std::string out = buf;
     if (digits > 0) {
-        std::snprintf(buf, sizeof buf, ".%0*lld", digits, sub);
-        out += buf;
+        const std::string fraction = std::to_string(sub);
+        out += '.';
+        out.append(fraction.size() < static_cast<std::size_t>(digits) ? digits - fraction.size() : 0, '0');
+        out += fraction;
     }
     return out;
 }

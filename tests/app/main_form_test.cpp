@@ -726,3 +726,31 @@ TEST(MainForm, EndingWhileAStartUpErrorWaitsClosesTheWindow)
     EXPECT_FALSE(w.isVisible());
     EXPECT_FALSE(w.isRecording());
 }
+
+TEST(MainForm, QuitAfterEndsEvenWhileTheFewPortsWarningWaits)
+{
+    // The start-up warning about fewer than two ports waits in the window's own box
+    // while the window is still being made; --quit-after must still end the program
+    // (a demo under Xvfb has nobody to press OK).
+    test::TempDir dir;
+    SetPortListOverride(std::vector<std::string>{"/dev/kestrel-test-only-one"});
+    MainFormOptions o;
+    o.args = ParseStartupArgs({"kestrel", "--quit-after", "0.3"});
+    o.dataFolder = dir.path().string() + "/";
+    o.skipUnloadDelay = true;
+    QObject guard;
+    bool rescued = false;
+    QTimer::singleShot(5000, &guard, [&rescued] { // keeps a broken build from hanging the test run
+        for (QWidget *top : QApplication::topLevelWidgets())
+            if (auto *d = qobject_cast<QDialog *>(top); d != nullptr && d->isVisible()) {
+                rescued = true;
+                d->reject();
+            }
+    });
+    TFormMain w(std::move(o));
+    SetPortListOverride(std::nullopt);
+    w.show();
+    pump(500);
+    EXPECT_FALSE(rescued);
+    EXPECT_FALSE(w.isVisible());
+}
