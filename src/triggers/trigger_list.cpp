@@ -12,7 +12,7 @@ std::size_t TriggerList::Insert(TriggerDef trigger, std::optional<std::size_t> s
         at = *selected;
     trigger.portHandle = 0;
     items_.insert(items_.begin() + static_cast<std::ptrdiff_t>(at), std::move(trigger));
-    TrigListRefreshNumbers();
+    renumberFrom(at); // appending renumbers one: loading a long list stays linear
     return at;
 }
 
@@ -21,7 +21,7 @@ bool TriggerList::Replace(std::size_t index, TriggerDef trigger)
     if (index >= items_.size())
         return false;
     items_[index] = std::move(trigger);
-    TrigListRefreshNumbers();
+    renumberFrom(index, index + 1);
     return true;
 }
 
@@ -30,7 +30,7 @@ bool TriggerList::Remove(std::size_t index)
     if (index >= items_.size())
         return false;
     items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(index));
-    TrigListRefreshNumbers();
+    renumberFrom(index);
     return true;
 }
 
@@ -39,7 +39,7 @@ std::size_t TriggerList::MoveUp(std::size_t index)
     if (index == 0 || index >= items_.size())
         return index;
     std::swap(items_[index], items_[index - 1]);
-    TrigListRefreshNumbers();
+    renumberFrom(index - 1, index + 1);
     return index - 1;
 }
 
@@ -48,7 +48,7 @@ std::size_t TriggerList::MoveDown(std::size_t index)
     if (index + 1 >= items_.size())
         return index;
     std::swap(items_[index], items_[index + 1]);
-    TrigListRefreshNumbers();
+    renumberFrom(index, index + 2);
     return index + 1;
 }
 
@@ -76,9 +76,12 @@ void TriggerList::SetActive(std::size_t index, bool active)
         items_[index].Active = active;
 }
 
-void TriggerList::TrigListRefreshNumbers()
+void TriggerList::TrigListRefreshNumbers() { renumberFrom(0); }
+
+void TriggerList::renumberFrom(std::size_t first, std::size_t end)
 {
-    for (std::size_t i = 0; i < items_.size(); ++i)
+    end = std::min(end, items_.size());
+    for (std::size_t i = first; i < end; ++i)
         items_[i].number = static_cast<std::int32_t>(i + 1);
 }
 

@@ -3,6 +3,7 @@
 // triggers in list order. Every change leaves the numbers at 1..n.
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -48,6 +49,9 @@ public:
     friend bool operator==(const TriggerList &, const TriggerList &) = default;
 
 private:
+    // Numbers of the items from first up to (not including) end: their index + 1.
+    void renumberFrom(std::size_t first, std::size_t end = SIZE_MAX);
+
     std::vector<TriggerDef> items_;
 };
 
