@@ -141,7 +141,7 @@ CsvLineWriter::CsvLineWriter(const ExportOptions &options) : o_(options)
         appendField(errorField_[m], ErrorLetters(m & 1, m & 2, m & 4, o_.langOffset), o_);
 }
 
-void CsvLineWriter::append(std::string &out, const MpRecord &mp, ExportTimeState &time) const
+void CsvLineWriter::append(std::string &out, const MpRecord &mp, std::uint64_t index, ExportTimeState &time) const
 {
     const ExportColumns &c = o_.columns;
     if (c.prefix) {
@@ -151,17 +151,17 @@ void CsvLineWriter::append(std::string &out, const MpRecord &mp, ExportTimeState
             appendField(out, MarkText(mp, o_.langOffset), o_);
     }
     if (c.mpNo) {
-        char digits[16];
-        const auto r = std::to_chars(digits, digits + sizeof digits, mp.number);
+        char digits[24];
+        const auto r = std::to_chars(digits, digits + sizeof digits, index);
         appendField(out, std::string_view(digits, static_cast<std::size_t>(r.ptr - digits)), o_);
     }
     if (c.timestamp) {
         std::string &text = time.scratch;
         text.clear();
-        AppendTimeOfNext(text, mp, o_.timeMode, time);
+        AppendTimeOfNext(text, mp, index, o_.timeMode, time);
         appendField(out, text, o_);
     } else {
-        time.noteRead(mp);
+        time.noteRead(mp, index);
         time.previous = mp.time;
     }
     // An MP without a byte on a checked circuit keeps its columns, empty, so the columns stay aligned.
@@ -199,7 +199,7 @@ void CsvLineWriter::append(std::string &out, const MpRecord &mp, ExportTimeState
 std::string BuildCSVFileLine(const MpRecord &mp, const ExportOptions &o, ExportTimeState &time)
 {
     std::string line;
-    CsvLineWriter(o).append(line, mp, time);
+    CsvLineWriter(o).append(line, mp, mp.number, time);
     return line;
 }
 

@@ -32,7 +32,8 @@ namespace kestrel {
 class CsvLineWriter {
 public:
     explicit CsvLineWriter(const ExportOptions &options);
-    void append(std::string &out, const MpRecord &mp, ExportTimeState &time) const;
+    // index: the MP's place in the file, the number the line shows (the 32-bit number on disk wraps).
+    void append(std::string &out, const MpRecord &mp, std::uint64_t index, ExportTimeState &time) const;
 
 private:
     ExportOptions o_;

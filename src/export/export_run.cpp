@@ -107,7 +107,7 @@ ExportResult RunExport(const RecordReader &reader, const ExportOptions &options,
             --untilPump;
             const std::uint8_t *rec = block.data() + k * kMpSize;
             if (csv) {
-                lineWriter.append(out, DecodeMp(rec), time);
+                lineWriter.append(out, DecodeMp(rec), i, time);
                 out += "\r\n";
             } else {
                 // Raw data stream: the bare bytes, D1 before D2, nothing between them.

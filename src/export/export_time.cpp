@@ -11,9 +11,9 @@ void AppendExportTime(std::string &out, double t, int mode, ExportTimeState &sta
         out.pop_back();
 }
 
-void AppendTimeOfNext(std::string &out, const MpRecord &mp, int mode, ExportTimeState &state)
+void AppendTimeOfNext(std::string &out, const MpRecord &mp, std::uint64_t index, int mode, ExportTimeState &state)
 {
-    state.noteRead(mp);
+    state.noteRead(mp, index);
     AppendExportTime(out, mp.time, mode, state);
     state.previous = mp.time;
 }

@@ -23,7 +23,7 @@ struct ExportTimeState {
     std::optional<double> previous; // time stamp of the MP before the next one exported
     std::string scratch;            // reused per line
 
-    void noteRead(const MpRecord &mp) { relativeBase.NoteRecord(mp.number, mp.time); }
+    void noteRead(const MpRecord &mp, std::uint64_t index) { relativeBase.NoteRecord(index, mp.time); }
 };
 
 // The time field of one MP in the given mode, without the grid's trailing blank.
@@ -31,6 +31,7 @@ void AppendExportTime(std::string &out, double t, int mode, ExportTimeState &sta
 
 // The next MP of a walk in MP order: notes it for the relative base, appends
 // its time field (as AppendExportTime) and makes it the previous MP.
-void AppendTimeOfNext(std::string &out, const MpRecord &mp, int mode, ExportTimeState &state);
+// index: the MP's place in the file.
+void AppendTimeOfNext(std::string &out, const MpRecord &mp, std::uint64_t index, int mode, ExportTimeState &state);
 
 } // namespace kestrel

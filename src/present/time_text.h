@@ -12,7 +12,7 @@
 //   FormatDurationText(d, dayWord) "0 Tag(e)  01:02:03,000004 ".
 //   FormatTimeDifference(t, from, dayWord)  the same for t - from, in whole microseconds.
 //   DayWord(lang)                  " Tag(e)" / " day(s)" from the string table (text 4242).
-//   RelativeTimeBase               the start of relative time: Reset(now), NoteRecord(number, time).
+//   RelativeTimeBase               the start of relative time: Reset(now), NoteRecord(index, time).
 //   TimeTextFormatter              cached formatter for long loops: Text(mode, t, base, previous).
 //
 // Time values are days since 1899-12-30 00:00 with the local time of day as
@@ -115,9 +115,10 @@ struct TimeLocale {
 struct RelativeTimeBase {
     double value = 0.0;
     void Reset(double now) { value = now; }
-    void NoteRecord(std::uint32_t number, double time)
+    // index: the MP's place in the file (its 32-bit number wraps; the place does not).
+    void NoteRecord(std::uint64_t index, double time)
     {
-        if (number == 1)
+        if (index == 1)
             value = time;
     }
 };

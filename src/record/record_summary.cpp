@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "record/recording_check.h"
+
 namespace kestrel {
 namespace {
 
@@ -32,7 +34,7 @@ RecordingSummary SummarizeRecording(const RecordReader &reader)
             if (index == 0)
                 s.first = mp;
             s.last = mp;
-            if (mp.number != index)
+            if (mp.number != MpNumberAt(index))
                 ++s.numberGaps;
             if (index > 0 && mp.time < lastTime)
                 ++s.timeBackwards;

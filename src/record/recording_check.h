@@ -56,7 +56,17 @@ struct RecordingCheck {
 // user when the file cannot be opened, is empty, or is not a recording.
 [[nodiscard]] bool OpenRecording(RecordReader &reader, const std::string &path, std::string &error);
 
-// The number that MP index carries on disk.
+// The number that MP index carries on disk: 32 bits, so it wraps after 2^32 MPs
+// (some 6.5 hours of a full line both ways). Readers locate MPs by offset and
+// take the place, never the number, as an MP's identity.
 [[nodiscard]] constexpr std::uint32_t MpNumberAt(std::uint64_t index) { return static_cast<std::uint32_t>(index); }
+// The place of an MP that carries number and lies at or before place last, the nearest
+// such place (the newest MPs of a recording, found from the file's length); number
+// itself when last is too small to be after a wrap.
+[[nodiscard]] constexpr std::uint64_t MpIndexAtOrBefore(std::uint32_t number, std::uint64_t last)
+{
+    const std::uint32_t back = MpNumberAt(last) - number;
+    return back <= last ? last - back : number;
+}
 
 } // namespace kestrel

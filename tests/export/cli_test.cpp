@@ -14,6 +14,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "record/record_reader.h"
+#include "record/recording_check.h"
 #include "support/recording_builder.h"
 #include "support/temp_dir.h"
 
@@ -278,4 +280,67 @@ TEST(CliRecordings, FilesThatAreNoRecordingsAreRefusedAtOnceWithTheReason)
     EXPECT_EQ(escaped.out.find('\x1b'), std::string::npos) << escaped.out;
     EXPECT_EQ(escaped.out.find("\xc2\x9b"), std::string::npos) << escaped.out;
     EXPECT_EQ(escaped.out.find('\x07'), std::string::npos) << escaped.out;
+}
+
+// MP numbers are 32 bits on disk and wrap after 2^32 MPs; places are 64-bit. A
+// sparse file holds a recording across the wrap: every reader shows places, not
+// numbers, and an append goes on at the right place with the right number.
+TEST(CliRecordings, ARecordingAcrossTheNumberWrapReadsAndAppendsByPlace)
+{
+    test::TempDir dir;
+    const std::string path = dir.file("wrap.ksr");
+    constexpr std::uint64_t kWrap = 1ull << 32;
+    {
+        std::FILE *f = std::fopen(path.c_str(), "wb");
+        ASSERT_NE(f, nullptr);
+        auto put = [&](std::uint64_t index, const kestrel::MpRecord &mp) {
+            const kestrel::MpBytes b = kestrel::EncodeMp(mp);
+            ASSERT_EQ(::fseeko(f, static_cast<off_t>(index * 80), SEEK_SET), 0);
+            ASSERT_EQ(std::fwrite(b.data(), 1, b.size(), f), b.size());
+        };
+        kestrel::MpRecord mp;
+        mp.time = 46000.5;
+        mp.markKind = kestrel::kSystemMarkKind;
+        put(0, mp); // opening mark
+        mp.markCode = kestrel::SystemMark::Started;
+        mp.time = 46000.5 + 1.0 / 86400;
+        put(1, mp); // relative time counts from here
+        for (std::uint64_t index = kWrap - 2; index <= kWrap + 2; ++index) {
+            kestrel::MpRecord d;
+            d.number = static_cast<std::uint32_t>(index);
+            d.time = 46000.5 + 1.0 / 86400 + static_cast<double>(index - (kWrap - 2) + 1) / 86400;
+            d.d1 = static_cast<std::uint8_t>('a' + (index - (kWrap - 2)));
+            d.d1Valid = 1;
+            d.counts[0] = index;
+            put(index, d);
+        }
+        std::fclose(f);
+    }
+    const std::string range = " --range " + std::to_string(kWrap - 2) + ":" + std::to_string(kWrap + 2);
+
+    const CliRun csv = cli("export " + path + range + " --columns mp,d1,time --time relative");
+    ASSERT_EQ(csv.code, 0) << csv.out;
+    EXPECT_NE(csv.out.find("\"4294967296\";\"0 day(s)  00:00:03,000000\";\"c\""), std::string::npos) << csv.out;
+    // MP 2^32 + 1 carries the number 1: relative time still counts from MP 1.
+    EXPECT_NE(csv.out.find("\"4294967297\";\"0 day(s)  00:00:04,"), std::string::npos) << csv.out;
+
+    const CliRun dump = cli("dump " + path + range);
+    ASSERT_EQ(dump.code, 0) << dump.out;
+    EXPECT_NE(dump.out.find("\n4294967297 "), std::string::npos) << dump.out;
+
+    const CliRun found = cli("search " + path + " --data 64 --d1 --from " + std::to_string(kWrap - 2));
+    EXPECT_EQ(found.out, std::to_string(kWrap + 1) + "\n");
+
+    // Appending: the recorder takes it for a recording and goes on at MP 2^32 + 3, number 3.
+    const CliRun appended = cli("record --simulate -o " + path + " --append --duration 0.2");
+    ASSERT_EQ(appended.code, 0) << appended.out;
+    kestrel::RecordReader reader;
+    ASSERT_TRUE(reader.open(path));
+    kestrel::MpRecord next;
+    ASSERT_TRUE(reader.read(kWrap + 3, next));
+    EXPECT_EQ(next.number, 3u);
+    EXPECT_TRUE(next.isSystemMark());
+    EXPECT_EQ(next.markCode, kestrel::SystemMark::Appended);
+    EXPECT_EQ(next.count(kestrel::Counter::D1), kWrap + 2);
+    EXPECT_TRUE(CheckRecording(reader, kestrel::CheckDepth::Writable).isRecording());
 }

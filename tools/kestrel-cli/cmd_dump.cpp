@@ -107,12 +107,14 @@ int runDump(const DumpOptions &o)
     for (std::uint64_t i = first; i <= last;) {
         const std::uint64_t want = std::min<std::uint64_t>(4096, last - i + 1);
         const std::uint64_t got = reader.readBlock(i, want, block);
-        for (const MpRecord &r : block) {
+        for (std::uint64_t k = 0; k < block.size(); ++k) {
+            const MpRecord &r = block[k];
+            const std::uint64_t index = i + k; // the place, not the 32-bit number that wraps
             line.clear();
-            pad(line, std::to_string(r.number), numberWidth);
+            pad(line, std::to_string(index), numberWidth);
             pad(line, MarkText(r, lang), markWidth);
             std::string t;
-            AppendTimeOfNext(t, r, timeMode, time);
+            AppendTimeOfNext(t, r, index, timeMode, time);
             pad(line, t, timeWidth);
             pad(line, r.d1Valid ? printable(RenderByteText(r.d1, charMode, overlay)) : "", byteWidth);
             pad(line, r.d2Valid ? printable(RenderByteText(r.d2, charMode, overlay)) : "", byteWidth);

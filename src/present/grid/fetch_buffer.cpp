@@ -33,7 +33,7 @@ std::optional<double> FetchBuffer::Finish(std::uint64_t got)
     valid_ = got == static_cast<std::uint64_t>(kFetchSlots);
     std::optional<double> base;
     for (std::uint64_t i = 0; i < got; ++i) {
-        if ((*slots_)[i].number == 1)
+        if (first_ + i == 1)
             base = (*slots_)[i].time;
     }
     if (before > got)
@@ -51,11 +51,11 @@ std::optional<double> FetchBuffer::Fetch(const RecordReader &reader, std::uint64
     return Decode(got);
 }
 
-std::optional<double> FetchBuffer::FillFromRecords(const std::vector<MpRecord> &records)
+std::optional<double> FetchBuffer::FillFromRecords(const std::vector<MpRecord> &records, std::uint64_t lastIndex)
 {
     const std::size_t got = std::min<std::size_t>(records.size(), kFetchSlots);
     const std::size_t skip = records.size() - got; // keep the newest
-    first_ = got > 0 ? records[skip].number : 0;
+    first_ = got > 0 ? lastIndex + 1 - got : 0;
     std::copy(records.begin() + static_cast<std::ptrdiff_t>(skip), records.end(), slots_->begin());
     lastReadBytes_ = 0;
     return Finish(got);

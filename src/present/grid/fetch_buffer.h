@@ -30,7 +30,13 @@ public:
     std::optional<double> Fetch(const RecordReader &reader, std::uint64_t first);
     // Fills the buffer from the live buffer's newest MPs (oldest first); the
     // first record's number says where the block starts.
-    std::optional<double> FillFromRecords(const std::vector<MpRecord> &records);
+    // records: consecutive MPs, the last of them at place lastIndex.
+    std::optional<double> FillFromRecords(const std::vector<MpRecord> &records, std::uint64_t lastIndex);
+    // The same for MPs whose numbers are their places (before any wrap).
+    std::optional<double> FillFromRecords(const std::vector<MpRecord> &records)
+    {
+        return FillFromRecords(records, records.empty() ? 0 : records.back().number);
+    }
     // Zeroes every slot.
     void Clear();
 

@@ -15,6 +15,7 @@
 #include "present/grid/redraw_loop.h"
 #include "present/grid/redraw_thread.h"
 #include "base/string_table.h"
+#include "record/recording_check.h"
 
 namespace kestrel::grid {
 
@@ -553,10 +554,15 @@ void RecordGrid::InitialLoads()
 
 bool RecordGrid::TakeNewest(std::vector<MpRecord> newest)
 {
-    if (newest.empty())
+    // The newest MP's place: its 32-bit number wraps, so it is found from the file's length.
+    std::uint64_t lastIndex = 0;
+    if (newest.empty()) {
         MeasureFile();
-    else
-        SetRecordCount(static_cast<std::int64_t>(newest.back().number) + 1);
+    } else {
+        const std::uint64_t inFile = reader_.isOpen() ? reader_.recordCount() : 0;
+        lastIndex = MpIndexAtOrBefore(newest.back().number, inFile > 0 ? inFile - 1 : newest.back().number);
+        SetRecordCount(static_cast<std::int64_t>(lastIndex + 1));
+    }
     position_ = EndPosition(recordCount_, largeChange());
     cleared_ = false;
     // The live buffer holds the page and its neighbours, except just after
@@ -565,9 +571,9 @@ bool RecordGrid::TakeNewest(std::vector<MpRecord> newest)
     // end that is a page's worth, not a whole fetch window.
     const auto need = largeChange() + 2;
     const bool liveHasPage = !newest.empty() &&
-                             (static_cast<std::int64_t>(newest.size()) >= need || newest.front().number == 0);
+                             (static_cast<std::int64_t>(newest.size()) >= need || lastIndex + 1 == newest.size());
     if (liveHasPage || !reader_.isOpen()) {
-        if (const auto base = buffer_.FillFromRecords(newest))
+        if (const auto base = buffer_.FillFromRecords(newest, lastIndex))
             relativeBase_ = *base;
         return true;
     }

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "record/record_reader.h"
+#include "record/recording_check.h"
 #include "present/grid/fetch_buffer.h"
 #include "support/temp_dir.h"
 
@@ -105,4 +106,17 @@ TEST(FetchBuffer, FillFromLiveRecordsReadsNothing)
     EXPECT_EQ(buf.lastReadBytes(), 0u);
     ASSERT_NE(buf.Mp(9), nullptr);
     EXPECT_EQ(buf.Mp(9)->number, 9u);
+
+    // Across the 32-bit number wrap the live MPs sit at their places, found from the
+    // file's length; the MP numbered 1 after the wrap is not MP 1.
+    constexpr std::uint64_t kWrap = 1ull << 32;
+    const std::uint64_t last = MpIndexAtOrBefore(1, kWrap + 3); // the file has MPs up to 2^32 + 3
+    EXPECT_EQ(last, kWrap + 1);
+    EXPECT_FALSE(buf.FillFromRecords({Mp(0xFFFFFFFFu), Mp(0), Mp(1)}, last).has_value());
+    EXPECT_EQ(buf.first(), kWrap - 1);
+    ASSERT_NE(buf.Mp(kWrap), nullptr);
+    EXPECT_EQ(buf.Mp(kWrap)->number, 0u);
+    EXPECT_TRUE(buf.FillFromRecords({Mp(0), Mp(1)}).has_value()); // a young recording: MP 1 starts relative time
+    EXPECT_EQ(MpIndexAtOrBefore(5, 9), 5u);
+    EXPECT_EQ(MpIndexAtOrBefore(5, 3), 5u); // cannot lie before: the number itself
 }
