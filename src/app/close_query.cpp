@@ -4,19 +4,21 @@
 
 namespace kestrel {
 
-bool FormCloseQuery(Prompter &prompter, CloseSteps &steps)
+CloseAnswer FormCloseQuery(Prompter &prompter, CloseSteps &steps)
 {
     // No question while recording: the user stops first, then closes.
     if (steps.isRecording())
-        return false;
+        return CloseAnswer::RefusedRecording;
     if (prompter.ShowMessage(Str(203), Str(24), Buttons::YesNo, Icon::Confirmation) != MsgResult::Yes)
-        return false;
+        return CloseAnswer::Declined;
+    if (steps.isRecording())
+        return CloseAnswer::RefusedRecording;
     steps.closeRecordHandles();
     if (steps.environmentChanged() &&
         prompter.ShowMessage(Str(204), Str(25), Buttons::YesNo, Icon::Confirmation) == MsgResult::Yes)
         steps.saveEnvironmentDialog();
     steps.saveConfiguration();
-    return true;
+    return CloseAnswer::Close;
 }
 
 } // namespace kestrel

@@ -1,6 +1,6 @@
 #pragma once
-// The close query of the main window, without the window: refuse silently
-// while recording, ask whether to close, close the record file's handles,
+// The close query of the main window, without the window: refuse while
+// recording (the window says why in its status bar), ask whether to close, close the record file's handles,
 // offer to save a changed environment, save the configuration.
 
 #include "base/prompt.h"
@@ -18,6 +18,14 @@ public:
 };
 
 // true when the window may close.
-[[nodiscard]] bool FormCloseQuery(Prompter &prompter, CloseSteps &steps);
+enum class CloseAnswer {
+    Close,
+    Declined,         // the user said no
+    RefusedRecording, // a recording runs: stop it first (text 60 says so)
+};
+
+// A recording that started while the question waited (a start trigger, say) refuses
+// the close too: the program never ends in the middle of a recording.
+[[nodiscard]] CloseAnswer FormCloseQuery(Prompter &prompter, CloseSteps &steps);
 
 } // namespace kestrel

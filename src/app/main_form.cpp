@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QGuiApplication>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QSignalBlocker>
 #include <QSplitter>
@@ -359,19 +360,32 @@ void TFormMain::FormShow()
 
 void TFormMain::closeEvent(QCloseEvent *event)
 {
-    if (quitting_ || FormCloseQuery(*prompter_, *this)) {
+    if (quitting_) {
+        event->accept();
+        return;
+    }
+    const CloseAnswer answer = FormCloseQuery(*prompter_, *this);
+    if (answer == CloseAnswer::Close) {
         event->accept();
         return;
     }
     event->ignore();
+    if (answer == CloseAnswer::RefusedRecording) // in the status bar, not in a box: nothing to answer
+        statusPanels_[0]->setText(S(60).replace(QRegularExpression("\\s*\\n+\\s*"), " "));
 }
 
 void TFormMain::quitCleanly()
 {
-    if (messageForm_->isWaiting()) {
-        // A question is open (a start-up error, say): answer it "no", let its
-        // caller finish, and end once it has.
-        messageForm_->reject();
+    bool answered = false;
+    for (TMessageForm *box : findChildren<TMessageForm *>()) {
+        if (box->isWaiting()) {
+            // A question is open (a start-up error, say): answer it "no", let its
+            // caller finish, and end once it has.
+            box->reject();
+            answered = true;
+        }
+    }
+    if (answered) {
         QTimer::singleShot(0, this, &TFormMain::quitCleanly);
         return;
     }

@@ -92,6 +92,9 @@ public:
 
     // Stops a recording and closes without questions (SIGTERM, --quit-after).
     void quitCleanly();
+    // Opens the session's record file in the grid (after New, Open or an environment
+    // changed it); a file that is no recording is shown, and said so once.
+    void ShowChangedRecordFile();
 
 public slots:
     // recorder
@@ -155,7 +158,6 @@ private:
     void placeOnMonitor(int savedMonitor);
     [[nodiscard]] int monitorIndex() const;
     void applyEnvironment(const Environment &env);
-    void ShowChangedRecordFile();
     void btnNewRecordFileClick();
     void btnOpenRecordFileClick();
     void btnSaveRecordFileClick();

@@ -15,6 +15,8 @@
 #include "capture/recording_session.h"
 #include "record/clock.h"
 #include "record/record_file.h"
+#include "record/recording_check.h"
+#include "capture/recorder.h"
 #include "config/environment.h"
 #include "config/port_combo.h"
 #include "config/program_config.h"
@@ -111,6 +113,15 @@ void TFormMain::ShowChangedRecordFile()
     if (r.result) {
         envChanged_ = true;
         redrawGrid(); // opens the file in the grid, from its first row
+        // A file that is not a recording is shown as it is, and said so once.
+        const RecordingCheck found = CheckRecording(file.view(), CheckDepth::Writable);
+        if (found.kind == RecordingKind::NotRecording)
+            prompter_->ShowMessage(Str(3000),
+                                   QString::fromStdString(Str(7110))
+                                       .arg(QString::fromStdString(file.path()),
+                                            QString::fromStdString(NotRecordingText(found)))
+                                       .toStdString(),
+                                   Buttons::Ok, Icon::Warning);
     } else {
         ReportError(*prompter_, 3000, r.result.code, {"RecordFile", __LINE__}, r.result.detail);
     }

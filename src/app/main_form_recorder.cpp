@@ -97,6 +97,10 @@ void TFormMain::btnRecordClick()
 {
     if (isRecording() || session_->loaded())
         return;
+    if (session_->portList().empty()) { // nothing to record from: say what would help
+        prompter_->ShowMessage(Str(2000), Str(7111), Buttons::Ok, Icon::Information);
+        return;
+    }
     session_->recorder().setAppendReplace(chooseRecordMode());
     session_->record();
 }

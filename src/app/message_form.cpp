@@ -54,7 +54,7 @@ int negativeAnswer(int buttons)
 TMessageForm::TMessageForm(QWidget *parent) : QDialog(parent)
 {
     setObjectName("TMessageForm");
-    setModal(false);
+    setWindowModality(Qt::ApplicationModal);
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
 
     lblMessageTitle = new QLabel(this);
@@ -133,11 +133,15 @@ void TMessageForm::InitialLoads()
 
 int TMessageForm::ShowMessage(const std::string &title, const std::string &text, int buttons, int icon)
 {
-    // One box waits at a time; a question raised while this one waits (a port
-    // lost behind an open question) gets a box of its own.
+    // One box at a time: a message raised while this one waits (a port lost behind
+    // an open question) gets a box of its own once this one has been answered.
     if (waiting_) {
-        TMessageForm nested(parentWidget());
-        return nested.ShowMessage(title, text, buttons, icon);
+        QEventLoop queue;
+        connect(this, &TMessageForm::answered, &queue, &QEventLoop::quit);
+        while (waiting_ && result_ == 0)
+            queue.exec();
+        TMessageForm next(parentWidget());
+        return next.ShowMessage(title, text, buttons, icon);
     }
 
     Image1->clear();
@@ -213,6 +217,7 @@ void TMessageForm::btnClicked()
     hide();
     if (waitLoop_ != nullptr)
         waitLoop_->quit();
+    emit answered();
 }
 
 void TMessageForm::reject()
@@ -222,6 +227,7 @@ void TMessageForm::reject()
     hide();
     if (waitLoop_ != nullptr)
         waitLoop_->quit();
+    emit answered();
 }
 
 void TMessageForm::closeEvent(QCloseEvent *event)
@@ -231,6 +237,7 @@ void TMessageForm::closeEvent(QCloseEvent *event)
     event->accept();
     if (waitLoop_ != nullptr)
         waitLoop_->quit();
+    emit answered();
 }
 
 void TMessageForm::NormalizeTopMosts()

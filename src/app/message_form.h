@@ -2,7 +2,10 @@
 // The program's own message box: a title line, the message, an icon and up
 // to three buttons, in the language of the user interface. It answers the
 // Prompter interface for the whole program. While it waits for an answer the
-// event loop keeps running, so capture goes on behind an open question.
+// event loop keeps running, so capture goes on behind an open question; but
+// the box is modal for the whole program, so nothing else can be done (no key,
+// no button, no menu of another window) until it is answered, and only one box
+// is open at a time.
 
 #include <QDialog>
 #include <QPixmap>
@@ -34,6 +37,10 @@ public:
     [[nodiscard]] bool isWaiting() const { return waiting_; }
     // The image shown for an icon kind; null for unknown kinds.
     [[nodiscard]] static QPixmap IconImage(int iconKind);
+
+signals:
+    // A button, Escape or the close box gave the answer.
+    void answered();
 
 public slots:
     void btnClicked();

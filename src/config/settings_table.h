@@ -196,14 +196,25 @@ constexpr Setting<settings_detail::OwnerOf<P...>> TextSetting(const char *sectio
     return s;
 }
 
-// def nullptr: a missing key keeps the list in use.
+// A missing key gives the list def returns.
 template <auto... P>
 constexpr Setting<settings_detail::OwnerOf<P...>> CommaListSetting(const char *section, const char *key,
                                                                    const std::vector<std::string> &(*def)())
 {
     auto s = settings_detail::Entry<P...>(section, key, SettingType::CommaList);
     s.list = def;
-    s.keepWhenMissing = def == nullptr;
+    s.textsAt = &settings_detail::Path<P...>::Get;
+    return s;
+}
+
+// No default: a missing key keeps the list in use. (An overload rather than a
+// null test: comparing a function's address is no constant expression in a
+// sanitized build.)
+template <auto... P>
+constexpr Setting<settings_detail::OwnerOf<P...>> CommaListSetting(const char *section, const char *key, std::nullptr_t)
+{
+    auto s = settings_detail::Entry<P...>(section, key, SettingType::CommaList);
+    s.keepWhenMissing = true;
     s.textsAt = &settings_detail::Path<P...>::Get;
     return s;
 }

@@ -10,11 +10,15 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
+#include <QTest>
 #include <QToolButton>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 
 #include "app/action_registry.h"
 #include "app/main_form.h"
+#include "app/message_form.h"
 #include "capture/recording_session.h"
 #include "app/signal_light.h"
 #include "app/signal_light_controller.h"
@@ -236,14 +240,17 @@ TEST(MainForm, ControlsAreLockedWhileRecordingAndRestoredAfter)
     EXPECT_TRUE(win.find<QWidget>("ScrollBar1")->isEnabled());
 }
 
-TEST(MainForm, CloseIsRefusedSilentlyWhileRecording)
+TEST(MainForm, CloseWhileRecordingIsRefusedWithTheReasonInTheStatusBar)
 {
     Window win;
     win.w->show();
     win.click("btnREC");
     EXPECT_FALSE(win.w->close());
     EXPECT_TRUE(win.w->isRecording());
-    EXPECT_TRUE(win.prompter.asked.empty());
+    EXPECT_TRUE(win.prompter.asked.empty()); // no box: nothing to answer
+    const QString status = win.find<QLabel>("pnlStatusBarPanel1")->text();
+    EXPECT_TRUE(status.startsWith(QString::fromStdString(Str(60)).section('\n', 0, 0))) << status.toStdString();
+    EXPECT_FALSE(status.contains('\n'));
 
     win.click("btnSTOP");
     win.prompter.answerNext(MsgResult::No);
@@ -753,4 +760,118 @@ TEST(MainForm, QuitAfterEndsEvenWhileTheFewPortsWarningWaits)
     pump(500);
     EXPECT_FALSE(rescued);
     EXPECT_FALSE(w.isVisible());
+}
+
+namespace {
+
+// The window's own message boxes that wait for an answer.
+std::vector<TMessageForm *> waitingBoxes(TFormMain &w)
+{
+    std::vector<TMessageForm *> out;
+    for (TMessageForm *f : w.findChildren<TMessageForm *>())
+        if (f->isWaiting() && f->isVisible())
+            out.push_back(f);
+    return out;
+}
+
+} // namespace
+
+TEST(MainForm, AnOpenQuestionBlocksEveryKeyAndTheCloseNeverEndsARecording)
+{
+    // Ctrl+Q's question waits; F5 behind it must not start a recording, and "Yes" then
+    // closes a window that records nothing.
+    test::TempDir dir;
+    MainFormOptions o;
+    o.args = ParseStartupArgs({"kestrel", "--simulate"});
+    o.dataFolder = dir.path().string() + "/";
+    o.skipUnloadDelay = true;
+    TFormMain w(std::move(o)); // its own message box
+    w.show();
+    pump(300);
+    ASSERT_TRUE(waitingBoxes(w).empty());
+    bool asked = false, recordedBehind = true, modal = false;
+    QTimer::singleShot(50, &w, [&] {
+        const auto boxes = waitingBoxes(w);
+        asked = boxes.size() == 1;
+        modal = QApplication::activeModalWidget() == boxes.front();
+        QApplication::setActiveWindow(&w); // the user clicks the main window behind the box
+        QTest::keyClick(w.windowHandle(), Qt::Key_F5);
+        QTest::keyClick(w.windowHandle(), Qt::Key_F5, Qt::NoModifier); // twice: a press is a press
+        QCoreApplication::processEvents();
+        recordedBehind = w.isRecording() || w.recorder().loaded();
+        boxes.front()->findChild<QPushButton *>("btn1")->click(); // "Yes"
+    });
+    QTimer::singleShot(4000, &w, [&] { // keeps a broken build from hanging the run
+        for (TMessageForm *f : waitingBoxes(w))
+            f->reject();
+    });
+    w.actions().action("actExit")->trigger(); // Ctrl+Q
+    pump(100);
+    EXPECT_TRUE(asked);
+    EXPECT_TRUE(modal);
+    EXPECT_FALSE(recordedBehind);
+    EXPECT_FALSE(w.isVisible());
+
+    // Without the box in the way, the same key does record: the test above can fail.
+    test::TempDir dir2;
+    MainFormOptions o2;
+    o2.args = ParseStartupArgs({"kestrel", "--simulate"});
+    o2.dataFolder = dir2.path().string() + "/";
+    o2.skipUnloadDelay = true;
+    TFormMain w2(std::move(o2));
+    w2.show();
+    pump(300);
+    QApplication::setActiveWindow(&w2);
+    QTest::keyClick(w2.windowHandle(), Qt::Key_F5);
+    pump(50);
+    EXPECT_TRUE(w2.isRecording());
+    w2.quitCleanly();
+}
+
+TEST(MainForm, AFileThatIsNoRecordingIsSaidSoOnceAndNeverWrittenWithoutAsking)
+{
+    Window win;
+    const std::string junk = (win.dir.path() / "recordings" / "random.ksr").string();
+    std::string bytes(1000, '\0');
+    unsigned x = 12345;
+    for (char &c : bytes)
+        c = static_cast<char>((x = x * 1103515245u + 12345u) >> 16);
+    std::ofstream(junk, std::ios::binary) << bytes;
+    win.prompter.asked.clear();
+    win.w->session().file().setPath(junk);
+    win.w->ShowChangedRecordFile();
+    ASSERT_EQ(win.prompter.asked.size(), 1u);
+    EXPECT_NE(win.prompter.asked[0].text.find("random.ksr"), std::string::npos);
+    EXPECT_NE(win.prompter.asked[0].text.find(Str(7106)), std::string::npos) << win.prompter.asked[0].text;
+
+    // Record asks before it replaces it (No is the default); "No" keeps every byte.
+    win.prompter.asked.clear();
+    win.prompter.answerNext(MsgResult::No);
+    win.click("btnREC");
+    EXPECT_FALSE(win.w->isRecording());
+    ASSERT_EQ(win.prompter.asked.size(), 1u);
+    EXPECT_EQ(win.prompter.asked[0].buttons, Buttons::YesNoDefaultNo);
+    std::ifstream in(junk, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), bytes);
+}
+
+TEST(MainForm, ErrorsCarryTheSystemsReasonAndNoPortsExplainsWhatToDo)
+{
+    Window win;
+    const std::string folder = (win.dir.path() / "recordings" / "folder.ksr").string();
+    std::filesystem::create_directories(folder);
+    win.prompter.asked.clear();
+    win.w->session().file().setPath(folder);
+    win.w->ShowChangedRecordFile();
+    ASSERT_EQ(win.prompter.asked.size(), 1u);
+    EXPECT_NE(win.prompter.asked[0].text.find(std::strerror(EISDIR)), std::string::npos) << win.prompter.asked[0].text;
+
+    SetPortListOverride(std::vector<std::string>{});
+    Window none({}, nullptr, {}, false);
+    SetPortListOverride(std::nullopt);
+    none.prompter.asked.clear();
+    none.click("btnREC");
+    EXPECT_FALSE(none.w->isRecording());
+    ASSERT_EQ(none.prompter.asked.size(), 1u);
+    EXPECT_EQ(none.prompter.asked[0].text, Str(7111));
 }

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTimer>
+#include <algorithm>
 #include <functional>
 
 #include "app/message_form.h"
@@ -136,25 +137,46 @@ TEST(MessageForm, EventLoopKeepsRunningWhileItWaits)
     EXPECT_GE(ticks, 5); // timers (port data in the program) ran behind the open question
 }
 
-TEST(MessageForm, QuestionRaisedWhileWaitingGetsItsOwnAnswer)
+// A question raised while another waits (a port lost behind an open question) is
+// shown only once the first is answered: never two boxes at once. Each is modal
+// for the whole program.
+TEST(MessageForm, OneModalBoxAtATimeAndEachGetsItsOwnAnswer)
 {
     TMessageForm box;
     int inner = 0;
-    QTimer::singleShot(0, &box, [&] {
-        // A second question while the first waits, answered on its own box.
-        QTimer::singleShot(0, [] {
-            for (QWidget *w : QApplication::topLevelWidgets()) {
-                auto *b = w->findChild<QPushButton *>("btn3");
-                auto *f = qobject_cast<TMessageForm *>(w);
-                if (f != nullptr && f->isVisible() && f->windowTitle() == "inner")
-                    b->click();
+    bool innerAsked = false;
+    int mostVisible = 0;
+    QStringList answeredTitles;
+    bool allAppModal = true;
+    QTimer poll;
+    poll.setInterval(10);
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        QList<TMessageForm *> shown;
+        for (QWidget *w : QApplication::topLevelWidgets())
+            if (auto *f = qobject_cast<TMessageForm *>(w); f != nullptr && f->isVisible())
+                shown << f;
+        mostVisible = std::max(mostVisible, static_cast<int>(shown.size()));
+        for (TMessageForm *f : shown) {
+            allAppModal = allAppModal && f->windowModality() == Qt::ApplicationModal;
+            if (f->windowTitle() == "outer" && innerAsked) {
+                answeredTitles << "outer";
+                f->findChild<QPushButton *>("btn1")->click();
+            } else if (f->windowTitle() == "inner") {
+                answeredTitles << "inner";
+                f->findChild<QPushButton *>("btn3")->click();
             }
-        });
+        }
+    });
+    poll.start();
+    QTimer::singleShot(0, &box, [&] {
+        innerAsked = true;
         inner = box.ShowMessage("inner", "second", Buttons::YesNo, Icon::Warning);
-        box.findChild<QPushButton *>("btn1")->click();
     });
     EXPECT_EQ(box.ShowMessage("outer", "first", Buttons::YesNo, Icon::Confirmation), MsgResult::Yes);
     EXPECT_EQ(inner, MsgResult::No);
+    EXPECT_EQ(mostVisible, 1);
+    EXPECT_EQ(answeredTitles, (QStringList{"outer", "inner"}));
+    EXPECT_TRUE(allAppModal);
 }
 
 TEST(MessageForm, ErrorReportLowersStayOnTopWindowsAroundTheBox)

@@ -104,14 +104,32 @@ public:
 
 } // namespace
 
-TEST(CloseQuery, RefusesSilentlyWhileRecording)
+TEST(CloseQuery, RefusesWithoutAQuestionWhileRecording)
 {
     test::ScriptedPrompter p(MsgResult::Yes);
     FakeSteps s;
     s.recording = true;
-    EXPECT_FALSE(FormCloseQuery(p, s));
+    EXPECT_EQ(FormCloseQuery(p, s), CloseAnswer::RefusedRecording);
     EXPECT_TRUE(p.asked.empty());
     EXPECT_TRUE(s.done.empty());
+
+    // A recording that began while the question waited refuses the close as well.
+    class StartsWhileAsked final : public Prompter {
+    public:
+        explicit StartsWhileAsked(FakeSteps &steps) : steps_(steps) {}
+        int ShowMessage(const std::string &, const std::string &, int, int) override
+        {
+            steps_.recording = true;
+            return MsgResult::Yes;
+        }
+
+    private:
+        FakeSteps &steps_;
+    };
+    FakeSteps late;
+    StartsWhileAsked asks(late);
+    EXPECT_EQ(FormCloseQuery(asks, late), CloseAnswer::RefusedRecording);
+    EXPECT_TRUE(late.done.empty());
 }
 
 TEST(CloseQuery, AsksOnceWhenTheEnvironmentIsUnchanged)
@@ -119,7 +137,7 @@ TEST(CloseQuery, AsksOnceWhenTheEnvironmentIsUnchanged)
     test::ScriptedPrompter p;
     p.answerNext(MsgResult::Yes);
     FakeSteps s;
-    EXPECT_TRUE(FormCloseQuery(p, s));
+    EXPECT_EQ(FormCloseQuery(p, s), CloseAnswer::Close);
     ASSERT_EQ(p.asked.size(), 1u);
     EXPECT_EQ(p.asked[0].text, Str(24));
     EXPECT_EQ(p.asked[0].title, Str(203));
@@ -133,7 +151,7 @@ TEST(CloseQuery, NoKeepsTheWindowAndTouchesNothing)
     p.answerNext(MsgResult::No);
     FakeSteps s;
     s.changed = true;
-    EXPECT_FALSE(FormCloseQuery(p, s));
+    EXPECT_EQ(FormCloseQuery(p, s), CloseAnswer::Declined);
     EXPECT_EQ(p.asked.size(), 1u);
     EXPECT_TRUE(s.done.empty());
 }
@@ -146,7 +164,7 @@ TEST(CloseQuery, OffersToSaveAChangedEnvironment)
         p.answerNext(answer);
         FakeSteps s;
         s.changed = true;
-        EXPECT_TRUE(FormCloseQuery(p, s));
+        EXPECT_EQ(FormCloseQuery(p, s), CloseAnswer::Close);
         ASSERT_EQ(p.asked.size(), 2u);
         EXPECT_EQ(p.asked[1].text, Str(25));
         EXPECT_EQ(p.asked[1].title, Str(204));
