@@ -354,6 +354,7 @@ void TFormMain::FormShow()
     progress.close();
     // A message box of the start-up may have waited while the program was ended.
     startupDone_ = true;
+    DrawGrid1->setFocus(); // Home, End and the page keys work without a click first
     if (args_.recordAtStart && !quitting_)
         btnRecordClick();
 }

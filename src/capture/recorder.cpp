@@ -22,6 +22,7 @@ constexpr int kMsgWriteFailed = 3020;
 constexpr int kMsgMonitorMode = 4273;
 constexpr int kMsgExamineMode = 4274;
 constexpr int kMsgReadingPending = 8167;
+constexpr int kMsgReady = 7651;
 constexpr int kMsgTornTailCut = 7100;
 constexpr int kMsgPortLost = 7101;
 constexpr int kMsgNotARecording = 7103;
@@ -311,6 +312,7 @@ void Recorder::StopRecorder()
     // What the ports received before the stop belongs to the recording: read out, then closed.
     ports_.closeAfterRecording();
     noteWrite(store_.endBurst());
+    view_->setStatusText(Str(kMsgReady)); // read: the text lasts no longer than the reading (a pause may last long)
     view_->stopTriggerTimer();
     qCInfo(lcCapture) << "recording stopped";
 }

@@ -276,6 +276,10 @@ int RecordStore::WriteTriggerMark(std::uint8_t t, std::uint8_t a, std::uint8_t b
 
 int RecordStore::WriteSystemMark(std::uint8_t code, bool reset)
 {
+    // An appended part opens like a new file as far as load goes: its peak is its own,
+    // not the one an earlier recording reached.
+    if (code == SystemMark::Appended)
+        previous_.loadActual = previous_.loadPeak = previous_.quality = 0;
     ComEvent mark;
     mark.markCode = code;
     mark.markKind = kSystemMarkKind;

@@ -472,6 +472,7 @@ TEST(MainForm, StartUpTakesTheEnvironmentAndTheStartOptions)
     ASSERT_TRUE(win.w->isRecording());
     win.click("btnSTOP");
     EXPECT_EQ(codes(readMarks(ksr)), (std::vector<int>{0, 6, 5}));
+    EXPECT_EQ(win.w->focusWidget(), &win.w->grid()); // the grid takes the keys from the start
 }
 
 TEST(MainForm, SettingsSurviveARestart)

@@ -62,6 +62,8 @@ class CountingView final : public RecorderView {
 public:
     void setRecordButtons(bool down) override { recDown = down; }
     void setStatusLights(bool hold, bool recording) override { lights.push_back({hold, recording}); }
+    void setStatusText(const std::string &text) override { status = text; }
+    std::string status;
     std::vector<std::pair<bool, bool>> lights;
     bool recDown = false;
 };
@@ -230,6 +232,7 @@ TEST_F(RecorderFixture, PauseThenStopStopsOnceAndWritesOneStopMark)
     EXPECT_EQ(whilePaused, 3u);
     rec.blinkTick();
     EXPECT_EQ(view.lights.back(), std::make_pair(false, false)); // the recorder light stays off while paused
+    EXPECT_NE(view.status, Str(8167)); // "reading pending data" ended with the reading, not with the pause
     rec.stop();
     EXPECT_FALSE(rec.paused());
     EXPECT_EQ(ports.count("close"), 1);

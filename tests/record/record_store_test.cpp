@@ -224,7 +224,9 @@ TEST_F(StoreFixture, AppendContinuesNumbersCountersAndTime)
     EXPECT_EQ(recs[1].number, 43u);
     EXPECT_EQ(recs[1].count(Counter::D1), 31u);
     EXPECT_EQ(recs[1].count(Counter::PE), 2u);
-    EXPECT_EQ(recs[1].loadPeak, 77);
+    // The appended part's peak starts again: not the 77 % of the recording before.
+    EXPECT_EQ(recs[0].loadPeak, recs[0].loadActual);
+    EXPECT_EQ(recs[1].loadPeak, std::max(recs[0].loadActual, recs[1].loadActual));
 
     // The load of an appended file is averaged from the file's own first MP, not from the
     // start of whatever this session recorded before: 4800 characters in 10 s at 960 cps.
