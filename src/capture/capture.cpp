@@ -7,6 +7,7 @@
 
 #include "base/reporter.h"
 #include "capture/capture_log.h"
+#include "ports/port_texts.h"
 
 namespace kestrel {
 
@@ -14,30 +15,6 @@ namespace {
 
 // A drain after the ports stopped reporting ends at the latest after this many rounds.
 constexpr int kMaxDrainRounds = 1'000'000;
-
-struct ParityText {
-    std::string_view text;
-    Parity parity;
-};
-constexpr std::array<ParityText, 5> kParityTexts = {{
-    {"N", Parity::None}, {"E", Parity::Even}, {"O", Parity::Odd}, {"M", Parity::Mark}, {"S", Parity::Space}}};
-
-std::string_view trimmed(std::string_view s)
-{
-    while (!s.empty() && (s.front() == ' ' || s.front() == '\t'))
-        s.remove_prefix(1);
-    while (!s.empty() && (s.back() == ' ' || s.back() == '\t'))
-        s.remove_suffix(1);
-    return s;
-}
-
-template <typename T>
-bool parseWhole(std::string_view s, T &out)
-{
-    s = trimmed(s);
-    auto [p, ec] = std::from_chars(s.data(), s.data() + s.size(), out);
-    return ec == std::errc() && p == s.data() + s.size() && !s.empty();
-}
 
 } // namespace
 
@@ -60,37 +37,30 @@ ErrorFlags MapLineError(unsigned errorWord)
     return f;
 }
 
-Parity ParityFromText(const std::string &text)
+PortSettings SettingsFromTexts(const PortComboTexts &texts, std::string *unknown)
 {
-    for (const auto &p : kParityTexts)
-        if (text == p.text)
-            return p.parity;
-    return Parity::None;
-}
-
-StopBits StopBitsFromText(const std::string &text, int dataBits)
-{
+    PortSettings s; // 9600 8N1 for whatever cannot be read
+    auto note = [unknown](const char *what, const std::string &text) {
+        if (unknown != nullptr)
+            *unknown += (unknown->empty() ? "" : ", ") + std::string(what) + " '" + text + "'";
+    };
+    if (const auto baud = ParseBaudText(texts.baud))
+        s.baud = *baud;
+    else
+        note("baud", texts.baud);
+    if (const auto bits = ParseDataBitsText(texts.dataBits))
+        s.dataBits = *bits;
+    else
+        note("data bits", texts.dataBits);
+    if (const auto parity = ParseParityText(texts.parity))
+        s.parity = *parity;
+    else
+        note("parity", texts.parity);
     // With five data bits the port takes "two" as one and a half; "1" then means 1.5 as well.
-    if (text == "1")
-        return dataBits == 5 ? StopBits::Two : StopBits::One;
-    if (text == "1.5" || text == "2")
-        return StopBits::Two;
-    return StopBits::One;
-}
-
-PortSettings SettingsFromTexts(const PortComboTexts &texts)
-{
-    PortSettings s;
-    s.baud = 9600;
-    long baud = 0;
-    if (parseWhole(texts.baud, baud) && baud > 0)
-        s.baud = baud;
-    s.dataBits = 8;
-    int bits = 0;
-    if (parseWhole(texts.dataBits, bits) && bits >= 5 && bits <= 8)
-        s.dataBits = bits;
-    s.parity = ParityFromText(texts.parity);
-    s.stopBits = StopBitsFromText(texts.stopBits, s.dataBits);
+    if (const auto stop = ParseStopBitsText(texts.stopBits))
+        s.stopBits = *stop == StopBitsChoice::One && s.dataBits != 5 ? StopBits::One : StopBits::Two;
+    else
+        note("stop bits", texts.stopBits);
     return s;
 }
 
@@ -150,7 +120,10 @@ Result Capture::InitInterface(const PortComboTexts &texts)
         a_.setDevice(portList_[static_cast<std::size_t>(choice.a)]);
         b_.setDevice(portList_[static_cast<std::size_t>(choice.b)]);
     }
-    const PortSettings s = SettingsFromTexts(texts);
+    std::string unknown;
+    const PortSettings s = SettingsFromTexts(texts, &unknown);
+    if (!unknown.empty() && warning.ok()) // a text no port takes: the default is used, and said
+        warning = Result::Fail(CaptureMsg::UnknownSetting, " " + unknown);
     a_.setSettings(s);
     b_.setSettings(a_.settings()); // B always copies A
     if (hooks_.settingsApplied)

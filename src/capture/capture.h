@@ -40,9 +40,8 @@ struct ErrorFlags {
 
 // Settings from the combo texts; unknown or garbage texts keep the defaults
 // (9600 baud, 8 data bits, no parity, 1 stop bit).
-[[nodiscard]] PortSettings SettingsFromTexts(const PortComboTexts &texts);
-[[nodiscard]] Parity ParityFromText(const std::string &text);
-[[nodiscard]] StopBits StopBitsFromText(const std::string &text, int dataBits);
+// Texts no port takes give the default (9600 8N1) and are listed in unknown.
+[[nodiscard]] PortSettings SettingsFromTexts(const PortComboTexts &texts, std::string *unknown = nullptr);
 
 // Which list entries ports A and B take, given the list size and the stored indexes.
 // Entries are -1 when the list is empty (both ports then use the first serial device).
@@ -60,12 +59,16 @@ inline constexpr int PortError = 2000; // the title of a port failure
 inline constexpr int PortA = 2010;     // port A cannot be opened; detail: device and reason
 inline constexpr int PortB = 2011;
 inline constexpr int FewPorts = 2053;  // a warning: fewer than two ports, both use the same
+inline constexpr int UnknownSetting = 7158; // a warning: a setting text no port takes; detail: which
 inline constexpr int WarningTitle = 205;
 } // namespace CaptureMsg
 
 class Reporter;
 // True for a result that only warns (2053): the ports can still be used.
-[[nodiscard]] inline bool IsCaptureWarning(const Result &r) { return r.code == CaptureMsg::FewPorts; }
+[[nodiscard]] inline bool IsCaptureWarning(const Result &r)
+{
+    return r.code == CaptureMsg::FewPorts || r.code == CaptureMsg::UnknownSetting;
+}
 // Shows a result of capture: a warning under title 205, a port failure under title 2000.
 void ReportCaptureResult(Reporter &reporter, const Result &result);
 

@@ -1,8 +1,10 @@
 #include "config/port_combo.h"
 
 #include <algorithm>
+#include <climits>
 
 #include "config/record_setup.h"
+#include "ports/port_texts.h"
 
 namespace kestrel {
 
@@ -27,16 +29,17 @@ PortComboIndexes ComboIndexesFor(const EnvPort &port, const PortValueLists &list
 EnvPort WithComboTexts(EnvPort port, const std::string &baud, const std::string &dataBits, const std::string &parity,
                        const std::string &stopBits)
 {
-    int value = 0;
-    if (ParseIniInteger(baud, value))
-        port.CustomBaudRate = value;
-    if (ParseIniInteger(dataBits, value))
-        port.DataBits = value;
+    // Read as capture reads them: a text no port takes is saved as the default the line
+    // runs with (capture says so when it applies the settings), never as typed.
+    const PortSettings line;
+    const auto rate = ParseBaudText(baud);
+    port.CustomBaudRate = static_cast<int>(rate && *rate <= INT_MAX ? *rate : line.baud);
+    port.DataBits = ParseDataBitsText(dataBits).value_or(line.dataBits);
     port.Parity = ParityOrdinalOf(parity).value_or(ParityOrdinal::None);
-    if (stopBits == "1.5" || stopBits == "2")
-        port.StopBits = 2;
-    else if (stopBits == "1")
-        port.StopBits = port.DataBits == 5 ? 2 : 1;
+    // Kept as chosen: "1" stays 1 with five data bits too (the line then runs 1.5), so
+    // the box shows "1" again after a reload.
+    const StopBitsChoice stop = ParseStopBitsText(stopBits).value_or(StopBitsChoice::One);
+    port.StopBits = stop == StopBitsChoice::One ? 1 : 2;
     return port;
 }
 

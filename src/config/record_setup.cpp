@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "ports/port_texts.h"
+
 namespace kestrel {
 
 namespace {
@@ -35,10 +37,9 @@ std::string ParityLetter(int ordinal)
 
 std::optional<int> ParityOrdinalOf(const std::string &letter)
 {
-    for (std::size_t i = 0; i < kParityLetters.size(); ++i) {
-        if (EqualsNoCase(letter, kParityLetters[i]))
-            return static_cast<int>(i);
-    }
+    // The ordinals are the order of the Parity enumeration: N, O, E, M, S.
+    if (const auto parity = ParseParityText(letter))
+        return static_cast<int>(*parity);
     return std::nullopt;
 }
 

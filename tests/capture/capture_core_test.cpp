@@ -109,16 +109,26 @@ TEST(PortChoice, RulesForZeroOneTwoAndMorePorts)
 
 TEST(ComboTexts, ParityStopBitsAndGarbage)
 {
-    // "1" with five data bits is taken as 1.5 by the port; anything unknown is the plain default.
-    const std::pair<PortComboTexts, PortSettings> settings[] = {
-        {{"115200", "7", "E", "2"}, {115200, 7, Parity::Even, StopBits::Two}},
-        {{" 1200 ", "5", "S", "1"}, {1200, 5, Parity::Space, StopBits::Two}},
-        {{"0", "9", "Mark", "3"}, {9600, 8, Parity::None, StopBits::One}},
-        {{"fast", "", "M", "1.5"}, {9600, 8, Parity::Mark, StopBits::Two}},
-        {{"300", "6", "O", "2"}, {300, 6, Parity::Odd, StopBits::Two}},
+    // "1" with five data bits is taken as 1.5 by the port; anything unknown is the plain
+    // default, and named.
+    struct Case {
+        PortComboTexts texts;
+        PortSettings want;
+        std::string unknown;
     };
-    for (const auto &[texts, want] : settings)
-        EXPECT_EQ(SettingsFromTexts(texts), want) << texts.baud;
+    const Case cases[] = {
+        {{"115200", "7", "E", "2"}, {115200, 7, Parity::Even, StopBits::Two}, ""},
+        {{" 1200 ", "5", "s", "1"}, {1200, 5, Parity::Space, StopBits::Two}, ""},
+        {{"0", "9", "Mark", "3"}, {9600, 8, Parity::None, StopBits::One},
+         "baud '0', data bits '9', parity 'Mark', stop bits '3'"},
+        {{"fast", "", "M", "1.5"}, {9600, 8, Parity::Mark, StopBits::Two}, "baud 'fast', data bits ''"},
+        {{"300", "6", "O", "2"}, {300, 6, Parity::Odd, StopBits::Two}, ""},
+    };
+    for (const Case &c : cases) {
+        std::string unknown;
+        EXPECT_EQ(SettingsFromTexts(c.texts, &unknown), c.want) << c.texts.baud;
+        EXPECT_EQ(unknown, c.unknown);
+    }
 }
 
 TEST_F(CaptureFixture, OnePortWarnsOnceAndBothPortsShareIt)
@@ -127,6 +137,9 @@ TEST_F(CaptureFixture, OnePortWarnsOnceAndBothPortsShareIt)
     PortSettings applied;
     cap.hooks().settingsApplied = [&](const PortSettings &s) { applied = s; };
     EXPECT_EQ(cap.InitInterface({"19200", "8", "O", "1"}), Result::Fail(CaptureMsg::FewPorts));
+    EXPECT_TRUE(cap.InitInterface({"19200", "8", "O", "1"}));
+    // A text no port takes is a warning of its own that names it.
+    EXPECT_EQ(cap.InitInterface({"19200", "9", "O", "1"}), Result::Fail(CaptureMsg::UnknownSetting, " data bits '9'"));
     EXPECT_TRUE(cap.InitInterface({"19200", "8", "O", "1"}));
     EXPECT_EQ(a.device() + b.device(), "/dev/ttyUSB0/dev/ttyUSB0");
     EXPECT_EQ(b.settings(), a.settings());

@@ -84,6 +84,11 @@ TEST(PortCombo, StoredSettingsFindTheirItemsAndComboTextsComeBack)
     const EnvPort before{1, "", 9600, 8, ParityOrdinal::None, 1};
     EXPECT_EQ(WithComboTexts(before, "115200", "5", "O", "1.5"), port);
     EXPECT_EQ(WithComboTexts(before, "19200", "8", "S", "2"), (EnvPort{1, "", 19200, 8, ParityOrdinal::Space, 2}));
-    EXPECT_EQ(WithComboTexts(before, "fast", "x", "?", "1"), before);
-    EXPECT_EQ(WithComboTexts(before, "300", "5", "N", "1").StopBits, 2); // one stop bit is not offered with 5 data bits
+    // What capture cannot read is saved as what the line then runs with, not as typed.
+    EXPECT_EQ(WithComboTexts(EnvPort{1, "", 300, 7, ParityOrdinal::Odd, 2}, "fast", "9", "?", "3"), before);
+    EXPECT_EQ(WithComboTexts(before, "9600", "7", "e", "1").Parity, ParityOrdinal::Even);
+    // "1" with five data bits runs 1.5 on the line, but is kept (and shown) as chosen.
+    const EnvPort five = WithComboTexts(before, "300", "5", "N", "1");
+    EXPECT_EQ(StopBitsText(five.StopBits, five.DataBits), "1");
+    EXPECT_EQ(ComboIndexesFor(five, lists).stopBits, 0);
 }
