@@ -123,6 +123,8 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     connectActions();
     FormCreate();
     StartupPrepare();
+    if (!scenarioWarning_)
+        reporter_->report(205, scenarioWarning_, {}, Severity::Warning);
     ScanPortsAndApplySettings();
     SetLifePortLabels();
     ApplyLanguage();

@@ -40,8 +40,7 @@ void TFormMain::createSession(const MainFormOptions &options)
         session_->capture().setStoredIndexes(0, 1);
     } else if (args_.simulate) {
         ScenarioChoice chosen = ScenarioOrDemo(args_.scenario);
-        if (!chosen.warning)
-            reporter_->report(205, chosen.warning, {}, Severity::Warning);
+        scenarioWarning_ = chosen.warning; // shown once the program's language is known
         session_ = RecordingSession::Simulated(std::move(chosen.scenario), *reporter_, options.clock);
         // The line runs whether we listen or not, as a real line would.
         session_->simLine()->start(2);

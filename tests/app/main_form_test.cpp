@@ -876,3 +876,14 @@ TEST(MainForm, ErrorsCarryTheSystemsReasonAndNoPortsExplainsWhatToDo)
     ASSERT_EQ(none.prompter.asked.size(), 1u);
     EXPECT_EQ(none.prompter.asked[0].text, Str(7111));
 }
+
+TEST(MainForm, TheScenarioWarningOfAFirstStartComesInTheProgramsLanguage)
+{
+    // No configuration yet: the first start takes English (the installer's hint), and the
+    // warning about an unreadable scenario must come in it, not in the language before.
+    SetGlobalLang(kLangGerman);
+    Window win({"/no/such/scenario.ksc"});
+    ASSERT_FALSE(win.prompter.asked.empty());
+    EXPECT_EQ(GlobalLang(), kLangEnglish);
+    EXPECT_EQ(win.prompter.asked[0].text.rfind(StrIn(7653, kLangEnglish), 0), 0u) << win.prompter.asked[0].text;
+}
