@@ -260,6 +260,8 @@ private:
     bool hadConfigFile_ = false;
     bool shown_ = false;
     bool quitting_ = false;
+    void lockScrollBarWhileFollowing();
+
     bool startupDone_ = false;
     Result scenarioWarning_; // a scenario that could not be read, reported after the language is set // FormShow has loaded the configuration and the environment
     int pinNaming_ = 0; // 0 circuit names, 1 pin names

@@ -72,7 +72,13 @@ void TFormMain::connectActions()
           "actAppend", "actReplace"})
         recordLock_.add(ActionManager1->action(QString::fromLatin1(name)));
     recordLock_.add(pnlCCTrigPanel);
-    recordLock_.add(DrawGrid1->verticalScrollBar()); // ScrollBar1: the grid follows the recording
+}
+
+void TFormMain::lockScrollBarWhileFollowing()
+{
+    // While recording the grid follows the newest MP; with the display held the scroll
+    // bar looks back over what is recorded so far.
+    DrawGrid1->verticalScrollBar()->setEnabled(!recordLock_.isLocked() || viewHold_);
 }
 
 void TFormMain::connectGrid()
@@ -156,11 +162,13 @@ void TFormMain::DisableCtrlsBeforeRec()
     ActionManager1->action("actStart")->setEnabled(false);
     ActionManager1->action("actStop")->setEnabled(true);
     ActionManager1->action("actPause")->setEnabled(true);
+    lockScrollBarWhileFollowing();
 }
 
 void TFormMain::EnableCtrlsAfterRec()
 {
     recordLock_.unlock();
+    lockScrollBarWhileFollowing();
     ActionManager1->action("actStart")->setEnabled(true);
     ActionManager1->action("actStop")->setEnabled(false);
     ActionManager1->action("actPause")->setEnabled(true);
@@ -195,6 +203,7 @@ void TFormMain::btnViewHoldClick()
     QAction *a = ActionManager1->action("actFreezeDisplay");
     a->setChecked(viewHold_);
     DrawGrid1->SetHold(viewHold_);
+    lockScrollBarWhileFollowing();
     if (viewHold_) {
         LEDToggleTimer->start();
     } else {

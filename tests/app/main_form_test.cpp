@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
+#include <QScrollBar>
 #include <QTest>
 #include <QToolButton>
 #include <cerrno>
@@ -886,4 +887,47 @@ TEST(MainForm, TheScenarioWarningOfAFirstStartComesInTheProgramsLanguage)
     ASSERT_FALSE(win.prompter.asked.empty());
     EXPECT_EQ(GlobalLang(), kLangEnglish);
     EXPECT_EQ(win.prompter.asked[0].text.rfind(StrIn(7653, kLangEnglish), 0), 0u) << win.prompter.asked[0].text;
+}
+
+TEST(MainForm, WithTheDisplayHeldARunningRecordingCanBeLookedBackOver)
+{
+    Window win;
+    win.w->show();
+    win.click("btnREC");
+    grid::RecordGrid &grid = win.w->grid();
+    QElapsedTimer t;
+    t.start();
+    while (grid.recordCount() < 3 * grid.largeChange() && t.elapsed() < 10000)
+        pump(50);
+    ASSERT_GE(grid.recordCount(), 3 * grid.largeChange()) << "the simulated line recorded too little";
+
+    // Following the end: Home is ignored and the scroll bar is locked.
+    QTest::keyClick(&grid, Qt::Key_Home);
+    EXPECT_TRUE(grid.followEnd());
+    EXPECT_GT(grid.position(), 0);
+    EXPECT_FALSE(grid.verticalScrollBar()->isEnabled());
+
+    // Held: keys, wheel and scroll bar look back while the recording goes on.
+    win.click("btnViewHold");
+    EXPECT_TRUE(grid.verticalScrollBar()->isEnabled());
+    QTest::keyClick(&grid, Qt::Key_Home);
+    EXPECT_FALSE(grid.followEnd());
+    EXPECT_EQ(grid.position(), 0);
+    for (int i = 0; i < 3; ++i) // the first may only move the cursor to the page's last row
+        QTest::keyClick(&grid, Qt::Key_PageDown);
+    const std::int64_t lookedAt = grid.position();
+    EXPECT_GT(lookedAt, 0);
+    const std::int64_t countBefore = grid.recordCount();
+    pump(400);
+    EXPECT_TRUE(win.w->isRecording());
+    EXPECT_EQ(grid.position(), lookedAt); // stays where the user looks
+
+    // Released: back to the newest MPs.
+    win.click("btnViewHold");
+    EXPECT_TRUE(grid.followEnd());
+    EXPECT_FALSE(grid.verticalScrollBar()->isEnabled());
+    EXPECT_GE(grid.recordCount(), countBefore);
+    EXPECT_GT(grid.position(), lookedAt);
+    win.click("btnSTOP");
+    EXPECT_TRUE(grid.verticalScrollBar()->isEnabled());
 }

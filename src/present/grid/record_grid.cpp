@@ -321,6 +321,8 @@ void RecordGrid::keyPressEvent(QKeyEvent *event)
     }
     if (key == GridKey::End && live_ != nullptr)
         SetFollowEnd(true);
+    else
+        StartBrowsing();
     ApplyKey(key);
     event->accept();
 }
@@ -328,6 +330,7 @@ void RecordGrid::keyPressEvent(QKeyEvent *event)
 void RecordGrid::wheelEvent(QWheelEvent *event)
 {
     event->accept();
+    StartBrowsing();
     if (followEnd_) {
         wheelRest_ = 0;
         return;
@@ -495,8 +498,20 @@ void RecordGrid::SetHold(bool on)
     hold_ = on;
     if (redraw_)
         redraw_->SetHold(on);
-    if (!on)
+    if (!on) {
+        // Looking back ends with the hold: the newest MPs again.
+        if (live_ != nullptr)
+            SetFollowEnd(true);
         ScrollBar1Change();
+    }
+}
+
+void RecordGrid::StartBrowsing()
+{
+    // With the display held, a running recording can be looked back over: a key or the
+    // wheel stops following its end (without the hold they are ignored while following).
+    if (live_ != nullptr && hold_ && followEnd_)
+        SetFollowEnd(false);
 }
 
 void RecordGrid::SetFollowEnd(bool on)

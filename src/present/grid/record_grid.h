@@ -99,6 +99,8 @@ public slots:
     // Display hold and following the newest MPs.
     void SetHold(bool on);
     void SetFollowEnd(bool on);
+    // Held display during a recording: keys and the wheel look back instead of being ignored.
+    void StartBrowsing();
     // Repaint helpers.
     void ClearGrid();
     void RedrawGrid();
