@@ -284,6 +284,7 @@ void TFormMain::ApplyLanguage()
     ActionManager1->action("actLangEnglish")->setChecked(!german);
     messageForm_->InitialLoads();
     confirmRecordMode_->InitialLoads();
+    DrawGrid1->InitialLoads(); // its status line ("day(s)", the copy item) in the new language at once
     updateWindowTitle();
 }
 

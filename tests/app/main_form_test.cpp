@@ -392,6 +392,24 @@ TEST(MainForm, LanguageSwitchRelabelsTheWindow)
     win.act("actLangGerman")->trigger();
     EXPECT_EQ(win.modeText(), "EXAMINE - MODUS");
     EXPECT_EQ(win.find<QToolButton>("btnREC")->text(), "Aufnahme");
+
+    // The grid's status line follows at once, not at its next refresh.
+    win.click("btnREC");
+    pump(100);
+    win.click("btnSTOP");
+    win.act("actTimeRelative")->trigger();
+    auto statusLine = [&] {
+        QString all;
+        for (QLabel *l : win.w->findChildren<QLabel *>())
+            if (l->objectName().startsWith("pnlStatusBarPanel"))
+                all += l->text() + "|";
+        return all;
+    };
+    win.act("actLangEnglish")->trigger();
+    EXPECT_TRUE(statusLine().contains("day(s)")) << statusLine().toStdString();
+    win.act("actLangGerman")->trigger();
+    EXPECT_TRUE(statusLine().contains("Tag(e)")) << statusLine().toStdString();
+    EXPECT_FALSE(statusLine().contains("day(s)")) << statusLine().toStdString();
 }
 
 TEST(MainForm, ModeButtonsDriveTheGridAndFollowItsViewMemory)
@@ -921,11 +939,13 @@ TEST(MainForm, WithTheDisplayHeldARunningRecordingCanBeLookedBackOver)
     pump(400);
     EXPECT_TRUE(win.w->isRecording());
     EXPECT_EQ(grid.position(), lookedAt); // stays where the user looks
+    EXPECT_TRUE(win.find<QLabel>("pnlStatusBarPanel1")->text().contains("||")); // the hold bar grows
 
     // Released: back to the newest MPs.
     win.click("btnViewHold");
     EXPECT_TRUE(grid.followEnd());
     EXPECT_FALSE(grid.verticalScrollBar()->isEnabled());
+    EXPECT_FALSE(win.find<QLabel>("pnlStatusBarPanel1")->text().contains("||")); // and goes with the hold
     EXPECT_GE(grid.recordCount(), countBefore);
     EXPECT_GT(grid.position(), lookedAt);
     win.click("btnSTOP");

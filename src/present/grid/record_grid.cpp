@@ -499,6 +499,7 @@ void RecordGrid::SetHold(bool on)
     if (redraw_)
         redraw_->SetHold(on);
     if (!on) {
+        emit progressTextChanged(QString()); // the hold bar lasts only as long as the hold
         // Looking back ends with the hold: the newest MPs again.
         if (live_ != nullptr)
             SetFollowEnd(true);
