@@ -162,8 +162,13 @@ int RecordStore::WriteMp(const ComEvent &e, std::uint16_t burst, bool reset)
     }
 
     // 2. Time stamp: spread the bytes of one burst one character time apart and
-    // keep every MP at least one character time after the one before.
-    std::int64_t c = clock_.counter();
+    // keep every MP at least one character time after the one before — but never
+    // further ahead of the moment the burst was read than the burst's own length
+    // at the line rate. Bytes that come faster than the settings allow (a line
+    // faster than the port is set to, a simulated line) then share a stamp
+    // instead of piling up time that has not passed.
+    const std::int64_t now = clock_.counter();
+    std::int64_t c = now;
     if (cbase_ == 0) {
         cbase_ = c;
         clast_ = c;
@@ -172,6 +177,9 @@ int RecordStore::WriteMp(const ComEvent &e, std::uint16_t burst, bool reset)
     } else {
         if (burst >= 2 || c - clast_ < timing_.tchar)
             c = clast_ + timing_.tchar;
+        const std::int64_t latest = now + (static_cast<std::int64_t>(burst) + 1) * timing_.tchar;
+        if (c > latest)
+            c = std::max(clast_, latest); // never back in time either
         mp.time = t0_ + (static_cast<double>(c - cbase_) / static_cast<double>(frequency_)) / 86400.0;
         clast_ = c;
     }
