@@ -220,7 +220,7 @@ private:
     QFrame *pnlAllBottom = nullptr;
     QFrame *pnlCCTrigPanel = nullptr;
     QFrame *pnlCCRecDispControl = nullptr;
-    QLabel *lblRecordFileSize = nullptr;
+    class ElidedLabel *lblRecordFileSize = nullptr;
     QLabel *lblTriggerEmpty = nullptr;
     QToolButton *btnREC = nullptr;
     QToolButton *btnPAUSE = nullptr;
@@ -261,6 +261,7 @@ private:
     bool shown_ = false;
     bool quitting_ = false;
     void lockScrollBarWhileFollowing();
+    void keepStatusBarWhole();
 
     bool startupDone_ = false;
     Result scenarioWarning_; // a scenario that could not be read, reported after the language is set // FormShow has loaded the configuration and the environment

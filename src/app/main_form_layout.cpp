@@ -20,6 +20,8 @@
 #include <algorithm>
 
 #include "app/action_registry.h"
+#include "app/elided_label.h"
+#include "app/flow_layout.h"
 #include "app/line_gauge.h"
 #include "app/main_form.h"
 #include "app/signal_light.h"
@@ -101,9 +103,9 @@ QWidget *TFormMain::buildToolBars()
 {
     ControlBar1 = new QWidget(this);
     ControlBar1->setObjectName("ControlBar1");
-    auto *row = new QHBoxLayout(ControlBar1);
+    // The bars wrap onto a second row where one row does not fit (1024 pixels wide).
+    auto *row = new FlowLayout(ControlBar1, 2);
     row->setContentsMargins(4, 2, 4, 2);
-    row->setSpacing(2);
     auto addBar = [&](int n) {
         auto *tb = new QToolBar(ControlBar1);
         tb->setObjectName(QString("ActionToolBar%1").arg(n));
@@ -152,7 +154,6 @@ QWidget *TFormMain::buildToolBars()
                             {"btnShowNoGridLines", "actShowNoGridLines"}})
         grid->addWidget(speedButton(btn, act, grid, true));
 
-    row->addStretch(1);
     return ControlBar1;
 }
 
@@ -167,9 +168,8 @@ QWidget *TFormMain::buildMonitor()
     pnlDGHeaderAlTop = panel("pnlDGHeaderAlTop", pnlMonitor);
     auto *head = new QHBoxLayout(pnlDGHeaderAlTop);
     head->setContentsMargins(6, 3, 6, 3);
-    lblRecordFileSize = new QLabel(pnlDGHeaderAlTop);
+    lblRecordFileSize = new ElidedLabel(pnlDGHeaderAlTop); // a long path is shortened in the middle
     lblRecordFileSize->setObjectName("lblRecordFileSize");
-    lblRecordFileSize->setTextInteractionFlags(Qt::TextSelectableByMouse);
     head->addWidget(lblRecordFileSize, 1);
     box->addWidget(pnlDGHeaderAlTop);
 
@@ -226,7 +226,7 @@ QWidget *TFormMain::buildRecorderPanel()
     btnViewHold = speedButton("btnViewHold", "actFreezeDisplay", g, false);
     int col = 0;
     for (QToolButton *b : {btnREC, btnPAUSE, btnSTOP, btnRECappend, btnRECreplace, btnViewHold}) {
-        b->setMinimumWidth(70);
+        b->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred); // never narrower than its caption
         grid->addWidget(b, 0, col++);
     }
     apdLEDRecorder = new SignalLight("apdLEDRecorder", QColor(255, 40, 30), g);
@@ -286,7 +286,7 @@ QWidget *TFormMain::buildLinePanel()
     g->setProperty("textNo", 7632);
     captionGroups_.append(g);
     auto *grid = new QGridLayout(g);
-    grid->setHorizontalSpacing(10);
+    grid->setHorizontalSpacing(4);
     static const QColor colours[8] = {QColor(0, 230, 0), QColor(0, 230, 0), QColor(255, 200, 0), QColor(255, 200, 0),
                                       QColor(255, 200, 0), QColor(255, 200, 0), QColor(255, 200, 0), QColor(255, 60, 40)};
     for (int i = 0; i < 8; ++i) {
@@ -294,7 +294,7 @@ QWidget *TFormMain::buildLinePanel()
         lineLabels_[i] = new QLabel(g);
         lineLabels_[i]->setObjectName(QString("lblLife%1").arg(QString(kLightNames[i]).mid(3)));
         lineLabels_[i]->setAlignment(Qt::AlignCenter);
-        lineLabels_[i]->setMinimumWidth(30);
+        lineLabels_[i]->setMinimumWidth(26);
         grid->addWidget(lineLights_[i], 0, i, Qt::AlignHCenter);
         grid->addWidget(lineLabels_[i], 1, i);
     }
@@ -363,7 +363,7 @@ QWidget *TFormMain::buildControlCentre()
     captionLabels_.append(lblTriggerEmpty);
     trig->addWidget(trigTitle);
     trig->addWidget(lblTriggerEmpty, 1);
-    pnlCCTrigPanel->setMinimumWidth(220);
+    pnlCCTrigPanel->setMinimumWidth(160);
 
     pnlCCRecDispControl = panel("pnlCCRecDispControl", pnlAllBottom);
     auto *grid = new QGridLayout(pnlCCRecDispControl);
@@ -386,19 +386,30 @@ void TFormMain::buildStatusBar()
     // so that a time stamp is never cut off in the middle of its microseconds.
     const int stretch[6] = {1, 0, 0, 0, 0, 0};
     const char *widest[6] = {"", "MP: 4294967295", "Tx: 2088-88-88 88:88:88,888888",
-                             "Dx: 8888 Tag(e)  88:88:88,888888", "PE: 8888 FE: 8888 LE: 8888", ""};
+                             "Dx: 8888 Tag(e)  88:88:88,888888", "PE: 888 FE: 888 LE: 888", ""};
     for (int i = 0; i < 6; ++i) {
         statusPanels_[i] = new QLabel(bar);
         statusPanels_[i]->setObjectName(QString("pnlStatusBarPanel%1").arg(i + 1));
-        statusPanels_[i]->setMinimumWidth(std::max(60, statusTextWidth(statusPanels_[i], QString::fromLatin1(widest[i]))));
+        statusPanels_[i]->setMinimumWidth(std::max(40, statusTextWidth(statusPanels_[i], QString::fromLatin1(widest[i]))));
         bar->addPermanentWidget(statusPanels_[i], stretch[i]);
     }
     QFont bold = statusPanels_[5]->font();
     bold.setBold(true);
     statusPanels_[5]->setFont(bold);
     statusPanels_[5]->setMinimumWidth(
-        std::max(150, std::max(statusTextWidth(statusPanels_[5], S(4273)), statusTextWidth(statusPanels_[5], S(4274)))));
+        std::max(statusTextWidth(statusPanels_[5], S(4273)), statusTextWidth(statusPanels_[5], S(4274))));
     statusPanels_[5]->setAlignment(Qt::AlignCenter);
+    keepStatusBarWhole();
+}
+
+void TFormMain::keepStatusBarWhole()
+{
+    // The window is never narrower than the panels' reserved widths, so that no panel is
+    // laid over its neighbour.
+    int sum = 0;
+    for (const QLabel *p : statusPanels_)
+        sum += p->minimumWidth() + 8;
+    statusBar()->setMinimumWidth(sum + 20);
 }
 
 int TFormMain::statusTextWidth(const QLabel *panel, const QString &text)
@@ -412,10 +423,20 @@ void TFormMain::fitStatusPanel(QLabel *panel, const QString &text)
     if (panel->text() == text)
         return;
     // Grow only: a panel that jumps back and forth with every row would make the bar dance.
+    // But never past the window: a long text (a damaged file's 20-digit counts) is cut
+    // rather than push the window wider than the screen or over the mode text.
     panel->setText(text);
-    const int need = statusTextWidth(panel, text);
-    if (need > panel->minimumWidth())
+    panel->setToolTip(text);
+    int others = 0;
+    for (QLabel *p : statusPanels_)
+        if (p != panel)
+            others += p->minimumWidth();
+    const int room = std::max(panel->minimumWidth(), width() - others - 60);
+    const int need = std::min(statusTextWidth(panel, text), room);
+    if (need > panel->minimumWidth()) {
         panel->setMinimumWidth(need);
+        keepStatusBarWhole();
+    }
 }
 
 } // namespace kestrel

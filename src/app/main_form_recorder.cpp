@@ -12,6 +12,7 @@
 
 #include "app/action_registry.h"
 #include "app/confirm_record_mode_form.h"
+#include "app/elided_label.h"
 #include "app/line_gauge.h"
 #include "app/main_form.h"
 #include "app/signal_light.h"
@@ -179,12 +180,12 @@ void TFormMain::stopTriggerTimer() { TriggerTimer->stop(); }
 void TFormMain::updateSizeLabel()
 {
     const RecordFile &file = session_->file();
-    lblRecordFileSize->setText(QString::fromStdString(RecordSizeLabel(file.path(), file.fileSize())));
+    lblRecordFileSize->setFullText(QString::fromStdString(RecordSizeLabel(file.path(), file.fileSize())));
 }
 
 void TFormMain::refreshSizeLabel(const std::string &label)
 {
-    lblRecordFileSize->setText(QString::fromStdString(label));
+    lblRecordFileSize->setFullText(QString::fromStdString(label));
 }
 
 void TFormMain::resetViewToStart() { DrawGrid1->GotoMp(0); }

@@ -951,3 +951,47 @@ TEST(MainForm, WithTheDisplayHeldARunningRecordingCanBeLookedBackOver)
     win.click("btnSTOP");
     EXPECT_TRUE(grid.verticalScrollBar()->isEnabled());
 }
+
+TEST(MainForm, AtTenTwentyFourBySevenSixtyEightNothingIsOutsideTheWindow)
+{
+    // 1024 x 768 leaves the window about 1024 x 740 beside the desktop's bars.
+    for (const int lang : {kLangEnglish, kLangGerman}) {
+        SetGlobalLang(lang);
+        Window win;
+        win.act(lang == kLangEnglish ? "actLangEnglish" : "actLangGerman")->trigger();
+        win.w->resize(1024, 740);
+        win.w->show();
+        pump(50);
+        EXPECT_LE(win.w->minimumSizeHint().width(), 1024) << "language " << lang;
+
+        EXPECT_LE(win.w->width(), 1024) << "language " << lang;
+        EXPECT_LE(win.w->height(), 740) << "language " << lang;
+        // Squeezed to its minimum, no status panel lies over another and no recorder button
+        // loses part of its caption.
+        win.w->resize(win.w->minimumSizeHint().width(), 740);
+        pump(20);
+        std::vector<QRect> panels;
+        for (int i = 1; i <= 6; ++i) {
+            auto *p = win.find<QLabel>(QString("pnlStatusBarPanel%1").arg(i).toLatin1().constData());
+            panels.emplace_back(p->mapTo(win.w.get(), QPoint(0, 0)), p->size());
+        }
+        for (std::size_t i = 0; i + 1 < panels.size(); ++i)
+            EXPECT_FALSE(panels[i].intersects(panels[i + 1])) << "status panels " << i + 1 << " and " << i + 2;
+        for (const char *name : {"btnREC", "btnPAUSE", "btnSTOP", "btnRECappend", "btnRECreplace", "btnViewHold"}) {
+            auto *b = win.find<QToolButton>(name);
+            EXPECT_GE(b->width(), b->sizeHint().width()) << name << ", language " << lang;
+        }
+        win.w->resize(1024, 740);
+        pump(20);
+        const QRect inside = win.w->rect();
+        for (QWidget *child : win.w->findChildren<QWidget *>()) {
+            if (!child->isVisible() || child->isWindow())
+                continue;
+            const QRect r(child->mapTo(win.w.get(), QPoint(0, 0)), child->size());
+            EXPECT_TRUE(inside.contains(r)) << child->objectName().toStdString() << " of class "
+                                            << child->metaObject()->className() << " at " << r.x() << "," << r.y()
+                                            << " " << r.width() << "x" << r.height() << ", language " << lang;
+        }
+    }
+    SetGlobalLang(kLangGerman);
+}
