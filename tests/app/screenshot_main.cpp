@@ -12,6 +12,7 @@
 #include <filesystem>
 
 #include "base/console_prompter.h"
+#include "app/action_registry.h"
 #include "app/main_form.h"
 #include "present/grid/record_grid.h"
 
@@ -96,6 +97,29 @@ int main(int argc, char **argv)
             ++failures;
         } else {
             std::printf("saved %s\n", path.c_str());
+        }
+    }
+    // The window on a small and on a large screen, in both languages (the window as the
+    // screen leaves it: 1024 x 768 less the desktop's bars, 1920 x 1080 likewise).
+    click("btnViewVertical");
+    for (auto [lang, action] : {std::pair{"en", "actLangEnglish"}, {"de", "actLangGerman"}}) {
+        w.actions().action(action)->trigger();
+        for (const QSize size : {QSize(1024, 740), QSize(1920, 1050)}) {
+            w.resize(size);
+            pump(300);
+            const QPixmap shot = w.grab();
+            const std::string path =
+                (out / ("kestrel-" + std::string(lang) + "-" + std::to_string(size.width()) + "x" +
+                        std::to_string(size.height()) + ".png"))
+                    .string();
+            if (shot.width() > size.width() || !shot.save(QString::fromStdString(path)) ||
+                !looksDrawn(shot.toImage())) {
+                std::fprintf(stderr, "screenshot %s is missing, blank or wider than the screen (%d)\n", path.c_str(),
+                             shot.width());
+                ++failures;
+            } else {
+                std::printf("saved %s\n", path.c_str());
+            }
         }
     }
     w.quitCleanly();
