@@ -84,15 +84,22 @@ int main(int argc, char **argv)
     w.grid().GotoMp(0);
 
     int failures = 0;
-    for (auto [button, file] : {std::pair{"btnViewVertical", "kestrel-vertical.png"},
-                                {"btnViewDataOnly", "kestrel-data-only.png"},
-                                {"btnViewDataDump", "kestrel-dump.png"}}) {
-        click(button);
+    struct Shot {
+        const char *view, *mode, *file;
+    };
+    for (const Shot shot : {Shot{"btnViewVertical", "btnCharAscii", "kestrel-vertical.png"},
+                            Shot{"btnViewDataOnly", "btnCharAscii", "kestrel-data-only.png"},
+                            Shot{"btnViewDataDump", "btnCharAscii", "kestrel-dump.png"},
+                            Shot{"btnViewDataOnly", "btnCharHex", "kestrel-data-only-hex.png"},
+                            Shot{"btnViewVertical", "btnCharBin", "kestrel-vertical-bin.png"}}) {
+        const char *file = shot.file;
+        click(shot.view);
+        click(shot.mode);
         w.grid().GotoMp(0);
         pump(250);
-        const QPixmap shot = w.grab();
+        const QPixmap picture = w.grab();
         const std::string path = (out / file).string();
-        if (!shot.save(QString::fromStdString(path)) || !looksDrawn(shot.toImage())) {
+        if (!picture.save(QString::fromStdString(path)) || !looksDrawn(picture.toImage())) {
             std::fprintf(stderr, "screenshot %s is missing or blank\n", path.c_str());
             ++failures;
         } else {
@@ -102,6 +109,7 @@ int main(int argc, char **argv)
     // The window on a small and on a large screen, in both languages (the window as the
     // screen leaves it: 1024 x 768 less the desktop's bars, 1920 x 1080 likewise).
     click("btnViewVertical");
+    click("btnCharAscii");
     for (auto [lang, action] : {std::pair{"en", "actLangEnglish"}, {"de", "actLangGerman"}}) {
         w.actions().action(action)->trigger();
         for (const QSize size : {QSize(1024, 740), QSize(1920, 1050)}) {

@@ -78,6 +78,20 @@ void TextOutCmdChar(QPainter &p, const QRect &cell, double hScale, double vScale
     DrawLetters(p, cell, MnemonicDrawing(mnemonic.toStdString(), hScale, vScale));
 }
 
+QFont NumberFont(const QFont &textFont, const QString &text, int width)
+{
+    // The grid's font, made smaller (down to the smallest size that still reads) until
+    // the whole number fits its cell.
+    QFont f = textFont;
+    const int from = f.pixelSize() > 0 ? f.pixelSize() : 11;
+    for (int size = from; size >= kSmallestNumberPixels; --size) {
+        f.setPixelSize(size);
+        if (QFontMetrics(f).horizontalAdvance(text) <= width)
+            break;
+    }
+    return f;
+}
+
 void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, const QFont &textFont)
 {
     switch (content.kind) {
@@ -92,10 +106,14 @@ void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, co
         break;
     case CellKind::Number: {
         p.save();
-        p.setFont(textFont);
+        p.setFont(NumberFont(textFont, QString::fromStdString(content.text), cell.width() - kCellTextDx));
         p.setClipRect(cell);
+        const QString text = QString::fromStdString(content.text);
+        // A value that does not fit even the smallest readable size shows as "…", never cut
+        // to digits that read as another value.
+        const bool fits = QFontMetrics(p.font()).horizontalAdvance(text) <= cell.width() - kCellTextDx;
         p.drawText(cell.adjusted(kCellTextDx, kCellTextDy, 0, 0), Qt::AlignLeft | Qt::AlignTop,
-                   QString::fromStdString(content.text));
+                   fits ? text : QStringLiteral("…"));
         p.restore();
         break;
     }

@@ -20,6 +20,11 @@ void TextOutCtrlChar(QPainter &p, const QRect &cell, double hScale, double vScal
 // A two- or three-letter mnemonic on a diagonal; other lengths draw nothing.
 void TextOutCmdChar(QPainter &p, const QRect &cell, double hScale, double vScale, const QString &mnemonic);
 
+// Below this a number is no longer read reliably; a cell too narrow for it shows "…".
+inline constexpr int kSmallestNumberPixels = 8;
+// textFont, made smaller where needed so that the whole of text fits width.
+[[nodiscard]] QFont NumberFont(const QFont &textFont, const QString &text, int width);
+
 // The whole cell decision of a byte: glyph, caret, mnemonic or number text.
 void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, const QFont &textFont);
 

@@ -48,17 +48,36 @@ int DumpNumericWidth(int secondaryMode)
 
 bool IsGridView(int view) { return view == kViewVertical || view == kViewDataOnly || view == kViewDataDump; }
 
-ViewShape ShapeForView(int view, int clientWidth)
+int ByteCellWidth(int view, int charMode)
+{
+    if (view == kViewDataOnly) {
+        switch (charMode) {
+        case 4: // DEC "255"
+        case 5: // OCT "377"
+            return 22;
+        case 6: // BIN "11111111"
+            return 52;
+        default: // a character or two hex digits
+            return kDataWidth;
+        }
+    }
+    if (view == kViewDataDump)
+        return kDataWidth; // its byte columns always show characters
+    return charMode == 6 ? 60 : kVerticalWidths[3];
+}
+
+ViewShape ShapeForView(int view, int clientWidth, int charMode)
 {
     switch (view) {
     case kViewDataOnly: {
-        const int columns = std::max(3, (clientWidth - kLineNameWidth - kNumberWidth) / kDataWidth + 2);
-        return {kViewDataOnly, columns, columns - 2, 2};
+        const int cell = ByteCellWidth(kViewDataOnly, charMode);
+        const int columns = std::max(3, (clientWidth - kLineNameWidth - kNumberWidth) / cell + 2);
+        return {kViewDataOnly, columns, columns - 2, 2, cell};
     }
     case kViewDataDump:
-        return {kViewDataDump, 35, 16, 2};
+        return {kViewDataDump, 35, 16, 2, kDataWidth};
     default:
-        return {kViewVertical, 14, 1, 1};
+        return {kViewVertical, 14, 1, 1, ByteCellWidth(kViewVertical, charMode)};
     }
 }
 
@@ -68,7 +87,7 @@ int ColumnWidth(const ViewShape &shape, int col, int clientWidth, int secondaryM
         return 0;
     switch (shape.view) {
     case kViewDataOnly:
-        return col == 0 ? kLineNameWidth : col == 1 ? kNumberWidth : kDataWidth;
+        return col == 0 ? kLineNameWidth : col == 1 ? kNumberWidth : shape.byteWidth;
     case kViewDataDump:
         if (col == 0)
             return kLineNameWidth;
@@ -78,9 +97,11 @@ int ColumnWidth(const ViewShape &shape, int col, int clientWidth, int secondaryM
             return DumpNumericWidth(secondaryMode);
         return col == 18 ? kDumpSeparatorWidth : kDataWidth;
     default:
+        if (col == 3 || col == 4)
+            return shape.byteWidth;
         if (col < static_cast<int>(kVerticalWidths.size()))
             return kVerticalWidths[static_cast<std::size_t>(col)];
-        return clientWidth - kVerticalFixedWidth - kVerticalReserve;
+        return clientWidth - kVerticalFixedWidth - 2 * (shape.byteWidth - kVerticalWidths[3]) - kVerticalReserve;
     }
 }
 

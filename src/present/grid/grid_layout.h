@@ -31,12 +31,21 @@ struct ViewShape {
     int columns = 14;
     int mpsPerRow = 1;
     int rowsPerLine = 1;
+    // Width of a byte cell: the data-only view's data columns, the vertical view's D1
+    // and D2. Wide enough for the character mode's longest text (BIN: eight digits).
+    int byteWidth = 15;
     friend bool operator==(const ViewShape &, const ViewShape &) = default;
 };
 
 // An unknown view number gets the vertical shape. The data-only view keeps at
-// least one data column however narrow the window is, so that it still scrolls.
-[[nodiscard]] ViewShape ShapeForView(int view, int clientWidth);
+// least one data column however narrow the window is, so that it still scrolls;
+// its column count follows from the byte cell width of charMode.
+[[nodiscard]] ViewShape ShapeForView(int view, int clientWidth, int charMode = 1);
+// The byte cell width a view gives a character mode: a cell never shows less than
+// the whole value. Two hex digits fit 15 px in a smaller font; three decimal or
+// octal digits and eight binary ones do not, so those cells are wider (a departure
+// from a fixed 15 px data cell, made so that 0D never reads as 0C).
+[[nodiscard]] int ByteCellWidth(int view, int charMode);
 
 // Width in pixels of column col. In the vertical view the description column
 // takes the rest of the client width and may come out negative in a narrow

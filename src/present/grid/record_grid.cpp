@@ -162,7 +162,7 @@ bool RecordGrid::isRedrawRunning() const { return redraw_ && redraw_->running();
 
 void RecordGrid::ApplyLayout()
 {
-    shape_ = ShapeForView(modes_.view(), viewport()->width());
+    shape_ = ShapeForView(modes_.view(), viewport()->width(), modes_.charMode());
     dataRows_ = DataRowsFor(shape_, viewport()->height());
     col_ = std::clamp(col_, 0, shape_.columns - 1);
     row_ = std::clamp(row_, 1, dataRows_);
@@ -391,6 +391,9 @@ void RecordGrid::selectView(int view)
 void RecordGrid::setCharMode(int mode)
 {
     modes_.panel.ChooseMode(mode);
+    // A number mode may need wider byte cells (and so fewer data columns).
+    if (ShapeForView(modes_.view(), viewport()->width(), modes_.charMode()) != shape_)
+        ApplyLayout();
     AfterModeChange();
 }
 

@@ -67,6 +67,8 @@ public:
     [[nodiscard]] const FetchBuffer &fetchBuffer() const { return buffer_; }
     // Rectangle of a cell in viewport coordinates (empty when not visible).
     [[nodiscard]] QRect CellRect(int col, int row) const;
+    // The font of the cells' texts.
+    [[nodiscard]] const QFont &textFont() const { return textFont_; }
     // The text property the copy action sets.
     [[nodiscard]] QString text() const { return text_; }
     // The relative time base (reset by the recorder, taken from MP 1 on fetch).

@@ -8,10 +8,14 @@ using namespace kestrel::grid;
 
 TEST(GridLayout, ShapesOfTheThreeViews)
 {
-    EXPECT_EQ(ShapeForView(kViewVertical, 1000), (ViewShape{1, 14, 1, 1}));
-    EXPECT_EQ(ShapeForView(kViewDataDump, 1000), (ViewShape{4, 35, 16, 2}));
+    EXPECT_EQ(ShapeForView(kViewVertical, 1000), (ViewShape{1, 14, 1, 1, 30}));
+    EXPECT_EQ(ShapeForView(kViewDataDump, 1000), (ViewShape{4, 35, 16, 2, 15}));
     // (1280 - 50 - 80) / 15 + 2 = 78 columns, 76 MPs per row.
-    EXPECT_EQ(ShapeForView(kViewDataOnly, 1280), (ViewShape{3, 78, 76, 2}));
+    EXPECT_EQ(ShapeForView(kViewDataOnly, 1280), (ViewShape{3, 78, 76, 2, 15}));
+    // Number modes need wider byte cells: the column count follows from them.
+    EXPECT_EQ(ShapeForView(kViewDataOnly, 1280, 4), (ViewShape{3, 54, 52, 2, 22})); // (1150 / 22) + 2
+    EXPECT_EQ(ShapeForView(kViewDataOnly, 1280, 6).byteWidth, 52);
+    EXPECT_EQ(ShapeForView(kViewVertical, 1000, 6).byteWidth, 60);
     EXPECT_EQ(ShapeForView(kViewDataOnly, 144).columns, 2 + 0 + 1); // 14/15 = 0 -> clamped to one data column
     // View 2 does not exist: the vertical shape stands in.
     EXPECT_EQ(ShapeForView(2, 800).view, kViewVertical);

@@ -19,6 +19,8 @@
 #include <thread>
 #include <unistd.h>
 
+#include "present/grid/glyph_painter.h"
+#include "present/grid/grid_layout.h"
 #include "present/grid/live_source.h"
 #include "present/grid/redraw_loop.h"
 #include "present/grid/record_grid.h"
@@ -265,6 +267,43 @@ TEST_F(GridFixture, RenderedImageShowsMarksWaveformsAndErrors)
     grid->RedrawGrid();
     img = grid->viewport()->grab().toImage();
     EXPECT_GT(CountPixels(img, grid->CellRect(11, 3), red), 20);
+}
+
+// A number cell never shows a different value than its byte: at the default widths
+// the widest text of every number mode fits its cell in a readable size.
+TEST_F(GridFixture, NumberCellsShowTheWholeValueAtTheirDefaultWidths)
+{
+    ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(WriteRecording(dir, 12))));
+    struct Case {
+        const char *viewButton;
+        int view, mode, col;
+        std::vector<QString> texts;
+    };
+    const Case cases[] = {
+        {"data-only HEX", kViewDataOnly, CharMode::Hex, 2, {"0D", "3D", "88", "DB", "FF", "0B"}},
+        {"data-only DEC", kViewDataOnly, CharMode::Dec, 2, {"255", "188", "200"}},
+        {"data-only OCT", kViewDataOnly, CharMode::Oct, 2, {"377", "274"}},
+        {"data-only BIN", kViewDataOnly, CharMode::Bin, 2, {"11111111", "10001000", "00000000"}},
+        {"vertical HEX", kViewVertical, CharMode::Hex, 3, {"0D", "FF"}},
+        {"vertical DEC", kViewVertical, CharMode::Dec, 3, {"255", "188"}},
+        {"vertical BIN", kViewVertical, CharMode::Bin, 4, {"11111111", "10001000"}},
+    };
+    for (const Case &c : cases) {
+        grid->selectView(c.view);
+        grid->setCharMode(c.mode);
+        QApplication::processEvents();
+        const QRect cell = grid->CellRect(c.col, 1);
+        for (const QString &text : c.texts) {
+            const QFont f = NumberFont(grid->textFont(), text, cell.width() - kCellTextDx);
+            EXPECT_GE(f.pixelSize(), kSmallestNumberPixels) << c.viewButton;
+            EXPECT_LE(QFontMetrics(f).boundingRect(text).right(), cell.width() - kCellTextDx)
+                << c.viewButton << " " << text.toStdString() << " in " << cell.width() << " px";
+        }
+    }
+    // HEX needs no smaller font than 9 px in its 15 px cell: it stays easy to read.
+    grid->selectView(kViewDataOnly);
+    grid->setCharMode(CharMode::Hex);
+    EXPECT_GE(NumberFont(grid->textFont(), "DB", grid->CellRect(2, 1).width() - kCellTextDx).pixelSize(), 9);
 }
 
 TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
