@@ -4,6 +4,7 @@
 #include <QActionGroup>
 #include <QIcon>
 #include <array>
+#include <string_view>
 
 #include "base/string_table.h"
 
@@ -12,6 +13,43 @@ namespace kestrel {
 namespace {
 
 constexpr int kLaterHint = 7625;
+
+// Menus carry words; the mode buttons keep their short captions ("VERT", "ASC", "┼"),
+// which the menu shows beside the words.
+struct MenuWords {
+    const char *action;
+    int words;
+};
+constexpr MenuWords kMenuWords[] = {
+    {"actViewVertical", 7780},
+    {"actViewHorizontal", 7781},
+    {"actViewDataOnly", 7782},
+    {"actViewDataDump", 7783},
+    {"actCharAscii", 7784},
+    {"actCharEbcdic", 7785},
+    {"actCharHex", 7786},
+    {"actCharDec", 7787},
+    {"actCharOct", 7788},
+    {"actCharBin", 7789},
+    {"actChar01FReset", 7790},
+    {"actCharCtl", 7791},
+    {"actCharCmd", 7792},
+    {"actTimeAbsolute", 7793},
+    {"actTimeRelative", 7794},
+    {"actTimeDelta", 7795},
+    {"actShowAllGridLines", 7796},
+    {"actShowHorizontalGridLines", 7797},
+    {"actShowVerticalGridLines", 7798},
+    {"actShowNoGridLines", 7799},
+};
+
+int MenuWordsOf(const char *action)
+{
+    for (const MenuWords &m : kMenuWords)
+        if (std::string_view(m.action) == action)
+            return m.words;
+    return 0;
+}
 
 // clang-format off
 constexpr std::array kActions = {
@@ -146,7 +184,12 @@ void ActionManager::InitialLoads()
     for (const ActionDef &d : kActions) {
         QAction *a = byName_.value(QString::fromLatin1(d.name));
         const QString caption = QString::fromStdString(Str(d.caption));
-        a->setText(caption);
+        if (const int words = MenuWordsOf(d.name)) {
+            a->setText(QString::fromStdString(Str(words)) + "   [" + caption + "]");
+            a->setIconText(caption); // what the buttons show
+        } else {
+            a->setText(caption);
+        }
         QString tip = d.hint != 0 ? QString::fromStdString(Str(d.hint)) : QString(caption).remove('&');
         if (d.later)
             tip += " \u2014 " + QString::fromStdString(Str(kLaterHint));

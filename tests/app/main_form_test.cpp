@@ -392,6 +392,10 @@ TEST(MainForm, LanguageSwitchRelabelsTheWindow)
     win.act("actLangGerman")->trigger();
     EXPECT_EQ(win.modeText(), "EXAMINE - MODUS");
     EXPECT_EQ(win.find<QToolButton>("btnREC")->text(), "Aufnahme");
+    // Menus carry words with the button's caption beside them; the button keeps its caption.
+    EXPECT_EQ(win.act("actViewVertical")->text(), "Vertikale Ansicht   [VERT]");
+    EXPECT_EQ(win.find<QToolButton>("btnViewVertical")->text(), "VERT");
+    EXPECT_EQ(win.find<QToolButton>("btnShowAllGridLines")->text(), QString::fromUtf8("┼"));
 
     // The grid's status line follows at once, not at its next refresh.
     win.click("btnREC");

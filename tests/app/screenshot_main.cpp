@@ -12,6 +12,8 @@
 #include <filesystem>
 
 #include "base/console_prompter.h"
+#include <QMenu>
+
 #include "app/action_registry.h"
 #include "app/main_form.h"
 #include "present/grid/record_grid.h"
@@ -129,6 +131,17 @@ int main(int argc, char **argv)
                 std::printf("saved %s\n", path.c_str());
             }
         }
+    }
+    // The View menu: words, with the buttons' captions and the shortcut keys beside them.
+    for (QMenu *menu : w.findChildren<QMenu *>()) {
+        if (!menu->actions().contains(w.actions().action("actViewVertical")))
+            continue;
+        menu->popup(QPoint(40, 40));
+        pump(200);
+        const std::string path = (out / "kestrel-view-menu.png").string();
+        if (!menu->grab().save(QString::fromStdString(path)))
+            ++failures;
+        menu->hide();
     }
     w.quitCleanly();
     return failures == 0 ? 0 : 1;
