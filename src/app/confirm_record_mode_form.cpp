@@ -13,6 +13,7 @@ namespace kestrel {
 
 namespace {
 QString S(int n) { return QString::fromStdString(Str(n)); }
+constexpr int kTitleBarButtons = 140; // icon, close, minimize and maximize of a title bar
 } // namespace
 
 TFormConfirmRecordMode::TFormConfirmRecordMode(QWidget *parent) : QDialog(parent)
@@ -60,6 +61,9 @@ void TFormConfirmRecordMode::InitialLoads()
     btnOK->setText(S(6006));
     btnCancel->setText(S(6003));
     btnHelp->setText(S(7524));
+    // Wide enough for its title beside the title bar's own buttons, so the window manager
+    // need not shorten "Confirm the recording method" to "Confirm the r…".
+    setMinimumWidth(fontMetrics().horizontalAdvance(windowTitle()) + kTitleBarButtons);
 }
 
 int TFormConfirmRecordMode::ask()

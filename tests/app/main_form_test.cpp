@@ -295,6 +295,8 @@ TEST(MainForm, NeitherModeButtonDownAsksBeforeTouchingAFileWithData)
             for (QWidget *top : QApplication::topLevelWidgets())
                 if (top->objectName() == "TFormConfirmRecordMode" && top->isVisible()) {
                     EXPECT_TRUE(top->findChild<QRadioButton *>("rbRecAppend")->isChecked()); // preselected
+                    // Wide enough that its title need not be shortened.
+                    EXPECT_GT(top->width(), top->fontMetrics().horizontalAdvance(top->windowTitle()) + 100);
                     if (radio != nullptr)
                         top->findChild<QRadioButton *>(radio)->setChecked(true);
                     top->findChild<QPushButton *>(button)->click();

@@ -13,8 +13,9 @@ namespace {
 
 // Vertical view: mark, number, time, D1, D2, six levels, two error columns;
 // the description (column 13) takes what is left.
-constexpr std::array<int, 13> kVerticalWidths = {100, 80, 150, 30, 30, 30, 30, 30, 30, 30, 30, 35, 35};
-constexpr int kVerticalFixedWidth = 640;
+// The error columns leave a few pixels beside "D2Err" / "RxErr" for wider fonts.
+constexpr std::array<int, 13> kVerticalWidths = {100, 80, 150, 30, 30, 30, 30, 30, 30, 30, 30, 40, 40};
+constexpr int kVerticalFixedWidth = 650;
 constexpr int kVerticalReserve = 16;
 
 constexpr int kLineNameWidth = 50;

@@ -27,12 +27,12 @@ TEST(GridLayout, ColumnWidthsTheNarrowWindowAndDumpNumbers)
     int fixed = 0;
     for (int c = 0; c < 13; ++c)
         fixed += ColumnWidth(v, c, 1000, 3);
-    EXPECT_EQ(fixed, 640);
-    EXPECT_EQ(ColumnWidth(v, 13, 1000, 3), 1000 - 656);
-    // Narrower than 656 px: the description width goes negative, the layout
+    EXPECT_EQ(fixed, 650);
+    EXPECT_EQ(ColumnWidth(v, 13, 1000, 3), 1000 - 666);
+    // Narrower than 666 px: the description width goes negative, the layout
     // still adds up (negative widths count as 0).
-    EXPECT_EQ(ColumnWidth(v, 13, 600, 3), -56);
-    EXPECT_EQ(TotalWidth(v, 600, 3), 640);
+    EXPECT_EQ(ColumnWidth(v, 13, 600, 3), -66);
+    EXPECT_EQ(TotalWidth(v, 600, 3), 650);
     EXPECT_EQ(ColumnLeft(v, 3, 600, 3), 330);
     // The dump's number columns follow the secondary mode.
     const ViewShape d = ShapeForView(kViewDataDump, 800);

@@ -306,6 +306,22 @@ TEST_F(GridFixture, NumberCellsShowTheWholeValueAtTheirDefaultWidths)
     EXPECT_GE(NumberFont(grid->textFont(), "DB", grid->CellRect(2, 1).width() - kCellTextDx).pixelSize(), 9);
 }
 
+// Every header of the vertical view fits its column in both languages and both
+// namings ("D2Err" was cut).
+TEST_F(GridFixture, VerticalHeadersFitTheirColumns)
+{
+    const ViewShape v = ShapeForView(kViewVertical, 1000);
+    const QFontMetrics fm(grid->textFont());
+    for (const int lang : {kLangGerman, kLangEnglish})
+        for (const int naming : {kNamingCircuit, kNamingPin})
+            for (int col = 0; col < 13; ++col) {
+                const QString text = QString::fromStdString(HeaderText(v, col, naming, 1, lang));
+                // Two pixels to spare beside the text: a slightly wider font must not cut it.
+                EXPECT_LE(fm.horizontalAdvance(text) + kHeaderTextDx + 2, ColumnWidth(v, col, 1000, 3) - 1)
+                    << text.toStdString() << " in column " << col;
+            }
+}
+
 TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
 {
     std::mutex m;
