@@ -131,12 +131,13 @@ std::string JoinDescriptions(std::optional<std::uint8_t> d1, std::optional<std::
 
 LetterDrawing CaretDrawing(std::string_view caretText, double hScale, double vScale)
 {
-    (void)hScale; // the letter sits straight below the caret
     LetterDrawing d;
     if (caretText.size() < 2 || caretText[0] != '^')
         return d;
+    // The caret in the upper left corner, the letter below it and a step to the right,
+    // so that the two never touch and the pair does not read as an accented letter.
     d.letters[0] = {'^', 5, 0, 0};
-    d.letters[1] = {caretText[1], 8, 0, 6 * vScale};
+    d.letters[1] = {caretText[1], 8, 4 * hScale, 6 * vScale};
     d.count = 2;
     return d;
 }
@@ -148,7 +149,8 @@ LetterDrawing MnemonicDrawing(std::string_view mnemonic, double hScale, double v
     if (mnemonic.size() == 2) {
         size = 8, stepX = 5, stepY = 9;
     } else if (mnemonic.size() == 3) {
-        size = 6, stepX = 4, stepY = 7;
+        // Five pixels a step: with four the letters of NAK or ETX touched and read as one.
+        size = 6, stepX = 5, stepY = 7;
     } else {
         return d;
     }

@@ -87,16 +87,20 @@ int main(int argc, char **argv)
 
     int failures = 0;
     struct Shot {
-        const char *view, *mode, *file;
+        const char *view, *mode, *file, *overlay = nullptr;
     };
     for (const Shot shot : {Shot{"btnViewVertical", "btnCharAscii", "kestrel-vertical.png"},
                             Shot{"btnViewDataOnly", "btnCharAscii", "kestrel-data-only.png"},
                             Shot{"btnViewDataDump", "btnCharAscii", "kestrel-dump.png"},
                             Shot{"btnViewDataOnly", "btnCharHex", "kestrel-data-only-hex.png"},
-                            Shot{"btnViewVertical", "btnCharBin", "kestrel-vertical-bin.png"}}) {
+                            Shot{"btnViewVertical", "btnCharBin", "kestrel-vertical-bin.png"},
+                            Shot{"btnViewDataOnly", "btnCharAscii", "kestrel-data-only-caret.png", "btnCharCtl"},
+                            Shot{"btnViewDataOnly", "btnCharAscii", "kestrel-data-only-mnemonic.png", "btnCharCmd"}}) {
         const char *file = shot.file;
         click(shot.view);
         click(shot.mode);
+        if (shot.overlay != nullptr)
+            click(shot.overlay);
         w.grid().GotoMp(0);
         pump(250);
         const QPixmap picture = w.grab();
@@ -110,6 +114,7 @@ int main(int argc, char **argv)
     }
     // The window on a small and on a large screen, in both languages (the window as the
     // screen leaves it: 1024 x 768 less the desktop's bars, 1920 x 1080 likewise).
+    click("btnChar01FReset");
     click("btnViewVertical");
     click("btnCharAscii");
     for (auto [lang, action] : {std::pair{"en", "actLangEnglish"}, {"de", "actLangGerman"}}) {

@@ -13,6 +13,8 @@ namespace kestrel::grid {
 
 namespace {
 
+constexpr int kCaretLetterPoints = 8; // the letter under the caret
+
 QFont CellFont(int pointSize)
 {
     QFont f(QString::fromLatin1(kCellFontFamily.data(), static_cast<int>(kCellFontFamily.size())));
@@ -42,6 +44,17 @@ void DrawLetters(QPainter &p, const QRect &cell, const LetterDrawing &d)
     p.setClipRect(cell);
     for (int i = 0; i < d.count; ++i) {
         const LetterPlacement &l = d.letters[static_cast<std::size_t>(i)];
+        if (l.letter == '^') {
+            // Drawn, not taken from the font: a 5-point "^" is 2 or 3 pixels high and reads
+            // as an accent. A chevron as wide as the letter below it reads as a caret.
+            const double w = QFontMetricsF(CellFont(kCaretLetterPoints)).horizontalAdvance(QLatin1Char('M')) * 0.8;
+            const double x = cell.left() + l.dx + 1, y = cell.top() + 1.5;
+            p.setRenderHint(QPainter::Antialiasing, true);
+            p.setPen(QPen(p.pen().color(), 1.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+            const QPointF chevron[3] = {{x, y + 3.5}, {x + w / 2, y}, {x + w, y + 3.5}};
+            p.drawPolyline(chevron, 3);
+            continue;
+        }
         const QFont f = CellFont(l.fontSize);
         p.setFont(f);
         // The offsets place the top of a capital letter; the monospace font's
