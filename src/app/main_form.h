@@ -264,7 +264,8 @@ private:
     void keepStatusBarWhole();
 
     bool startupDone_ = false;
-    Result scenarioWarning_; // a scenario that could not be read, reported after the language is set // FormShow has loaded the configuration and the environment
+    Result scenarioWarning_; // a scenario that could not be read, reported after the language is set
+    long scenarioBaud_ = 0;  // the simulated line's own rate (its "baud" line); 0: the port settings' rate // FormShow has loaded the configuration and the environment
     int pinNaming_ = 0; // 0 circuit names, 1 pin names
 };
 

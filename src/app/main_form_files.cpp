@@ -21,6 +21,7 @@
 #include "config/port_combo.h"
 #include "config/program_config.h"
 #include "config/record_setup.h"
+#include "ports/port_texts.h"
 #include "base/string_table.h"
 
 namespace kestrel {
@@ -78,9 +79,13 @@ void TFormMain::portSettingChanged()
 void TFormMain::applyEnvironment(const Environment &env)
 {
     *env_ = env;
-    const RecordSetup setup = RecordSetupFromEnvironment(env, args_.recordFile.empty()
-                                                                  ? std::optional<std::string>{}
-                                                                  : std::optional<std::string>{args_.recordFile});
+    RecordSetup setup = RecordSetupFromEnvironment(env, args_.recordFile.empty()
+                                                            ? std::optional<std::string>{}
+                                                            : std::optional<std::string>{args_.recordFile});
+    // A simulated line faster than the port settings: the recorder takes the line's rate
+    // (a real UART could not receive faster than it is set), and the window shows it.
+    if (scenarioBaud_ > ParseBaudText(setup.portA.baud).value_or(0))
+        setup.portA.baud = std::to_string(scenarioBaud_);
     selectText(cbPortBaudRate, setup.portA.baud);
     selectText(cbPortDataBits, setup.portA.dataBits);
     selectText(cbPortParity, setup.portA.parity);

@@ -42,6 +42,7 @@ void TFormMain::createSession(const MainFormOptions &options)
     } else if (args_.simulate) {
         ScenarioChoice chosen = ScenarioOrDemo(args_.scenario);
         scenarioWarning_ = chosen.warning; // shown once the program's language is known
+        scenarioBaud_ = chosen.scenario.baud;
         session_ = RecordingSession::Simulated(std::move(chosen.scenario), *reporter_, options.clock);
         // The line runs whether we listen or not, as a real line would.
         session_->simLine()->start(2);

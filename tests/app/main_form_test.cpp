@@ -1001,3 +1001,15 @@ TEST(MainForm, AtTenTwentyFourBySevenSixtyEightNothingIsOutsideTheWindow)
     }
     SetGlobalLang(kLangGerman);
 }
+
+TEST(MainForm, AScenarioThatSetsItsLineRateRecordsAtItAndShowsIt)
+{
+    // The recorder must not run slower than the simulated line (its stamps would be
+    // compressed): the scenario's rate becomes the port setting, shown in the window.
+    test::TempDir scenarioDir;
+    const std::string scenario = scenarioDir.file("fast.ksc");
+    std::ofstream(scenario) << "baud 115200\nb \"AT\\r\"\n";
+    Window win({scenario});
+    EXPECT_EQ(win.find<QComboBox>("cbPortBaudRate")->currentText(), "115200");
+    EXPECT_EQ(win.w->session().port(PortTag::A).settings().baud, 115200);
+}

@@ -29,6 +29,7 @@
 #include "record/recording_check.h"
 #include "record/record_store.h"
 #include "capture/recorder.h"
+#include "ports/port_texts.h"
 #include "ports/scenario.h"
 #include "ports/sim_port.h"
 #include "ports/termios_port.h"
@@ -226,6 +227,10 @@ int runRecord(RecordOptions o)
                          o.scenario.empty() ? "demo scenario" : Printable(o.scenario).c_str(), Printable(err.text()).c_str());
             return kExitUsage;
         }
+        // A scenario faster than the line settings is recorded at its own rate unless --baud
+        // says otherwise (a real UART could not receive faster than it is set).
+        if (!o.given.baud && scenario->baud > ParseBaudText(o.texts.baud).value_or(0))
+            o.texts.baud = std::to_string(scenario->baud);
     }
 
     int argc = 1;
