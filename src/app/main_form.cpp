@@ -57,7 +57,8 @@ std::vector<int> BuiltInColumnWidths(int view, std::size_t columns)
 {
     constexpr int kDefaultClientWidth = 1016;
     constexpr int kDefaultSecondaryMode = 3;
-    const grid::ViewShape shape{view, static_cast<int>(columns), 1, 1};
+    grid::ViewShape shape = grid::ShapeForView(view, kDefaultClientWidth);
+    shape.columns = static_cast<int>(columns);
     std::vector<int> widths(columns);
     for (std::size_t c = 0; c < columns; ++c)
         widths[c] = std::max(0, grid::ColumnWidth(shape, static_cast<int>(c), kDefaultClientWidth, kDefaultSecondaryMode));

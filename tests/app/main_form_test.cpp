@@ -720,9 +720,10 @@ TEST(MainForm, FirstStartSavesTheGridsWidthsAndKeptWidthsComeBackUnchanged)
         Window first;
         ini = closeAndRead(first);
     }
-    const grid::ViewShape vertical{grid::kViewVertical, 14, 1, 1};
-    const grid::ViewShape dump{grid::kViewDataDump, 35, 1, 1};
+    const grid::ViewShape vertical = grid::ShapeForView(grid::kViewVertical, 1016);
+    const grid::ViewShape dump = grid::ShapeForView(grid::kViewDataDump, 1016);
     EXPECT_EQ(key(ini, "DispMode1", "Column2"), std::to_string(grid::ColumnWidth(vertical, 2, 1016, 3)));
+    EXPECT_EQ(key(ini, "DispMode1", "Column3"), "30"); // D1 as the grid shows it
     EXPECT_EQ(key(ini, "DispMode4", "Column18"), std::to_string(grid::ColumnWidth(dump, 18, 1016, 3)));
     EXPECT_NE(key(ini, "DispMode4", "Column18"), key(ini, "DispMode4", "Column19")); // not one width for all
 
