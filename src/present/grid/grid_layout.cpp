@@ -15,7 +15,6 @@ namespace {
 // the description (column 13) takes what is left.
 // The error columns leave a few pixels beside "D2Err" / "RxErr" for wider fonts.
 constexpr std::array<int, 13> kVerticalWidths = {100, 80, 150, 30, 30, 30, 30, 30, 30, 30, 30, 40, 40};
-constexpr int kVerticalFixedWidth = 650;
 constexpr int kVerticalReserve = 16;
 
 constexpr int kLineNameWidth = 50;
@@ -97,12 +96,20 @@ int ColumnWidth(const ViewShape &shape, int col, int clientWidth, int secondaryM
         if (col < 18)
             return DumpNumericWidth(secondaryMode);
         return col == 18 ? kDumpSeparatorWidth : kDataWidth;
-    default:
-        if (col == 3 || col == 4)
-            return shape.byteWidth;
+    default: {
+        auto fixed = [&shape](int c) {
+            const int user = shape.userWidths[static_cast<std::size_t>(c)];
+            if (c == 3 || c == 4) // a dragged byte column still holds the mode's whole value
+                return std::max<int>(user, shape.byteWidth);
+            return user > 0 ? user : kVerticalWidths[static_cast<std::size_t>(c)];
+        };
         if (col < static_cast<int>(kVerticalWidths.size()))
-            return kVerticalWidths[static_cast<std::size_t>(col)];
-        return clientWidth - kVerticalFixedWidth - 2 * (shape.byteWidth - kVerticalWidths[3]) - kVerticalReserve;
+            return fixed(col);
+        int used = 0;
+        for (int c = 0; c < static_cast<int>(kVerticalWidths.size()); ++c)
+            used += fixed(c);
+        return clientWidth - used - kVerticalReserve;
+    }
     }
 }
 

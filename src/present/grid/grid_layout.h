@@ -5,6 +5,7 @@
 // data rows start at 1. Slot 0 holds the MP at the grid's scroll position,
 // row 1 shows slot 1, so every shown MP has its predecessor in the buffer.
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -34,6 +35,8 @@ struct ViewShape {
     // Width of a byte cell: the data-only view's data columns, the vertical view's D1
     // and D2. Wide enough for the character mode's longest text (BIN: eight digits).
     int byteWidth = 15;
+    // Vertical view: widths the user dragged columns 0..12 to (0: the built-in width).
+    std::array<std::int16_t, 13> userWidths{};
     friend bool operator==(const ViewShape &, const ViewShape &) = default;
 };
 

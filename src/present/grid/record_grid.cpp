@@ -20,6 +20,12 @@
 namespace kestrel::grid {
 
 namespace {
+constexpr int kBorderGrip = 3;        // pixels either side of a header border that grab it
+constexpr int kNarrowestColumn = 8;   // a dragged column keeps a sliver to grab again
+constexpr int kWidestColumn = 1000;
+} // namespace
+
+namespace {
 
 QString Q(const std::string &s) { return QString::fromStdString(s); }
 
@@ -62,6 +68,7 @@ RecordGrid::RecordGrid(QWidget *parent)
     textFont_.setPixelSize(11);
     textFont_.setStretch(QFont::SemiCondensed);
     viewport()->setAutoFillBackground(false);
+    viewport()->setMouseTracking(true); // the resize cursor over a header border
     // Every paint fills its whole rectangle: Qt may then move painted rows
     // with scroll() instead of painting them again.
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
@@ -163,6 +170,7 @@ bool RecordGrid::isRedrawRunning() const { return redraw_ && redraw_->running();
 void RecordGrid::ApplyLayout()
 {
     shape_ = ShapeForView(modes_.view(), viewport()->width(), modes_.charMode());
+    shape_.userWidths = userWidths_;
     dataRows_ = DataRowsFor(shape_, viewport()->height());
     col_ = std::clamp(col_, 0, shape_.columns - 1);
     row_ = std::clamp(row_, 1, dataRows_);
@@ -358,10 +366,77 @@ int RecordGrid::ColumnAt(int x) const
     return -1;
 }
 
+int RecordGrid::BorderAt(const QPoint &pt) const
+{
+    if (shape_.view != kViewVertical || pt.y() >= kRowHeight * kHeaderRows)
+        return -1;
+    const int vx = pt.x() + horizontalScrollBar()->value();
+    for (int c = 0; c < static_cast<int>(userWidths_.size()); ++c) {
+        const int right = ColumnLeft(shape_, c + 1, viewport()->width(), modes_.secondaryMode());
+        if (std::abs(vx - right) <= kBorderGrip)
+            return c;
+    }
+    return -1;
+}
+
+std::vector<int> RecordGrid::VerticalColumnWidths() const
+{
+    ViewShape v = ShapeForView(kViewVertical, viewport()->width());
+    v.userWidths = userWidths_;
+    std::vector<int> out;
+    for (int c = 0; c < static_cast<int>(userWidths_.size()); ++c)
+        out.push_back(ColumnWidth(v, c, viewport()->width(), modes_.secondaryMode()));
+    return out;
+}
+
+void RecordGrid::SetVerticalColumnWidths(const std::vector<int> &widths)
+{
+    const ViewShape builtIn = ShapeForView(kViewVertical, viewport()->width());
+    for (std::size_t c = 0; c < userWidths_.size(); ++c) {
+        const int w = c < widths.size() ? widths[c] : 0;
+        const bool own = w > 0 && w != ColumnWidth(builtIn, static_cast<int>(c), viewport()->width(), 3);
+        userWidths_[c] = static_cast<std::int16_t>(own ? std::clamp(w, kNarrowestColumn, kWidestColumn) : 0);
+    }
+    ApplyLayout();
+}
+
+void RecordGrid::mouseMoveEvent(QMouseEvent *event)
+{
+    const QPoint pt = event->position().toPoint();
+    if (resizing_ >= 0) {
+        const int w = std::clamp(resizeFromWidth_ + pt.x() - resizeFromX_, kNarrowestColumn, kWidestColumn);
+        userWidths_[static_cast<std::size_t>(resizing_)] = static_cast<std::int16_t>(w);
+        ApplyLayout();
+        return;
+    }
+    if (BorderAt(pt) >= 0)
+        viewport()->setCursor(Qt::SplitHCursor);
+    else
+        viewport()->unsetCursor();
+    QAbstractScrollArea::mouseMoveEvent(event);
+}
+
+void RecordGrid::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (resizing_ >= 0) {
+        resizing_ = -1;
+        emit columnWidthsChanged();
+        return;
+    }
+    QAbstractScrollArea::mouseReleaseEvent(event);
+}
+
 void RecordGrid::mousePressEvent(QMouseEvent *event)
 {
     setFocus(Qt::MouseFocusReason);
     const QPoint pt = event->position().toPoint();
+    if (const int border = BorderAt(pt); border >= 0 && event->button() == Qt::LeftButton) {
+        // Dragging a header border sizes the column to its left.
+        resizing_ = border;
+        resizeFromX_ = pt.x();
+        resizeFromWidth_ = ColumnWidth(shape_, border, viewport()->width(), modes_.secondaryMode());
+        return;
+    }
     const int row = pt.y() / kRowHeight;
     const int col = ColumnAt(pt.x());
     if (row >= 1 && row <= dataRows_ && col >= 0) {
@@ -392,7 +467,7 @@ void RecordGrid::setCharMode(int mode)
 {
     modes_.panel.ChooseMode(mode);
     // A number mode may need wider byte cells (and so fewer data columns).
-    if (ShapeForView(modes_.view(), viewport()->width(), modes_.charMode()) != shape_)
+    if (ShapeForView(modes_.view(), viewport()->width(), modes_.charMode()).byteWidth != shape_.byteWidth)
         ApplyLayout();
     AfterModeChange();
 }

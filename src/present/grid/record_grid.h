@@ -67,6 +67,10 @@ public:
     [[nodiscard]] const FetchBuffer &fetchBuffer() const { return buffer_; }
     // Rectangle of a cell in viewport coordinates (empty when not visible).
     [[nodiscard]] QRect CellRect(int col, int row) const;
+    // Widths of the vertical view's columns 0..12 (dragged ones or built-in); set from
+    // the configuration, where a width of 0 or less keeps the built-in one.
+    [[nodiscard]] std::vector<int> VerticalColumnWidths() const;
+    void SetVerticalColumnWidths(const std::vector<int> &widths);
     // The font of the cells' texts.
     [[nodiscard]] const QFont &textFont() const { return textFont_; }
     // The text property the copy action sets.
@@ -129,6 +133,8 @@ signals:
     void recordCountChanged(qint64 count);
     void followEndChanged(bool on);
     void viewChanged(int view);
+    // The user dragged a column of the vertical view to a new width.
+    void columnWidthsChanged();
     // A view that does not exist was asked for (the window tells the user).
     void viewUnavailable(int view);
 
@@ -138,6 +144,8 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
 
 private:
@@ -183,6 +191,12 @@ private:
     int row_ = 1;
     bool followEnd_ = false;
     bool hold_ = false;
+    // Column widths the user dragged in the vertical view, and a drag in progress.
+    std::array<std::int16_t, 13> userWidths_{};
+    int resizing_ = -1; // the column whose right border is dragged
+    int resizeFromX_ = 0, resizeFromWidth_ = 0;
+    // The vertical view's column whose right border is at x of the header row, or -1.
+    [[nodiscard]] int BorderAt(const QPoint &pt) const;
     bool settingBar_ = false;
     static constexpr int kWheelNotch = 120;
     int wheelRest_ = 0; // wheel turn not yet worth a whole notch

@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QTest>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 #include <QWidget>
@@ -320,6 +321,32 @@ TEST_F(GridFixture, VerticalHeadersFitTheirColumns)
                 EXPECT_LE(fm.horizontalAdvance(text) + kHeaderTextDx + 2, ColumnWidth(v, col, 1000, 3) - 1)
                     << text.toStdString() << " in column " << col;
             }
+}
+
+// A header border of the vertical view can be dragged; the widths come back as set.
+TEST_F(GridFixture, VerticalColumnsAreResizedByDraggingTheHeaderBorder)
+{
+    ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(WriteRecording(dir, 12))));
+    const int before = grid->CellRect(2, 1).width(); // the time column
+    const int border = grid->CellRect(3, 0).left();  // its right border in the header row
+    QTest::mousePress(grid->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(border, 5));
+    QTest::mouseMove(grid->viewport(), QPoint(border + 40, 5));
+    QTest::mouseRelease(grid->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(border + 40, 5));
+    EXPECT_EQ(grid->CellRect(2, 1).width(), before + 40);
+    EXPECT_EQ(grid->CellRect(3, 1).left(), border + 40); // the columns right of it move along
+    const std::vector<int> widths = grid->VerticalColumnWidths();
+    ASSERT_EQ(widths.size(), 13u);
+    EXPECT_EQ(widths[2], 150 + 40);
+
+    // A click on a data row is no drag; built-in widths read back as themselves.
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(border + 40, 40));
+    EXPECT_EQ(grid->VerticalColumnWidths(), widths);
+    std::vector<int> stored = widths;
+    stored[2] = 0; // a width of 0 in the settings: the built-in one
+    stored[3] = 10; // D1 cannot be made too narrow for its byte
+    grid->SetVerticalColumnWidths(stored);
+    EXPECT_EQ(grid->VerticalColumnWidths()[2], 150);
+    EXPECT_EQ(grid->VerticalColumnWidths()[3], 30);
 }
 
 TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
