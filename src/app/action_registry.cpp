@@ -115,6 +115,9 @@ constexpr std::array kActions = {
     ActionDef{"actScrollEnd",          7616, 0, ":/images/scroll_end.svg", false, false, "Ctrl+End",  nullptr},
     ActionDef{"actResetGrid",          7617, 0, nullptr, false, false, nullptr, nullptr},
     ActionDef{"actShowCCITTV24Pin",    7618, 0, nullptr, false, false, nullptr, nullptr},
+    ActionDef{"actZoomIn",             7800, 0, nullptr, false, false, "Ctrl++", nullptr},
+    ActionDef{"actZoomOut",            7801, 0, nullptr, false, false, "Ctrl+-", nullptr},
+    ActionDef{"actZoomReset",          7802, 0, nullptr, false, false, "Ctrl+0", nullptr},
     // options and language
     ActionDef{"actOptions",            7620, 0, nullptr, false, true,  nullptr, nullptr},
     ActionDef{"actPortOptions",        7621, 0, nullptr, false, true,  nullptr, nullptr},

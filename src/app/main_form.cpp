@@ -196,6 +196,7 @@ void TFormMain::applyConfiguration()
 {
     SetGlobalLang(config_->GlobalLang == kLangEnglish ? kLangEnglish : kLangGerman);
     pinNaming_ = config_->DefLang == 1 ? 1 : 0;
+    DrawGrid1->setZoom(config_->GridZoom); // before the widths, which are kept at this size
     DrawGrid1->SetVerticalColumnWidths(config_->dispMode1.columnWidths); // as the user last dragged them
     ActionManager1->action("actAppend")->setChecked(config_->Append);
     ActionManager1->action("actReplace")->setChecked(!config_->Append && config_->Replace);
@@ -437,6 +438,7 @@ void TFormMain::saveConfiguration()
         settings->CharacterMode2 = modes.panel.perView[static_cast<std::size_t>(view)].secondaryMode;
     }
     config_->DefLang = pinNaming_;
+    config_->GridZoom = DrawGrid1->zoom();
     const std::vector<int> vertical = DrawGrid1->VerticalColumnWidths();
     for (std::size_t c = 0; c < vertical.size() && c < config_->dispMode1.columnWidths.size(); ++c)
         config_->dispMode1.columnWidths[c] = vertical[c];

@@ -33,6 +33,14 @@ void TFormMain::connectActions()
     on("actReplace", &TFormMain::btnRecReplaceClick);
     on("actFreezeDisplay", &TFormMain::btnViewHoldClick);
     on("actShowCCITTV24Pin", &TFormMain::btnSwitchPinClick);
+    // The font size setting: larger, smaller, back to 100 %. Ctrl+= is Ctrl++ without Shift.
+    connect(ActionManager1->action("actZoomIn"), &QAction::triggered, this,
+            [this] { DrawGrid1->setZoom(grid::ZoomStep(DrawGrid1->zoom(), +1)); });
+    connect(ActionManager1->action("actZoomOut"), &QAction::triggered, this,
+            [this] { DrawGrid1->setZoom(grid::ZoomStep(DrawGrid1->zoom(), -1)); });
+    connect(ActionManager1->action("actZoomReset"), &QAction::triggered, this, [this] { DrawGrid1->setZoom(100); });
+    ActionManager1->action("actZoomIn")->setShortcuts({QKeySequence(QStringLiteral("Ctrl++")),
+                                                       QKeySequence(QStringLiteral("Ctrl+="))});
     connectGrid();
     on("actLangGerman", &TFormMain::actLangGermanExecute);
     on("actLangEnglish", &TFormMain::actLangEnglishExecute);

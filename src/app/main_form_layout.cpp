@@ -81,7 +81,7 @@ void TFormMain::buildMenu()
                 "actCharCtl", "actCharCmd", nullptr, "actTimeAbsolute", "actTimeRelative", "actTimeDelta", nullptr,
                 "actShowAllGridLines", "actShowHorizontalGridLines", "actShowVerticalGridLines",
                 "actShowNoGridLines", nullptr, "actScrollTop", "actScrollEnd", "actResetGrid", nullptr,
-                "actShowCCITTV24Pin"}},
+                "actZoomIn", "actZoomOut", "actZoomReset", nullptr, "actShowCCITTV24Pin"}},
         {7505, {"actOptions", "actPortOptions", nullptr, "actLangGerman", "actLangEnglish"}},
         {7506, {"actHelp", nullptr, "actWebUpdate", "actWebSupport", nullptr, "actAbout"}},
     };

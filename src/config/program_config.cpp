@@ -131,6 +131,7 @@ constexpr auto kProgramConfigSettings = SettingsTable(
     kGoWindowSettings, kExWindowSettings, kReWindowSettings,
     TextSetting<&C::EnvironmentFilename>("Environment", "Filename", kDefaultEnvironmentName),
     IntSetting<&C::GridOptions>("DataGrid", "GridOptions", 0).KeepWhenMissing(),
+    IntSetting<&C::GridZoom>("DataGrid", "FontSizePercent", 100),
     // Written, never read: only DisplayHoldOnProgStart holds the display at start.
     BoolSetting<&C::ViewHold>("Display", "ViewHold", false).Use(SettingUse::StoreOnly),
     BoolSetting<&C::Append>("Recorder", "Append", true),

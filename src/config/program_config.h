@@ -105,6 +105,7 @@ struct ProgramConfig {
     ToolWindowPlacement reWindow;
 
     std::string EnvironmentFilename;
+    int GridZoom = 100;  // the grid's font size setting, percent
     int GridOptions = 0; // the grid's option set as an integer; loading keeps it when the key is missing
     bool ViewHold = false; // written, never read back
     bool Append = false;

@@ -1015,3 +1015,52 @@ TEST(MainForm, AScenarioThatSetsItsLineRateRecordsAtItAndShowsIt)
     EXPECT_EQ(win.find<QComboBox>("cbPortBaudRate")->currentText(), "115200");
     EXPECT_EQ(win.w->session().port(PortTag::A).settings().baud, 115200);
 }
+
+TEST(MainForm, TheFontSizeSettingScalesTheGridAndIsKept)
+{
+    test::TempDir dir;
+    int rowsAt100 = 0;
+    {
+        MainFormOptions o;
+        o.args = ParseStartupArgs({"kestrel", "--simulate"});
+        o.dataFolder = dir.path().string() + "/";
+        o.skipUnloadDelay = true;
+        test::ScriptedPrompter prompter{MsgResult::Yes};
+        o.prompter = &prompter;
+        TFormMain w(std::move(o));
+        w.resize(1024, 740);
+        w.show();
+        pump(100);
+        grid::RecordGrid &g = w.grid();
+        const int font = g.textFont().pixelSize();
+        const int row = g.CellRect(0, 1).height();
+        rowsAt100 = static_cast<int>(g.largeChange());
+        for (int i = 0; i < 5; ++i)
+            w.actions().action("actZoomIn")->trigger();
+        EXPECT_EQ(g.zoom(), 150);
+        EXPECT_GT(g.textFont().pixelSize(), font);
+        EXPECT_EQ(g.CellRect(0, 1).height(), 24); // 16 px rows at 150 %
+        EXPECT_LT(g.largeChange(), rowsAt100);   // fewer, larger rows on the same page
+        EXPECT_EQ(g.CellRect(2, 1).width(), 225); // the time column grows with the text
+        w.actions().action("actZoomOut")->trigger();
+        EXPECT_EQ(g.zoom(), 140);
+        w.quitCleanly();
+    }
+    std::ifstream ini(dir.path() / "Kestrel.ini");
+    const std::string text{std::istreambuf_iterator<char>(ini), {}};
+    EXPECT_NE(text.find("FontSizePercent=140"), std::string::npos);
+
+    MainFormOptions o;
+    o.args = ParseStartupArgs({"kestrel", "--simulate"});
+    o.dataFolder = dir.path().string() + "/";
+    o.skipUnloadDelay = true;
+    test::ScriptedPrompter prompter{MsgResult::Yes};
+    o.prompter = &prompter;
+    TFormMain again(std::move(o));
+    again.show();
+    pump(100);
+    EXPECT_EQ(again.grid().zoom(), 140);
+    again.actions().action("actZoomReset")->trigger();
+    EXPECT_EQ(again.grid().zoom(), 100);
+    EXPECT_EQ(again.grid().CellRect(0, 1).height(), 16);
+}

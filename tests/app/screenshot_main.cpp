@@ -114,6 +114,15 @@ int main(int argc, char **argv)
     }
     // The window on a small and on a large screen, in both languages (the window as the
     // screen leaves it: 1024 x 768 less the desktop's bars, 1920 x 1080 likewise).
+    // The font size setting at 150 %, with the caret overlay on the data-only view.
+    click("btnViewDataOnly");
+    click("btnCharCtl");
+    w.grid().setZoom(150);
+    w.grid().GotoMp(0);
+    pump(250);
+    if (!w.grab().save(QString::fromStdString((out / "kestrel-zoom-150.png").string())))
+        ++failures;
+    w.grid().setZoom(100);
     click("btnChar01FReset");
     click("btnViewVertical");
     click("btnCharAscii");

@@ -54,6 +54,7 @@ ProgramConfig KnownConfig()
     c.reWindow = {50, 60, 1, true};
     c.EnvironmentFilename = "/home/jo/set ups/line 7.kef";
     c.GridOptions = 12345;
+    c.GridZoom = 130;
     c.ViewHold = true;
     c.Append = false;
     c.Replace = true;

@@ -15,17 +15,18 @@ namespace {
 
 constexpr int kCaretLetterPoints = 8; // the letter under the caret
 
-QFont CellFont(int pointSize)
+QFont CellFont(double pointSize)
 {
     QFont f(QString::fromLatin1(kCellFontFamily.data(), static_cast<int>(kCellFontFamily.size())));
     f.setStyleHint(QFont::Monospace);
-    f.setPointSize(pointSize);
+    f.setPointSizeF(pointSize);
     f.setBold(false);
     f.setItalic(false);
     return f;
 }
 
-void DrawLetters(QPainter &p, const QRect &cell, const LetterDrawing &d)
+// scale: the grid's zoom; the letters' sizes and steps grow with it.
+void DrawLetters(QPainter &p, const QRect &cell, const LetterDrawing &d, double scale)
 {
     if (d.count == 0)
         return;
@@ -37,7 +38,7 @@ void DrawLetters(QPainter &p, const QRect &cell, const LetterDrawing &d)
     const LetterPlacement &last = d.letters[static_cast<std::size_t>(d.count - 1)];
     double squeeze = 1.0;
     if (last.dy > 0) {
-        const double room = cell.height() - 1 - QFontMetricsF(CellFont(last.fontSize)).capHeight();
+        const double room = cell.height() - 1 - QFontMetricsF(CellFont(last.fontSize * scale)).capHeight();
         squeeze = std::clamp(room / last.dy, 0.0, 1.0);
     }
     p.save();
@@ -47,15 +48,16 @@ void DrawLetters(QPainter &p, const QRect &cell, const LetterDrawing &d)
         if (l.letter == '^') {
             // Drawn, not taken from the font: a 5-point "^" is 2 or 3 pixels high and reads
             // as an accent. A chevron as wide as the letter below it reads as a caret.
-            const double w = QFontMetricsF(CellFont(kCaretLetterPoints)).horizontalAdvance(QLatin1Char('M')) * 0.8;
-            const double x = cell.left() + l.dx + 1, y = cell.top() + 1.5;
+            const double w =
+                QFontMetricsF(CellFont(kCaretLetterPoints * scale)).horizontalAdvance(QLatin1Char('M')) * 0.8;
+            const double x = cell.left() + l.dx + 1, y = cell.top() + 1.5 * scale;
             p.setRenderHint(QPainter::Antialiasing, true);
             p.setPen(QPen(p.pen().color(), 1.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-            const QPointF chevron[3] = {{x, y + 3.5}, {x + w / 2, y}, {x + w, y + 3.5}};
+            const QPointF chevron[3] = {{x, y + 3.5 * scale}, {x + w / 2, y}, {x + w, y + 3.5 * scale}};
             p.drawPolyline(chevron, 3);
             continue;
         }
-        const QFont f = CellFont(l.fontSize);
+        const QFont f = CellFont(l.fontSize * scale);
         p.setFont(f);
         // The offsets place the top of a capital letter; the monospace font's
         // ascent has much more room above its capitals than the fonts these
@@ -71,24 +73,24 @@ QColor ToColour(Rgb c) { return QColor(c.r, c.g, c.b); }
 
 } // namespace
 
-void TextOutUnicode(QPainter &p, const QRect &cell, char16_t glyph, Qt::Alignment horizontal)
+void TextOutUnicode(QPainter &p, const QRect &cell, char16_t glyph, Qt::Alignment horizontal, double scale)
 {
     if (glyph == 0 || cell.width() <= 0)
         return;
     p.save();
-    p.setFont(CellFont(kGlyphFontSize));
+    p.setFont(CellFont(kGlyphFontSize * scale));
     p.drawText(cell, static_cast<int>(horizontal | Qt::AlignVCenter | Qt::TextSingleLine), QString(QChar(glyph)));
     p.restore();
 }
 
 void TextOutCtrlChar(QPainter &p, const QRect &cell, double hScale, double vScale, const QString &caretText)
 {
-    DrawLetters(p, cell, CaretDrawing(caretText.toStdString(), hScale, vScale));
+    DrawLetters(p, cell, CaretDrawing(caretText.toStdString(), hScale, vScale), std::min(hScale, vScale));
 }
 
 void TextOutCmdChar(QPainter &p, const QRect &cell, double hScale, double vScale, const QString &mnemonic)
 {
-    DrawLetters(p, cell, MnemonicDrawing(mnemonic.toStdString(), hScale, vScale));
+    DrawLetters(p, cell, MnemonicDrawing(mnemonic.toStdString(), hScale, vScale), std::min(hScale, vScale));
 }
 
 QFont NumberFont(const QFont &textFont, const QString &text, int width)
@@ -105,17 +107,18 @@ QFont NumberFont(const QFont &textFont, const QString &text, int width)
     return f;
 }
 
-void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, const QFont &textFont)
+void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, const QFont &textFont, int zoomPercent)
 {
+    const double scale = zoomPercent / 100.0;
     switch (content.kind) {
     case CellKind::Glyph:
-        TextOutUnicode(p, cell, content.glyph);
+        TextOutUnicode(p, cell, content.glyph, Qt::AlignHCenter, scale);
         break;
     case CellKind::Caret:
-        TextOutCtrlChar(p, cell, 1, 1, QString::fromStdString(content.text));
+        TextOutCtrlChar(p, cell, scale, scale, QString::fromStdString(content.text));
         break;
     case CellKind::Mnemonic:
-        TextOutCmdChar(p, cell, 1, 1, QString::fromStdString(content.text));
+        TextOutCmdChar(p, cell, scale, scale, QString::fromStdString(content.text));
         break;
     case CellKind::Number: {
         p.save();

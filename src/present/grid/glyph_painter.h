@@ -14,7 +14,8 @@ class QPainter;
 namespace kestrel::grid {
 
 // One glyph, vertically centred in the rectangle, aligned as asked.
-void TextOutUnicode(QPainter &p, const QRect &cell, char16_t glyph, Qt::Alignment horizontal = Qt::AlignHCenter);
+void TextOutUnicode(QPainter &p, const QRect &cell, char16_t glyph, Qt::Alignment horizontal = Qt::AlignHCenter,
+                    double scale = 1.0);
 // Caret notation: a small "^" in the corner and the letter below it.
 void TextOutCtrlChar(QPainter &p, const QRect &cell, double hScale, double vScale, const QString &caretText);
 // A two- or three-letter mnemonic on a diagonal; other lengths draw nothing.
@@ -26,7 +27,9 @@ inline constexpr int kSmallestNumberPixels = 8;
 [[nodiscard]] QFont NumberFont(const QFont &textFont, const QString &text, int width);
 
 // The whole cell decision of a byte: glyph, caret, mnemonic or number text.
-void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, const QFont &textFont);
+// zoomPercent scales the glyph, caret and mnemonic drawings with the grid's font size.
+void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, const QFont &textFont,
+                  int zoomPercent = 100);
 
 // The level line of one cell (case 0..7); fill paints the high band first.
 void DrawWaveform(QPainter &p, const QRect &cell, int waveCase, bool fill);

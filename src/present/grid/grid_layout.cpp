@@ -66,19 +66,32 @@ int ByteCellWidth(int view, int charMode)
     return charMode == 6 ? 60 : kVerticalWidths[3];
 }
 
-ViewShape ShapeForView(int view, int clientWidth, int charMode)
+int ZoomStep(int zoomPercent, int steps)
 {
+    return std::clamp(zoomPercent + steps * kZoomStep, kZoomMin, kZoomMax);
+}
+
+ViewShape ShapeForView(int view, int clientWidth, int charMode, int zoomPercent)
+{
+    ViewShape s;
     switch (view) {
     case kViewDataOnly: {
-        const int cell = ByteCellWidth(kViewDataOnly, charMode);
-        const int columns = std::max(3, (clientWidth - kLineNameWidth - kNumberWidth) / cell + 2);
-        return {kViewDataOnly, columns, columns - 2, 2, cell};
+        const int cell = Zoomed(ByteCellWidth(kViewDataOnly, charMode), zoomPercent);
+        const int fixed = Zoomed(kLineNameWidth + kNumberWidth, zoomPercent);
+        const int columns = std::max(3, (clientWidth - fixed) / std::max(1, cell) + 2);
+        s = {kViewDataOnly, columns, columns - 2, 2, cell};
+        break;
     }
     case kViewDataDump:
-        return {kViewDataDump, 35, 16, 2, kDataWidth};
+        s = {kViewDataDump, 35, 16, 2, Zoomed(kDataWidth, zoomPercent)};
+        break;
     default:
-        return {kViewVertical, 14, 1, 1, ByteCellWidth(kViewVertical, charMode)};
+        s = {kViewVertical, 14, 1, 1, Zoomed(ByteCellWidth(kViewVertical, charMode), zoomPercent)};
+        break;
     }
+    s.zoomPercent = zoomPercent;
+    s.rowHeight = Zoomed(kRowHeight, zoomPercent);
+    return s;
 }
 
 int ColumnWidth(const ViewShape &shape, int col, int clientWidth, int secondaryMode)
@@ -87,21 +100,23 @@ int ColumnWidth(const ViewShape &shape, int col, int clientWidth, int secondaryM
         return 0;
     switch (shape.view) {
     case kViewDataOnly:
-        return col == 0 ? kLineNameWidth : col == 1 ? kNumberWidth : shape.byteWidth;
+        return col == 0 ? Zoomed(kLineNameWidth, shape.zoomPercent)
+             : col == 1 ? Zoomed(kNumberWidth, shape.zoomPercent)
+                        : shape.byteWidth;
     case kViewDataDump:
         if (col == 0)
-            return kLineNameWidth;
+            return Zoomed(kLineNameWidth, shape.zoomPercent);
         if (col == 1)
-            return kNumberWidth;
+            return Zoomed(kNumberWidth, shape.zoomPercent);
         if (col < 18)
-            return DumpNumericWidth(secondaryMode);
-        return col == 18 ? kDumpSeparatorWidth : kDataWidth;
+            return Zoomed(DumpNumericWidth(secondaryMode), shape.zoomPercent);
+        return col == 18 ? Zoomed(kDumpSeparatorWidth, shape.zoomPercent) : shape.byteWidth;
     default: {
         auto fixed = [&shape](int c) {
             const int user = shape.userWidths[static_cast<std::size_t>(c)];
             if (c == 3 || c == 4) // a dragged byte column still holds the mode's whole value
                 return std::max<int>(user, shape.byteWidth);
-            return user > 0 ? user : kVerticalWidths[static_cast<std::size_t>(c)];
+            return user > 0 ? user : Zoomed(kVerticalWidths[static_cast<std::size_t>(c)], shape.zoomPercent);
         };
         if (col < static_cast<int>(kVerticalWidths.size()))
             return fixed(col);
@@ -150,7 +165,8 @@ std::int64_t CellSlot(const ViewShape &shape, int col, int row)
 int DataRowsFor(const ViewShape &shape, int viewportHeight)
 {
     const int rpl = std::max(1, shape.rowsPerLine);
-    const int rows = (viewportHeight - kHeaderRows * kRowHeight) / kRowHeight;
+    const int height = std::max(1, shape.rowHeight);
+    const int rows = (viewportHeight - kHeaderRows * height) / height;
     return std::max(rpl, rows / rpl * rpl);
 }
 

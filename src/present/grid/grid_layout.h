@@ -37,13 +37,21 @@ struct ViewShape {
     int byteWidth = 15;
     // Vertical view: widths the user dragged columns 0..12 to (0: the built-in width).
     std::array<std::int16_t, 13> userWidths{};
+    // The grid's zoom (font size setting): built-in widths and the row height grow with it.
+    int zoomPercent = 100;
+    int rowHeight = kRowHeight;
     friend bool operator==(const ViewShape &, const ViewShape &) = default;
 };
 
 // An unknown view number gets the vertical shape. The data-only view keeps at
 // least one data column however narrow the window is, so that it still scrolls;
 // its column count follows from the byte cell width of charMode.
-[[nodiscard]] ViewShape ShapeForView(int view, int clientWidth, int charMode = 1);
+[[nodiscard]] ViewShape ShapeForView(int view, int clientWidth, int charMode = 1, int zoomPercent = 100);
+// The zoom steps of the font size setting (percent) and one step up or down from a value.
+inline constexpr int kZoomMin = 70, kZoomMax = 200, kZoomStep = 10;
+[[nodiscard]] int ZoomStep(int zoomPercent, int steps);
+// A length of the grid at 100 % scaled to zoomPercent.
+[[nodiscard]] constexpr int Zoomed(int length, int zoomPercent) { return (length * zoomPercent + 50) / 100; }
 // The byte cell width a view gives a character mode: a cell never shows less than
 // the whole value. Two hex digits fit 15 px in a smaller font; three decimal or
 // octal digits and eight binary ones do not, so those cells are wider (a departure

@@ -23,6 +23,7 @@ namespace {
 constexpr int kBorderGrip = 3;        // pixels either side of a header border that grab it
 constexpr int kNarrowestColumn = 8;   // a dragged column keeps a sliver to grab again
 constexpr int kWidestColumn = 1000;
+constexpr int kTextPixels = 11;       // the cells' text at 100 %
 } // namespace
 
 namespace {
@@ -65,7 +66,7 @@ RecordGrid::RecordGrid(QWidget *parent)
     setFocusPolicy(Qt::StrongFocus);
     // The system sans font, condensed so that a full time stamp fits its column.
     textFont_ = font();
-    textFont_.setPixelSize(11);
+    textFont_.setPixelSize(kTextPixels);
     textFont_.setStretch(QFont::SemiCondensed);
     viewport()->setAutoFillBackground(false);
     viewport()->setMouseTracking(true); // the resize cursor over a header border
@@ -169,7 +170,7 @@ bool RecordGrid::isRedrawRunning() const { return redraw_ && redraw_->running();
 
 void RecordGrid::ApplyLayout()
 {
-    shape_ = ShapeForView(modes_.view(), viewport()->width(), modes_.charMode());
+    shape_ = ShapeForView(modes_.view(), viewport()->width(), modes_.charMode(), zoom_);
     shape_.userWidths = userWidths_;
     dataRows_ = DataRowsFor(shape_, viewport()->height());
     col_ = std::clamp(col_, 0, shape_.columns - 1);
@@ -368,7 +369,7 @@ int RecordGrid::ColumnAt(int x) const
 
 int RecordGrid::BorderAt(const QPoint &pt) const
 {
-    if (shape_.view != kViewVertical || pt.y() >= kRowHeight * kHeaderRows)
+    if (shape_.view != kViewVertical || pt.y() >= shape_.rowHeight * kHeaderRows)
         return -1;
     const int vx = pt.x() + horizontalScrollBar()->value();
     for (int c = 0; c < static_cast<int>(userWidths_.size()); ++c) {
@@ -381,7 +382,7 @@ int RecordGrid::BorderAt(const QPoint &pt) const
 
 std::vector<int> RecordGrid::VerticalColumnWidths() const
 {
-    ViewShape v = ShapeForView(kViewVertical, viewport()->width());
+    ViewShape v = ShapeForView(kViewVertical, viewport()->width(), CharMode::Ascii, zoom_);
     v.userWidths = userWidths_;
     std::vector<int> out;
     for (int c = 0; c < static_cast<int>(userWidths_.size()); ++c)
@@ -389,9 +390,20 @@ std::vector<int> RecordGrid::VerticalColumnWidths() const
     return out;
 }
 
+void RecordGrid::setZoom(int percent)
+{
+    const int z = std::clamp(percent, kZoomMin, kZoomMax);
+    if (z == zoom_)
+        return;
+    zoom_ = z;
+    textFont_.setPixelSize(Zoomed(kTextPixels, zoom_));
+    ApplyLayout();
+    emit zoomChanged(zoom_);
+}
+
 void RecordGrid::SetVerticalColumnWidths(const std::vector<int> &widths)
 {
-    const ViewShape builtIn = ShapeForView(kViewVertical, viewport()->width());
+    const ViewShape builtIn = ShapeForView(kViewVertical, viewport()->width(), CharMode::Ascii, zoom_);
     for (std::size_t c = 0; c < userWidths_.size(); ++c) {
         const int w = c < widths.size() ? widths[c] : 0;
         const bool own = w > 0 && w != ColumnWidth(builtIn, static_cast<int>(c), viewport()->width(), 3);
@@ -437,7 +449,7 @@ void RecordGrid::mousePressEvent(QMouseEvent *event)
         resizeFromWidth_ = ColumnWidth(shape_, border, viewport()->width(), modes_.secondaryMode());
         return;
     }
-    const int row = pt.y() / kRowHeight;
+    const int row = pt.y() / shape_.rowHeight;
     const int col = ColumnAt(pt.x());
     if (row >= 1 && row <= dataRows_ && col >= 0) {
         col_ = col;
@@ -467,7 +479,7 @@ void RecordGrid::setCharMode(int mode)
 {
     modes_.panel.ChooseMode(mode);
     // A number mode may need wider byte cells (and so fewer data columns).
-    if (ShapeForView(modes_.view(), viewport()->width(), modes_.charMode()).byteWidth != shape_.byteWidth)
+    if (ShapeForView(modes_.view(), viewport()->width(), modes_.charMode(), zoom_).byteWidth != shape_.byteWidth)
         ApplyLayout();
     AfterModeChange();
 }
@@ -720,7 +732,7 @@ void RecordGrid::LiveFollow(std::vector<MpRecord> newest)
     if (rows.scrollRows > 0) {
         // Moves the painted rows up (and whatever is still waiting to be
         // painted with them); the rows moved in at the bottom get painted.
-        viewport()->scroll(0, -rows.scrollRows * kRowHeight, QRect(0, kRowHeight, viewport()->width(), dataRows_ * kRowHeight));
+        viewport()->scroll(0, -rows.scrollRows * shape_.rowHeight, QRect(0, shape_.rowHeight, viewport()->width(), dataRows_ * shape_.rowHeight));
         // The current cell's highlight stays on its row, not on its pixels.
         UpdateRows(row_ - rows.scrollRows, row_ - rows.scrollRows);
         UpdateRows(row_, row_);
@@ -734,7 +746,7 @@ void RecordGrid::UpdateRows(int first, int last)
     last = std::min(last, dataRows_);
     if (first > last)
         return;
-    viewport()->update(0, first * kRowHeight, viewport()->width(), (last - first + 1) * kRowHeight);
+    viewport()->update(0, first * shape_.rowHeight, viewport()->width(), (last - first + 1) * shape_.rowHeight);
 }
 
 void RecordGrid::LiveGauge(int gauge, const std::vector<MpRecord> &newest)
@@ -769,7 +781,7 @@ QRect RecordGrid::CellRect(int col, int row) const
     if (w <= 0)
         return {};
     const int x = ColumnLeft(shape_, col, viewport()->width(), modes_.secondaryMode()) - horizontalScrollBar()->value();
-    const QRect r(x, row * kRowHeight, w, kRowHeight);
+    const QRect r(x, row * shape_.rowHeight, w, shape_.rowHeight);
     return r.intersects(viewport()->rect()) ? r : QRect();
 }
 
@@ -789,18 +801,18 @@ void RecordGrid::paintEvent(QPaintEvent *event)
     }
     // The background shows only beside and below the cells, which fill
     // themselves row by row.
-    const QRegion cells = left > right ? QRegion() : QRegion(left, 0, right - left + 1, (dataRows_ + 1) * kRowHeight);
+    const QRegion cells = left > right ? QRegion() : QRegion(left, 0, right - left + 1, (dataRows_ + 1) * shape_.rowHeight);
     for (const QRect &r : QRegion(dirty).subtracted(cells))
         p.fillRect(r, palette().window());
     if (left > right)
         return;
     int firstRow = dataRows_ + 1, lastRow = 0;
     for (int row = 0; row <= dataRows_; ++row) {
-        if (row * kRowHeight > dirty.bottom() || (row + 1) * kRowHeight <= dirty.top())
+        if (row * shape_.rowHeight > dirty.bottom() || (row + 1) * shape_.rowHeight <= dirty.top())
             continue;
         if (row > 0) {
             // One fill for the row; a cell fills again only where it differs.
-            p.fillRect(QRect(left, row * kRowHeight, right - left + 1, kRowHeight), RowBack(row));
+            p.fillRect(QRect(left, row * shape_.rowHeight, right - left + 1, shape_.rowHeight), RowBack(row));
             firstRow = std::min(firstRow, row);
             lastRow = row;
         }
@@ -821,8 +833,8 @@ void RecordGrid::paintEvent(QPaintEvent *event)
     // whatever its content drew there. One-pixel fills, not pen strokes: a
     // stroke is drawn pixel by pixel, a fill span by span.
     const GridLineOptions lines = modes_.gridLines();
-    const int top = firstRow * kRowHeight;
-    const int height = (lastRow - firstRow + 1) * kRowHeight;
+    const int top = firstRow * shape_.rowHeight;
+    const int height = (lastRow - firstRow + 1) * shape_.rowHeight;
     if (lines.vertical) {
         for (int col = 0; col < shape_.columns; ++col) {
             const QRect r = CellRect(col, firstRow);
@@ -832,7 +844,7 @@ void RecordGrid::paintEvent(QPaintEvent *event)
     }
     if (lines.horizontal)
         for (int row = firstRow; row <= lastRow; ++row)
-            p.fillRect(QRect(left, (row + 1) * kRowHeight - 1, right - left + 1, 1), kGridLine);
+            p.fillRect(QRect(left, (row + 1) * shape_.rowHeight - 1, right - left + 1, 1), kGridLine);
     const QRect current = CellRect(col_, row_);
     if (hasFocus() && !current.isEmpty() && current.intersects(dirty)) {
         p.setPen(QPen(palette().highlight().color(), 1, Qt::DotLine));
@@ -895,7 +907,7 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
         }
         case ContentKind::Byte:
             p.setPen(cell.tone == TextTone::Dim ? palette().mid().color() : fore);
-            DrawByteCell(p, r, cell.byte, textFont_);
+            DrawByteCell(p, r, cell.byte, textFont_, zoom_);
             break;
         case ContentKind::Waveform:
             DrawWaveform(p, r, cell.waveCase, modes_.fillWaveform());
@@ -910,7 +922,7 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
             p.drawRoundedRect(badge, 3, 3);
             QFont f = textFont_;
             f.setBold(true);
-            f.setPixelSize(10);
+            f.setPixelSize(Zoomed(10, zoom_));
             p.setFont(f);
             p.setClipRect(badge);
             // Bottom-aligned inside the border, so that the low line of
@@ -924,7 +936,7 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
             p.save();
             QFont f = textFont_;
             f.setBold(true);
-            f.setPixelSize(9);
+            f.setPixelSize(Zoomed(9, zoom_));
             p.setFont(f);
             p.setClipRect(r);
             int x = r.left() + 2;

@@ -71,6 +71,10 @@ public:
     // the configuration, where a width of 0 or less keeps the built-in one.
     [[nodiscard]] std::vector<int> VerticalColumnWidths() const;
     void SetVerticalColumnWidths(const std::vector<int> &widths);
+    // The font size setting: the grid's texts, glyphs, rows and columns at percent of their
+    // size (kZoomMin..kZoomMax).
+    void setZoom(int percent);
+    [[nodiscard]] int zoom() const { return zoom_; }
     // The font of the cells' texts.
     [[nodiscard]] const QFont &textFont() const { return textFont_; }
     // The text property the copy action sets.
@@ -135,6 +139,7 @@ signals:
     void viewChanged(int view);
     // The user dragged a column of the vertical view to a new width.
     void columnWidthsChanged();
+    void zoomChanged(int percent);
     // A view that does not exist was asked for (the window tells the user).
     void viewUnavailable(int view);
 
@@ -194,6 +199,7 @@ private:
     // Column widths the user dragged in the vertical view, and a drag in progress.
     std::array<std::int16_t, 13> userWidths_{};
     int resizing_ = -1; // the column whose right border is dragged
+    int zoom_ = 100;
     int resizeFromX_ = 0, resizeFromWidth_ = 0;
     // The vertical view's column whose right border is at x of the header row, or -1.
     [[nodiscard]] int BorderAt(const QPoint &pt) const;
