@@ -1019,15 +1019,18 @@ TEST(MainForm, AScenarioThatSetsItsLineRateRecordsAtItAndShowsIt)
 TEST(MainForm, TheFontSizeSettingScalesTheGridAndIsKept)
 {
     test::TempDir dir;
-    int rowsAt100 = 0;
-    {
+    test::ScriptedPrompter prompter{MsgResult::Yes};
+    auto options = [&] {
         MainFormOptions o;
         o.args = ParseStartupArgs({"kestrel", "--simulate"});
         o.dataFolder = dir.path().string() + "/";
         o.skipUnloadDelay = true;
-        test::ScriptedPrompter prompter{MsgResult::Yes};
         o.prompter = &prompter;
-        TFormMain w(std::move(o));
+        return o;
+    };
+    int rowsAt100 = 0;
+    {
+        TFormMain w(options());
         w.resize(1024, 740);
         w.show();
         pump(100);
@@ -1050,13 +1053,7 @@ TEST(MainForm, TheFontSizeSettingScalesTheGridAndIsKept)
     const std::string text{std::istreambuf_iterator<char>(ini), {}};
     EXPECT_NE(text.find("FontSizePercent=140"), std::string::npos);
 
-    MainFormOptions o;
-    o.args = ParseStartupArgs({"kestrel", "--simulate"});
-    o.dataFolder = dir.path().string() + "/";
-    o.skipUnloadDelay = true;
-    test::ScriptedPrompter prompter{MsgResult::Yes};
-    o.prompter = &prompter;
-    TFormMain again(std::move(o));
+    TFormMain again(options());
     again.show();
     pump(100);
     EXPECT_EQ(again.grid().zoom(), 140);
