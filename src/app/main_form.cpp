@@ -288,6 +288,11 @@ void TFormMain::ApplyLanguage()
     messageForm_->InitialLoads();
     confirmRecordMode_->InitialLoads();
     DrawGrid1->InitialLoads(); // its status line ("day(s)", the copy item) in the new language at once
+    showPortDevices(); // "(simulated line)" beside the devices
+    // "Ready" in the free status panel follows the language; other texts there last only a moment.
+    const QString free = statusPanels_[0]->text();
+    if (free == QString::fromStdString(StrIn(7651, kLangGerman)) || free == QString::fromStdString(StrIn(7651, kLangEnglish)))
+        statusPanels_[0]->setText(S(7651));
     updateWindowTitle();
 }
 

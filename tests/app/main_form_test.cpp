@@ -393,6 +393,8 @@ TEST(MainForm, LanguageSwitchRelabelsTheWindow)
     EXPECT_EQ(win.find<QToolButton>("btnREC")->text(), "Record");
     win.act("actLangGerman")->trigger();
     EXPECT_EQ(win.modeText(), "EXAMINE - MODUS");
+    EXPECT_EQ(win.find<QLabel>("pnlStatusBarPanel1")->text(), "Bereit");
+    EXPECT_TRUE(win.find<QLabel>("lblPortA")->text().contains("simulierte Leitung"));
     EXPECT_EQ(win.find<QToolButton>("btnREC")->text(), "Aufnahme");
     // Menus carry words with the button's caption beside them; the button keeps its caption.
     EXPECT_EQ(win.act("actViewVertical")->text(), "Vertikale Ansicht   [VERT]");
