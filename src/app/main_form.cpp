@@ -197,7 +197,8 @@ void TFormMain::applyConfiguration()
     SetGlobalLang(config_->GlobalLang == kLangEnglish ? kLangEnglish : kLangGerman);
     pinNaming_ = config_->DefLang == 1 ? 1 : 0;
     DrawGrid1->setZoom(config_->GridZoom); // before the widths, which are kept at this size
-    DrawGrid1->SetVerticalColumnWidths(config_->dispMode1.columnWidths); // as the user last dragged them
+    for (auto [view, settings] : {std::pair{1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}})
+        DrawGrid1->SetColumnWidths(view, settings->columnWidths); // as the user last dragged them
     ActionManager1->action("actAppend")->setChecked(config_->Append);
     ActionManager1->action("actReplace")->setChecked(!config_->Append && config_->Replace);
     if (config_->DisplayHoldOnProgStart && !viewHold_)
@@ -444,9 +445,13 @@ void TFormMain::saveConfiguration()
     }
     config_->DefLang = pinNaming_;
     config_->GridZoom = DrawGrid1->zoom();
-    const std::vector<int> vertical = DrawGrid1->VerticalColumnWidths();
-    for (std::size_t c = 0; c < vertical.size() && c < config_->dispMode1.columnWidths.size(); ++c)
-        config_->dispMode1.columnWidths[c] = vertical[c];
+    for (auto [view, settings] : {std::pair{1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}}) {
+        // Widths the user gave are written; every other kept width comes back as it was read.
+        const std::vector<int> shown = DrawGrid1->ColumnWidthsOf(view, settings->columnWidths.size());
+        for (std::size_t c = 0; c < shown.size(); ++c)
+            if (DrawGrid1->HasUserWidth(view, static_cast<int>(c)))
+                settings->columnWidths[c] = shown[c];
+    }
     config_->Append = ActionManager1->action("actAppend")->isChecked();
     config_->Replace = ActionManager1->action("actReplace")->isChecked();
     config_->RecordMode = config_->Replace ? 2 : config_->Append ? 1 : 0;

@@ -730,7 +730,7 @@ TEST(MainForm, FirstStartSavesTheGridsWidthsAndKeptWidthsComeBackUnchanged)
     EXPECT_NE(key(ini, "DispMode4", "Column18"), key(ini, "DispMode4", "Column19")); // not one width for all
 
     Window again({}, nullptr, "[DispMode1]\nColumn2=77\n[DispMode3]\nColumn325=5\n");
-    EXPECT_EQ(again.w->grid().VerticalColumnWidths()[2], 77); // the grid shows the kept width
+    EXPECT_EQ(again.w->grid().ColumnWidthsOf(grid::kViewVertical, 13)[2], 77); // the grid shows the kept width
     ini = closeAndRead(again);
     EXPECT_EQ(key(ini, "DispMode1", "Column2"), "77");
     EXPECT_EQ(key(ini, "DispMode3", "Column325"), "5");

@@ -71,19 +71,37 @@ int ZoomStep(int zoomPercent, int steps)
     return std::clamp(zoomPercent + steps * kZoomStep, kZoomMin, kZoomMax);
 }
 
-ViewShape ShapeForView(int view, int clientWidth, int charMode, int zoomPercent)
+int UserWidthSlot(int view, int col)
 {
+    if (col < 0)
+        return -1;
+    switch (view) {
+    case kViewDataOnly:
+        return std::min(col, 2);
+    case kViewDataDump:
+        return col < 2 ? col : col < 18 ? 2 : col == 18 ? 3 : 4;
+    default:
+        return col < static_cast<int>(kVerticalWidths.size()) ? col : -1;
+    }
+}
+
+ViewShape ShapeForView(int view, int clientWidth, int charMode, int zoomPercent, const UserWidths &user)
+{
+    // A dragged width, or the built-in one at this zoom; byte cells never narrower than
+    // the character mode needs.
+    auto own = [&user](int slot, int builtIn) { return user[static_cast<std::size_t>(slot)] > 0 ? user[static_cast<std::size_t>(slot)] : builtIn; };
     ViewShape s;
     switch (view) {
     case kViewDataOnly: {
-        const int cell = Zoomed(ByteCellWidth(kViewDataOnly, charMode), zoomPercent);
-        const int fixed = Zoomed(kLineNameWidth + kNumberWidth, zoomPercent);
+        const int need = Zoomed(ByteCellWidth(kViewDataOnly, charMode), zoomPercent);
+        const int cell = std::max<int>(need, user[2]);
+        const int fixed = own(0, Zoomed(kLineNameWidth, zoomPercent)) + own(1, Zoomed(kNumberWidth, zoomPercent));
         const int columns = std::max(3, (clientWidth - fixed) / std::max(1, cell) + 2);
         s = {kViewDataOnly, columns, columns - 2, 2, cell};
         break;
     }
     case kViewDataDump:
-        s = {kViewDataDump, 35, 16, 2, Zoomed(kDataWidth, zoomPercent)};
+        s = {kViewDataDump, 35, 16, 2, std::max<int>(Zoomed(kDataWidth, zoomPercent), user[4])};
         break;
     default:
         s = {kViewVertical, 14, 1, 1, Zoomed(ByteCellWidth(kViewVertical, charMode), zoomPercent)};
@@ -91,6 +109,7 @@ ViewShape ShapeForView(int view, int clientWidth, int charMode, int zoomPercent)
     }
     s.zoomPercent = zoomPercent;
     s.rowHeight = Zoomed(kRowHeight, zoomPercent);
+    s.userWidths = user;
     return s;
 }
 
@@ -100,17 +119,21 @@ int ColumnWidth(const ViewShape &shape, int col, int clientWidth, int secondaryM
         return 0;
     switch (shape.view) {
     case kViewDataOnly:
-        return col == 0 ? Zoomed(kLineNameWidth, shape.zoomPercent)
-             : col == 1 ? Zoomed(kNumberWidth, shape.zoomPercent)
-                        : shape.byteWidth;
-    case kViewDataDump:
+    case kViewDataDump: {
+        auto own = [&shape](int slot, int builtIn) {
+            const int user = shape.userWidths[static_cast<std::size_t>(slot)];
+            return user > 0 ? user : builtIn;
+        };
         if (col == 0)
-            return Zoomed(kLineNameWidth, shape.zoomPercent);
+            return own(0, Zoomed(kLineNameWidth, shape.zoomPercent));
         if (col == 1)
-            return Zoomed(kNumberWidth, shape.zoomPercent);
-        if (col < 18)
-            return Zoomed(DumpNumericWidth(secondaryMode), shape.zoomPercent);
-        return col == 18 ? Zoomed(kDumpSeparatorWidth, shape.zoomPercent) : shape.byteWidth;
+            return own(1, Zoomed(kNumberWidth, shape.zoomPercent));
+        if (shape.view == kViewDataOnly)
+            return shape.byteWidth;
+        if (col < 18) // a number cell holds the secondary mode's whole value
+            return std::max<int>(shape.userWidths[2], Zoomed(DumpNumericWidth(secondaryMode), shape.zoomPercent));
+        return col == 18 ? own(3, Zoomed(kDumpSeparatorWidth, shape.zoomPercent)) : shape.byteWidth;
+    }
     default: {
         auto fixed = [&shape](int c) {
             const int user = shape.userWidths[static_cast<std::size_t>(c)];

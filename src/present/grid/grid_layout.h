@@ -35,7 +35,7 @@ struct ViewShape {
     // Width of a byte cell: the data-only view's data columns, the vertical view's D1
     // and D2. Wide enough for the character mode's longest text (BIN: eight digits).
     int byteWidth = 15;
-    // Vertical view: widths the user dragged columns 0..12 to (0: the built-in width).
+    // Widths the user dragged, by slot (UserWidthSlot; 0: the built-in width).
     std::array<std::int16_t, 13> userWidths{};
     // The grid's zoom (font size setting): built-in widths and the row height grow with it.
     int zoomPercent = 100;
@@ -46,7 +46,14 @@ struct ViewShape {
 // An unknown view number gets the vertical shape. The data-only view keeps at
 // least one data column however narrow the window is, so that it still scrolls;
 // its column count follows from the byte cell width of charMode.
-[[nodiscard]] ViewShape ShapeForView(int view, int clientWidth, int charMode = 1, int zoomPercent = 100);
+using UserWidths = std::array<std::int16_t, 13>;
+[[nodiscard]] ViewShape ShapeForView(int view, int clientWidth, int charMode = 1, int zoomPercent = 100,
+                                     const UserWidths &user = {});
+// Which user width sizes column col: in the vertical view each of columns 0..12 its
+// own; in the data-only view 0 the line name, 1 the number, 2 every data cell; in
+// the dump 0, 1, 2 every number cell, 3 the separator, 4 every character cell.
+// -1: the column follows from the others (the vertical view's description).
+[[nodiscard]] int UserWidthSlot(int view, int col);
 // The zoom steps of the font size setting (percent) and one step up or down from a value.
 inline constexpr int kZoomMin = 70, kZoomMax = 200, kZoomStep = 10;
 [[nodiscard]] int ZoomStep(int zoomPercent, int steps);

@@ -170,8 +170,7 @@ bool RecordGrid::isRedrawRunning() const { return redraw_ && redraw_->running();
 
 void RecordGrid::ApplyLayout()
 {
-    shape_ = ShapeForView(modes_.view(), viewport()->width(), modes_.charMode(), zoom_);
-    shape_.userWidths = userWidths_;
+    shape_ = ShapeForView(modes_.view(), viewport()->width(), modes_.charMode(), zoom_, UserWidthsOf(modes_.view()));
     dataRows_ = DataRowsFor(shape_, viewport()->height());
     col_ = std::clamp(col_, 0, shape_.columns - 1);
     row_ = std::clamp(row_, 1, dataRows_);
@@ -367,26 +366,41 @@ int RecordGrid::ColumnAt(int x) const
     return -1;
 }
 
+const UserWidths &RecordGrid::UserWidthsOf(int view) const
+{
+    return userWidths_[static_cast<std::size_t>(std::clamp(view, 0, 4))];
+}
+
 int RecordGrid::BorderAt(const QPoint &pt) const
 {
-    if (shape_.view != kViewVertical || pt.y() >= shape_.rowHeight * kHeaderRows)
+    if (pt.y() >= shape_.rowHeight * kHeaderRows)
         return -1;
     const int vx = pt.x() + horizontalScrollBar()->value();
-    for (int c = 0; c < static_cast<int>(userWidths_.size()); ++c) {
-        const int right = ColumnLeft(shape_, c + 1, viewport()->width(), modes_.secondaryMode());
-        if (std::abs(vx - right) <= kBorderGrip)
+    int left = 0;
+    for (int c = 0; c < shape_.columns; ++c) {
+        left += std::max(0, ColumnWidth(shape_, c, viewport()->width(), modes_.secondaryMode()));
+        if (left > vx + kBorderGrip)
+            break;
+        if (std::abs(vx - left) <= kBorderGrip && UserWidthSlot(shape_.view, c) >= 0)
             return c;
     }
     return -1;
 }
 
-std::vector<int> RecordGrid::VerticalColumnWidths() const
+bool RecordGrid::HasUserWidth(int view, int col) const
 {
-    ViewShape v = ShapeForView(kViewVertical, viewport()->width(), CharMode::Ascii, zoom_);
-    v.userWidths = userWidths_;
+    const int slot = UserWidthSlot(view, col);
+    return slot >= 0 && UserWidthsOf(view)[static_cast<std::size_t>(slot)] > 0;
+}
+
+std::vector<int> RecordGrid::ColumnWidthsOf(int view, std::size_t count) const
+{
+    ViewShape v = ShapeForView(view, viewport()->width(), CharMode::Ascii, zoom_, UserWidthsOf(view));
+    if (view == kViewDataOnly) // every kept data column has the data cells' width, shown or not
+        v.columns = std::max(v.columns, static_cast<int>(count));
     std::vector<int> out;
-    for (int c = 0; c < static_cast<int>(userWidths_.size()); ++c)
-        out.push_back(ColumnWidth(v, c, viewport()->width(), modes_.secondaryMode()));
+    for (std::size_t c = 0; c < count; ++c)
+        out.push_back(std::max(0, ColumnWidth(v, static_cast<int>(c), viewport()->width(), CharMode::Hex)));
     return out;
 }
 
@@ -401,13 +415,23 @@ void RecordGrid::setZoom(int percent)
     emit zoomChanged(zoom_);
 }
 
-void RecordGrid::SetVerticalColumnWidths(const std::vector<int> &widths)
+void RecordGrid::SetColumnWidths(int view, const std::vector<int> &widths)
 {
-    const ViewShape builtIn = ShapeForView(kViewVertical, viewport()->width(), CharMode::Ascii, zoom_);
-    for (std::size_t c = 0; c < userWidths_.size(); ++c) {
-        const int w = c < widths.size() ? widths[c] : 0;
-        const bool own = w > 0 && w != ColumnWidth(builtIn, static_cast<int>(c), viewport()->width(), 3);
-        userWidths_[c] = static_cast<std::int16_t>(own ? std::clamp(w, kNarrowestColumn, kWidestColumn) : 0);
+    if (view < 0 || view > 4)
+        return;
+    UserWidths &user = userWidths_[static_cast<std::size_t>(view)];
+    user = {};
+    const ViewShape builtIn = ShapeForView(view, viewport()->width(), CharMode::Ascii, zoom_);
+    // Each slot takes the first kept column it sizes.
+    std::array<bool, 13> taken{};
+    for (std::size_t c = 0; c < widths.size(); ++c) {
+        const int slot = UserWidthSlot(view, static_cast<int>(c));
+        if (slot < 0 || taken[static_cast<std::size_t>(slot)])
+            continue;
+        taken[static_cast<std::size_t>(slot)] = true;
+        const int w = widths[c];
+        const bool own = w > 0 && w != ColumnWidth(builtIn, static_cast<int>(c), viewport()->width(), CharMode::Hex);
+        user[static_cast<std::size_t>(slot)] = static_cast<std::int16_t>(own ? std::clamp(w, kNarrowestColumn, kWidestColumn) : 0);
     }
     ApplyLayout();
 }
@@ -417,7 +441,9 @@ void RecordGrid::mouseMoveEvent(QMouseEvent *event)
     const QPoint pt = event->position().toPoint();
     if (resizing_ >= 0) {
         const int w = std::clamp(resizeFromWidth_ + pt.x() - resizeFromX_, kNarrowestColumn, kWidestColumn);
-        userWidths_[static_cast<std::size_t>(resizing_)] = static_cast<std::int16_t>(w);
+        const int slot = UserWidthSlot(shape_.view, resizing_);
+        userWidths_[static_cast<std::size_t>(std::clamp(shape_.view, 0, 4))][static_cast<std::size_t>(slot)] =
+            static_cast<std::int16_t>(w);
         ApplyLayout();
         return;
     }
@@ -479,7 +505,8 @@ void RecordGrid::setCharMode(int mode)
 {
     modes_.panel.ChooseMode(mode);
     // A number mode may need wider byte cells (and so fewer data columns).
-    if (ShapeForView(modes_.view(), viewport()->width(), modes_.charMode(), zoom_).byteWidth != shape_.byteWidth)
+    if (ShapeForView(modes_.view(), viewport()->width(), modes_.charMode(), zoom_, UserWidthsOf(modes_.view()))
+            .byteWidth != shape_.byteWidth)
         ApplyLayout();
     AfterModeChange();
 }

@@ -67,10 +67,13 @@ public:
     [[nodiscard]] const FetchBuffer &fetchBuffer() const { return buffer_; }
     // Rectangle of a cell in viewport coordinates (empty when not visible).
     [[nodiscard]] QRect CellRect(int col, int row) const;
-    // Widths of the vertical view's columns 0..12 (dragged ones or built-in); set from
-    // the configuration, where a width of 0 or less keeps the built-in one.
-    [[nodiscard]] std::vector<int> VerticalColumnWidths() const;
-    void SetVerticalColumnWidths(const std::vector<int> &widths);
+    // Widths of the first count columns of a view (dragged ones or built-in), as the
+    // configuration keeps them per view; set from it, where a width of 0 or less, or
+    // the built-in one, keeps the built-in width.
+    [[nodiscard]] std::vector<int> ColumnWidthsOf(int view, std::size_t count) const;
+    void SetColumnWidths(int view, const std::vector<int> &widths);
+    // True when column col of a view has a width of the user's (dragged or kept).
+    [[nodiscard]] bool HasUserWidth(int view, int col) const;
     // The font size setting: the grid's texts, glyphs, rows and columns at percent of their
     // size (kZoomMin..kZoomMax).
     void setZoom(int percent);
@@ -197,12 +200,13 @@ private:
     bool followEnd_ = false;
     bool hold_ = false;
     // Column widths the user dragged in the vertical view, and a drag in progress.
-    std::array<std::int16_t, 13> userWidths_{};
+    std::array<UserWidths, 5> userWidths_{}; // by view
     int resizing_ = -1; // the column whose right border is dragged
     int zoom_ = 100;
     int resizeFromX_ = 0, resizeFromWidth_ = 0;
-    // The vertical view's column whose right border is at x of the header row, or -1.
+    // The column whose right border is at pt in the header row, or -1.
     [[nodiscard]] int BorderAt(const QPoint &pt) const;
+    [[nodiscard]] const UserWidths &UserWidthsOf(int view) const;
     bool settingBar_ = false;
     static constexpr int kWheelNotch = 120;
     int wheelRest_ = 0; // wheel turn not yet worth a whole notch

@@ -323,8 +323,8 @@ TEST_F(GridFixture, VerticalHeadersFitTheirColumns)
             }
 }
 
-// A header border of the vertical view can be dragged; the widths come back as set.
-TEST_F(GridFixture, VerticalColumnsAreResizedByDraggingTheHeaderBorder)
+// A header border can be dragged in every view; the widths come back as set.
+TEST_F(GridFixture, ColumnsAreResizedByDraggingTheHeaderBorder)
 {
     ASSERT_TRUE(grid->OpenRecording(QString::fromStdString(WriteRecording(dir, 12))));
     const int before = grid->CellRect(2, 1).width(); // the time column
@@ -334,19 +334,39 @@ TEST_F(GridFixture, VerticalColumnsAreResizedByDraggingTheHeaderBorder)
     QTest::mouseRelease(grid->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(border + 40, 5));
     EXPECT_EQ(grid->CellRect(2, 1).width(), before + 40);
     EXPECT_EQ(grid->CellRect(3, 1).left(), border + 40); // the columns right of it move along
-    const std::vector<int> widths = grid->VerticalColumnWidths();
+    const std::vector<int> widths = grid->ColumnWidthsOf(kViewVertical, 13);
     ASSERT_EQ(widths.size(), 13u);
     EXPECT_EQ(widths[2], 150 + 40);
 
     // A click on a data row is no drag; built-in widths read back as themselves.
     QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(border + 40, 40));
-    EXPECT_EQ(grid->VerticalColumnWidths(), widths);
+    EXPECT_EQ(grid->ColumnWidthsOf(kViewVertical, 13), widths);
     std::vector<int> stored = widths;
     stored[2] = 0; // a width of 0 in the settings: the built-in one
     stored[3] = 10; // D1 cannot be made too narrow for its byte
-    grid->SetVerticalColumnWidths(stored);
-    EXPECT_EQ(grid->VerticalColumnWidths()[2], 150);
-    EXPECT_EQ(grid->VerticalColumnWidths()[3], 30);
+    grid->SetColumnWidths(kViewVertical, stored);
+    EXPECT_EQ(grid->ColumnWidthsOf(kViewVertical, 13)[2], 150);
+    EXPECT_EQ(grid->ColumnWidthsOf(kViewVertical, 13)[3], 30);
+
+    // Data-only: one data cell's border sizes them all, and fewer fit a row.
+    grid->selectView(kViewDataOnly);
+    QApplication::processEvents();
+    const std::int64_t perRowBefore = grid->largeChange();
+    const int cell = grid->CellRect(2, 1).width();
+    const int edge = grid->CellRect(3, 0).left();
+    QTest::mousePress(grid->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(edge, 5));
+    QTest::mouseMove(grid->viewport(), QPoint(edge + 10, 5));
+    QTest::mouseRelease(grid->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(edge + 10, 5));
+    EXPECT_EQ(grid->CellRect(2, 1).width(), cell + 10);
+    EXPECT_EQ(grid->CellRect(9, 1).width(), cell + 10);
+    EXPECT_LT(grid->largeChange(), perRowBefore);
+    const std::vector<int> dataOnly = grid->ColumnWidthsOf(kViewDataOnly, 326);
+    EXPECT_EQ(dataOnly[4], cell + 10);
+    EXPECT_EQ(dataOnly[325], cell + 10); // kept for columns a wider window would show
+    EXPECT_TRUE(grid->HasUserWidth(kViewDataOnly, 325));
+    EXPECT_FALSE(grid->HasUserWidth(kViewDataOnly, 0));
+    grid->SetColumnWidths(kViewDataOnly, {0, 0, 0});
+    EXPECT_EQ(grid->CellRect(2, 1).width(), cell);
 }
 
 TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
