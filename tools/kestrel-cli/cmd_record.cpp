@@ -169,18 +169,6 @@ public:
     bool active = false;
 };
 
-// Messages in German when the locale asks for it, else in English.
-void chooseLanguageFromLocale()
-{
-    const char *lang = nullptr;
-    for (const char *var : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        lang = std::getenv(var);
-        if (lang && *lang)
-            break;
-    }
-    SetGlobalLang(lang && std::strncmp(lang, "de", 2) == 0 ? kLangGerman : kLangEnglish);
-}
-
 // A file that is not a recording is never touched; a recording only with --append or --replace.
 std::optional<int> refuseOutput(const std::string &output, int mode)
 {
@@ -209,7 +197,7 @@ std::optional<int> refuseOutput(const std::string &output, int mode)
 
 int runRecord(RecordOptions o)
 {
-    chooseLanguageFromLocale();
+    SetGlobalLang(cli::LanguageFromEnvironment()); // messages in German when the locale asks for it
     if (const auto exit = completeOptions(o))
         return *exit;
 
