@@ -7,10 +7,10 @@
 #include <cstring>
 #include <sstream>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "ports/port_settings.h"
+#include "record/record_reader.h"
 
 namespace kestrel {
 
@@ -415,25 +415,17 @@ std::optional<Scenario> LoadScenarioFile(const std::string &path, ScenarioError 
         error.reason = why;
         return std::nullopt;
     };
-    // Not blocking, so a FIFO cannot hang us in open(); only a regular file is read.
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    std::string why;
+    std::uint64_t size = 0;
+    const int fd = OpenRegularFile(path, O_RDONLY, why, &size); // a FIFO cannot hang us
     if (fd < 0)
-        return refuse(std::strerror(errno));
-    struct stat st {};
-    const bool stated = ::fstat(fd, &st) == 0;
-    if (!stated || !S_ISREG(st.st_mode)) {
-        const int err = errno;
-        ::close(fd);
-        if (stated && S_ISDIR(st.st_mode))
-            return refuse(std::strerror(EISDIR));
-        return refuse(stated ? "not a regular file (a pipe, device or socket)" : std::strerror(err));
-    }
+        return refuse(why);
     // A scenario is text a person writes; anything this big is not one, and reading it
     // whole would only cost memory.
-    if (static_cast<std::uint64_t>(st.st_size) > kMaxScenarioBytes) {
+    if (size > kMaxScenarioBytes) {
         ::close(fd);
-        return refuse("it is " + std::to_string(static_cast<std::uint64_t>(st.st_size) >> 20) +
-                      " MB; a scenario is at most " + std::to_string(kMaxScenarioBytes >> 20) + " MB of text");
+        return refuse("it is " + std::to_string(size >> 20) + " MB; a scenario is at most " +
+                      std::to_string(kMaxScenarioBytes >> 20) + " MB of text");
     }
     std::string text;
     char buf[65536];

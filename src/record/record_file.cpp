@@ -29,23 +29,16 @@ Result RecordFile::open(RecordHandle kind)
             ++viewCount_;
         return r;
     }
-    return lockRecordHandle(O_RDWR | O_CLOEXEC | O_NONBLOCK, kRecordOpenFailed);
+    return lockRecordHandle(O_RDWR, kRecordOpenFailed);
 }
 
 Result RecordFile::lockRecordHandle(int flags, int failCode)
 {
     close(RecordHandle::Record);
-    const int fd = ::open(path_.c_str(), flags, 0644);
+    std::string why;
+    const int fd = OpenRegularFile(path_, flags, why);
     if (fd < 0)
-        return Result::Fail(failCode, systemError(errno));
-    struct stat st {};
-    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-        const int err = errno;
-        ::close(fd);
-        if (S_ISDIR(st.st_mode))
-            return Result::Fail(failCode, systemError(EISDIR));
-        return Result::Fail(failCode, st.st_mode != 0 ? kNotARegularFile : systemError(err));
-    }
+        return Result::Fail(failCode, why);
     if (beforeLock_)
         beforeLock_();
     // Two recorders appending to one file would overwrite each other's records;
@@ -56,7 +49,6 @@ Result RecordFile::lockRecordHandle(int flags, int failCode)
         ::close(fd);
         return err == EWOULDBLOCK ? Result::Fail(kRecordFileBusy) : Result::Fail(failCode, systemError(err));
     }
-    ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
     recordFd_ = fd;
     ++recordCount_;
     writePos_ = 0;
@@ -65,7 +57,7 @@ Result RecordFile::lockRecordHandle(int flags, int failCode)
 
 Result RecordFile::lockForRecording()
 {
-    return lockRecordHandle(O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, kRecordCreateFailed);
+    return lockRecordHandle(O_RDWR | O_CREAT, kRecordCreateFailed);
 }
 
 Result RecordFile::emptyLocked()
@@ -92,9 +84,10 @@ Result RecordFile::create(RecordHandle kind)
     }
     // The view never changes a file: it only makes a missing one.
     close(kind);
-    const int fd = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
+    std::string why;
+    const int fd = OpenRegularFile(path_, O_WRONLY | O_CREAT, why);
     if (fd < 0)
-        return Result::Fail(kRecordCreateFailed, systemError(errno));
+        return Result::Fail(kRecordCreateFailed, why);
     ::close(fd);
     Result r = open(kind);
     if (!r && r.code == kRecordOpenFailed)

@@ -41,26 +41,33 @@ RecordReader &RecordReader::operator=(RecordReader &&other) noexcept
     return *this;
 }
 
+int OpenRegularFile(const std::string &path, int flags, std::string &why, std::uint64_t *size)
+{
+    const int fd = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0644);
+    if (fd < 0) {
+        why = std::strerror(errno);
+        return -1;
+    }
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        const int err = errno;
+        ::close(fd);
+        why = S_ISDIR(st.st_mode) ? std::strerror(EISDIR) : st.st_mode != 0 ? kNotARegularFile : std::strerror(err);
+        return -1;
+    }
+    ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+    if (size != nullptr)
+        *size = static_cast<std::uint64_t>(st.st_size);
+    return fd;
+}
+
 Result RecordReader::open(const std::string &path)
 {
     close();
     path_ = path;
-    // Not blocking, so that a FIFO named as a recording cannot hang us in open();
-    // anything but a regular file is refused below.
-    fd_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd_ < 0)
-        return Result::Fail(kRecordOpenFailed, std::strerror(errno));
-    struct stat st {};
-    if (::fstat(fd_, &st) != 0 || !S_ISREG(st.st_mode)) {
-        const int err = errno;
-        const bool dir = S_ISDIR(st.st_mode);
-        close();
-        if (dir)
-            return Result::Fail(kRecordOpenFailed, std::strerror(EISDIR));
-        return Result::Fail(kRecordOpenFailed, st.st_mode != 0 ? kNotARegularFile : std::strerror(err));
-    }
-    ::fcntl(fd_, F_SETFL, ::fcntl(fd_, F_GETFL) & ~O_NONBLOCK);
-    return Result::Ok();
+    std::string why;
+    fd_ = OpenRegularFile(path, O_RDONLY, why);
+    return fd_ < 0 ? Result::Fail(kRecordOpenFailed, why) : Result::Ok();
 }
 
 void RecordReader::close()

@@ -23,6 +23,13 @@ namespace kestrel {
 // Why a FIFO, a device or a socket is not read as a recording.
 inline constexpr const char *kNotARegularFile = "not a regular file (a pipe, device or socket)";
 
+// Opens path with flags and keeps it only when it is a regular file. The open does not
+// block (a FIFO would hang it); the descriptor is blocking again when returned. On
+// failure -1, and why says the system's reason, "Is a directory" or kNotARegularFile.
+// size, when given, receives the file's size.
+[[nodiscard]] int OpenRegularFile(const std::string &path, int flags, std::string &why,
+                                  std::uint64_t *size = nullptr);
+
 class RecordReader {
 public:
     RecordReader() = default;

@@ -1038,7 +1038,6 @@ TEST(MainForm, TheFontSizeSettingScalesTheGridAndIsKept)
         pump(100);
         grid::RecordGrid &g = w.grid();
         const int font = g.textFont().pixelSize();
-        const int row = g.CellRect(0, 1).height();
         rowsAt100 = static_cast<int>(g.largeChange());
         for (int i = 0; i < 5; ++i)
             w.actions().action("actZoomIn")->trigger();
