@@ -44,6 +44,20 @@ int DumpNumericWidth(int secondaryMode)
     }
 }
 
+// The width the user dragged into slot, else the built-in one.
+int UserOr(const UserWidths &user, int slot, int builtIn)
+{
+    const int w = user[static_cast<std::size_t>(slot)];
+    return w > 0 ? w : builtIn;
+}
+
+// Column 0 (line name) or 1 (number) of the data-only and dump views.
+int LeadingColumnWidth(const UserWidths &user, int col, int zoomPercent)
+{
+    return col == 0 ? UserOr(user, 0, Zoomed(kLineNameWidth, zoomPercent))
+                    : UserOr(user, 1, Zoomed(kNumberWidth, zoomPercent));
+}
+
 } // namespace
 
 bool IsGridView(int view) { return view == kViewVertical || view == kViewDataOnly || view == kViewDataDump; }
@@ -87,15 +101,13 @@ int UserWidthSlot(int view, int col)
 
 ViewShape ShapeForView(int view, int clientWidth, int charMode, int zoomPercent, const UserWidths &user)
 {
-    // A dragged width, or the built-in one at this zoom; byte cells never narrower than
-    // the character mode needs.
-    auto own = [&user](int slot, int builtIn) { return user[static_cast<std::size_t>(slot)] > 0 ? user[static_cast<std::size_t>(slot)] : builtIn; };
+    // Byte cells take a dragged width, but never less than the character mode needs.
     ViewShape s;
     switch (view) {
     case kViewDataOnly: {
         const int need = Zoomed(ByteCellWidth(kViewDataOnly, charMode), zoomPercent);
         const int cell = std::max<int>(need, user[2]);
-        const int fixed = own(0, Zoomed(kLineNameWidth, zoomPercent)) + own(1, Zoomed(kNumberWidth, zoomPercent));
+        const int fixed = LeadingColumnWidth(user, 0, zoomPercent) + LeadingColumnWidth(user, 1, zoomPercent);
         const int columns = std::max(3, (clientWidth - fixed) / std::max(1, cell) + 2);
         s = {kViewDataOnly, columns, columns - 2, 2, cell};
         break;
@@ -120,26 +132,19 @@ int ColumnWidth(const ViewShape &shape, int col, int clientWidth, int secondaryM
     switch (shape.view) {
     case kViewDataOnly:
     case kViewDataDump: {
-        auto own = [&shape](int slot, int builtIn) {
-            const int user = shape.userWidths[static_cast<std::size_t>(slot)];
-            return user > 0 ? user : builtIn;
-        };
-        if (col == 0)
-            return own(0, Zoomed(kLineNameWidth, shape.zoomPercent));
-        if (col == 1)
-            return own(1, Zoomed(kNumberWidth, shape.zoomPercent));
+        if (col < 2)
+            return LeadingColumnWidth(shape.userWidths, col, shape.zoomPercent);
         if (shape.view == kViewDataOnly)
             return shape.byteWidth;
         if (col < 18) // a number cell holds the secondary mode's whole value
             return std::max<int>(shape.userWidths[2], Zoomed(DumpNumericWidth(secondaryMode), shape.zoomPercent));
-        return col == 18 ? own(3, Zoomed(kDumpSeparatorWidth, shape.zoomPercent)) : shape.byteWidth;
+        return col == 18 ? UserOr(shape.userWidths, 3, Zoomed(kDumpSeparatorWidth, shape.zoomPercent)) : shape.byteWidth;
     }
     default: {
         auto fixed = [&shape](int c) {
-            const int user = shape.userWidths[static_cast<std::size_t>(c)];
             if (c == 3 || c == 4) // a dragged byte column still holds the mode's whole value
-                return std::max<int>(user, shape.byteWidth);
-            return user > 0 ? user : Zoomed(kVerticalWidths[static_cast<std::size_t>(c)], shape.zoomPercent);
+                return std::max<int>(shape.userWidths[static_cast<std::size_t>(c)], shape.byteWidth);
+            return UserOr(shape.userWidths, c, Zoomed(kVerticalWidths[static_cast<std::size_t>(c)], shape.zoomPercent));
         };
         if (col < static_cast<int>(kVerticalWidths.size()))
             return fixed(col);
