@@ -40,6 +40,9 @@ inline constexpr int Modem = 1; // mask over the Msr bits
 inline constexpr int Line = 2;  // mask over the LineError bits
 } // namespace StatusTriggerKind
 
+// Trigger handles run from 1 to this; the bits above are free for a caller's own tags.
+inline constexpr int kMaxTriggerHandle = 0x1FFF;
+
 // Receive-buffer thresholds: "full" and resume.
 inline constexpr int kBufferFull = 3686;
 inline constexpr int kBufferResume = 409;

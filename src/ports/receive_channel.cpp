@@ -9,6 +9,16 @@
 
 namespace kestrel {
 
+namespace {
+// Handles are unique across all ports, so a handle alone tells which trigger
+// fired; they wrap below kMaxTriggerHandle, long after any old one was removed.
+int NewTriggerHandle()
+{
+    static std::atomic<unsigned> next{0};
+    return static_cast<int>(next.fetch_add(1, std::memory_order_relaxed) % kMaxTriggerHandle) + 1;
+}
+} // namespace
+
 PatternMatcher::PatternMatcher(std::vector<std::uint8_t> pattern) : pattern_(std::move(pattern))
 {
     // Knuth-Morris-Pratt borders, so a pattern split across reads or overlapping itself is still found.
@@ -231,7 +241,7 @@ int ReceiveChannel::addDataTrigger(const std::vector<std::uint8_t> &pattern)
     if (pattern.empty())
         return 0;
     std::lock_guard lock(mutex_);
-    const int handle = nextHandle_++;
+    const int handle = NewTriggerHandle();
     dataTriggers_.emplace(handle, PatternMatcher(pattern));
     return handle;
 }
@@ -241,7 +251,7 @@ int ReceiveChannel::addStatusTrigger(int kind)
     if (kind != StatusTriggerKind::Modem && kind != StatusTriggerKind::Line)
         return 0;
     std::lock_guard lock(mutex_);
-    const int handle = nextHandle_++;
+    const int handle = NewTriggerHandle();
     statusTriggers_.emplace(handle, StatusTrigger{kind, 0, false});
     return handle;
 }

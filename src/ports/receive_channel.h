@@ -118,7 +118,6 @@ private:
     std::uint8_t modemState_ = 0;
     std::uint8_t modemDeltas_ = 0;
 
-    int nextHandle_ = 1;
     std::map<int, PatternMatcher> dataTriggers_;
     std::map<int, StatusTrigger> statusTriggers_;
 };

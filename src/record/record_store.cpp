@@ -204,6 +204,8 @@ int RecordStore::WriteMp(const ComEvent &e, std::uint16_t burst, bool reset)
 
     // 4.-5. Last-change table and counters.
     updateLastChange(mp);
+    if (events_ != nullptr && e.markCode == 0 && e.markKind != kSystemMarkKind) // marks are not line events
+        events_->Note(mp);
     std::copy(std::begin(counts_), std::end(counts_), mp.counts);
 
     // 6.-8. Load and quality.

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "record/clock.h"
+#include "record/last_events.h"
 #include "record/com_event.h"
 #include "record/line_timing.h"
 #include "record/live_buffer.h"
@@ -57,6 +58,8 @@ public:
     RecordStore &operator=(const RecordStore &) = delete;
 
     void setSink(MpSink *sink) { sink_ = sink; }
+    // Told of every line event MP that is recorded (trigger evaluation's inactivity clock).
+    void setEventWatch(LastEvents *events) { events_ = events; }
 
     // The pending event that capture fills.
     [[nodiscard]] ComEvent &pending() { return pending_; }
@@ -113,6 +116,7 @@ private:
 
     Clock &clock_;
     MpSink *sink_ = nullptr;
+    LastEvents *events_ = nullptr;
     ComEvent pending_;
 
     MpRecord previous_;          // last MP written (its number is the base of the next)
