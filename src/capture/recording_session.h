@@ -90,8 +90,9 @@ public:
     [[nodiscard]] bool recordingGate() const { return recorder_->RecordingGate(); }
 
     // ---- trigger evaluation ----
-    // nullptr: no evaluation; a recording then always opens the gate itself.
-    void setTriggerHooks(TriggerHooks *hooks) { triggers_ = hooks; }
+    // The session owns its evaluation; nullptr: none, a recording then always opens the gate itself.
+    void setTriggerHooks(std::unique_ptr<TriggerHooks> hooks) { triggers_ = std::move(hooks); }
+    [[nodiscard]] TriggerHooks *triggerHooks() { return triggers_.get(); }
     // A trigger mark through the MP writer (code t + 1, kind a, extra b); 0 = written.
     int writeTriggerMark(std::uint8_t t, std::uint8_t a, std::uint8_t b) { return recorder_->WriteTriggerMark(t, a, b); }
     // Ends the recording once the current notification handler has returned.
@@ -122,7 +123,7 @@ private:
     std::vector<std::unique_ptr<ComPort>> ownPorts_;
     std::unique_ptr<Capture> capture_;
     std::unique_ptr<Recorder> recorder_;
-    TriggerHooks *triggers_ = nullptr;
+    std::unique_ptr<TriggerHooks> triggers_; // outlives recorder and capture (the destructor ends them first)
     QObject postContext_; // work posted to the event loop dies with the session
 };
 

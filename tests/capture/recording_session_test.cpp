@@ -133,59 +133,5 @@ TEST_F(SessionFixture, PortSettingsGiveTheStoreItsCharacterTime)
     }
 }
 
-// Evaluation as the trigger library will plug it in: it takes the gate at the start,
-// and a data trigger on port B writes a mark and opens the gate.
-class GateKeeper final : public TriggerHooks {
-public:
-    bool prepare(RecordingSession &s) override
-    {
-        handle = s.port(PortTag::B).addDataTrigger({'X'});
-        s.recorder().triggerControlled = true;
-        return true;
-    }
-    void dataTrigger(RecordingSession &s, PortTag port, int h) override
-    {
-        fired.emplace_back(port, h);
-        (void)s.writeTriggerMark(0, 1, 7);
-        s.recorder().captureEnabled = true;
-        s.recorder().triggerStates.stopGroupArmed = true;
-    }
-    bool statusTrigger(RecordingSession &, PortTag, int) override { return true; }
-    void stopTiming(RecordingSession &) override { ++stops; }
-
-    int handle = 0;
-    std::vector<std::pair<PortTag, int>> fired;
-    int stops = 0;
-};
-
-TEST_F(SessionFixture, TriggerHooksTakeTheGateAndSeeTheirPortsTriggers)
-{
-    GateKeeper keeper;
-    session->setTriggerHooks(&keeper);
-    session->record();
-    ASSERT_TRUE(session->recording());
-    EXPECT_FALSE(session->recordingGate());
-    line().injectBytes(kSimPortB, bytes("aX"));
-    ASSERT_TRUE(test::SpinUntil([&] { return !keeper.fired.empty(); }));
-    EXPECT_EQ(keeper.fired[0], std::make_pair(PortTag::B, keeper.handle));
-    EXPECT_TRUE(session->recordingGate());
-    line().injectBytes(kSimPortB, bytes("c"));
-    ASSERT_TRUE(test::SpinUntil([&] { return records().size() == 4; }));
-    session->requestStop();
-    EXPECT_TRUE(session->loaded()); // not from inside the caller's handler
-    ASSERT_TRUE(test::SpinUntil([&] { return !session->loaded(); }));
-    EXPECT_EQ(keeper.stops, 1);
-    EXPECT_FALSE(session->recorder().triggerControlled);
-
-    // 0, 6, the trigger's mark, 'c', 5: what came before the trigger stayed out.
-    const std::vector<MpRecord> recs = records();
-    ASSERT_EQ(recs.size(), 5u);
-    EXPECT_TRUE(recs[2].isTriggerMark());
-    EXPECT_EQ(recs[2].markExtra, 7);
-    EXPECT_FALSE(recs[3].isTriggerMark() || recs[3].isSystemMark());
-    EXPECT_EQ(recs[3].d1, 'c');
-    EXPECT_EQ(recs[3].d1Valid, 1);
-}
-
 } // namespace
 } // namespace kestrel
