@@ -13,4 +13,9 @@ namespace kestrel {
 // "Ignore", "Falls", "Rise".
 [[nodiscard]] std::string SignalEdgeText(std::int32_t edge);
 
+struct TriggerDef;
+// The trigger's condition in words: "start recording on data 41 54 44 on D1 (Tx)",
+// "inactivity: 30 s without D2, PE".
+[[nodiscard]] std::string DescribeTrigger(const TriggerDef &trigger);
+
 } // namespace kestrel

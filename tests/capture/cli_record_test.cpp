@@ -17,55 +17,18 @@
 
 #include "record/record_summary.h"
 #include "support/pty_pair.h"
+#include "support/run_cli.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
 
 namespace {
 
-// Starts kestrel-cli with stdout and stderr into one file; fileLimit > 0 caps the size of any
-// file it writes (as a quota or a full disk would).
 pid_t startCli(const std::vector<std::string> &args, const std::string &outputFile, rlim_t fileLimit = 0)
 {
-    std::vector<std::string> argv{KESTREL_CLI_PATH};
-    argv.insert(argv.end(), args.begin(), args.end());
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        const int fd = ::open(outputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        ::dup2(fd, 1);
-        ::dup2(fd, 2);
-        ::setenv("LANG", "C", 1); // English messages
-        ::unsetenv("LC_ALL");
-        ::unsetenv("LC_MESSAGES");
-        if (fileLimit > 0) {
-            const rlimit limit{fileLimit, fileLimit};
-            ::setrlimit(RLIMIT_FSIZE, &limit);
-        }
-        std::vector<char *> cargs;
-        for (auto &a : argv)
-            cargs.push_back(a.data());
-        cargs.push_back(nullptr);
-        ::execv(cargs[0], cargs.data());
-        ::_exit(127);
-    }
-    return pid;
+    return test::StartCli(KESTREL_CLI_PATH, args, outputFile, fileLimit);
 }
-
-// Exit code, or 128 + signal; -1 when it did not end within the time-out (then it is killed).
-int waitCli(pid_t pid, std::chrono::seconds timeout = std::chrono::seconds(30))
-{
-    const auto until = std::chrono::steady_clock::now() + timeout;
-    int status = 0;
-    while (::waitpid(pid, &status, WNOHANG) == 0) {
-        if (std::chrono::steady_clock::now() > until) {
-            ::kill(pid, SIGKILL);
-            ::waitpid(pid, &status, 0);
-            return -1;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
+int waitCli(pid_t pid, std::chrono::seconds timeout = std::chrono::seconds(30)) { return test::WaitCli(pid, timeout); }
 
 struct CliFixture : ::testing::Test {
     test::TempDir dir;

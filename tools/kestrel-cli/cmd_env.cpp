@@ -11,7 +11,6 @@
 #include "cli_common.h"
 #include "command.h"
 #include "config/data_folder.h"
-#include "config/date_time_text.h"
 #include "config/environment.h"
 #include "config/record_setup.h"
 #include "base/string_table.h"
@@ -42,13 +41,6 @@ void PrintPort(const char *label, const EnvPort &port, const EnvPort &line)
                 parity.c_str(), stop.c_str());
 }
 
-std::string Join(const std::vector<std::string> &items, const char *separator = " ")
-{
-    std::string out;
-    for (const auto &s : items)
-        out += (out.empty() ? "" : separator) + s;
-    return out.empty() ? "-" : out;
-}
 
 void PrintTrigger(const TriggerDef &t)
 {
@@ -56,42 +48,7 @@ void PrintTrigger(const TriggerDef &t)
                 TriggerTypeText(t.Type).c_str(), TriggerEventText(t.Event).c_str());
     if (!t.Description.empty())
         std::printf("     description: %s\n", Printable(t.Description).c_str());
-    switch (t.Event) {
-    case TriggerEvent::Data:
-        std::printf("     data on %s: %s\n", t.D1 ? (t.D2 ? "D1+D2" : "D1") : (t.D2 ? "D2" : "-"),
-                    t.Data.empty() ? "(none)" : Printable(t.Data).c_str());
-        break;
-    case TriggerEvent::Signal: {
-        std::vector<std::string> edges;
-        for (const auto &k : kSignalEdgeKeys) {
-            if (t.*k.field != SignalEdge::Ignore)
-                edges.push_back(std::string(k.key) + " " + SignalEdgeText(t.*k.field));
-        }
-        std::printf("     signals: %s\n", Join(edges, ", ").c_str());
-        break;
-    }
-    case TriggerEvent::Error: {
-        std::vector<std::string> errors;
-        for (const auto &k : kErrorKeys) {
-            if (t.*k.field)
-                errors.emplace_back(k.key);
-        }
-        std::printf("     errors: %s\n", Join(errors).c_str());
-        break;
-    }
-    case TriggerEvent::TimeReached:
-        std::printf("     time reached: %s\n", FormatSettingsDateTime(t.TimeReached).c_str());
-        break;
-    default: {
-        std::vector<std::string> watched;
-        for (const auto &k : kInactivityEventKeys) {
-            if (t.*k.field)
-                watched.emplace_back(std::string_view(k.key).substr(5)); // "EventD1" -> "D1"
-        }
-        std::printf("     inactivity: %d s without %s\n", t.InActivityTime, Join(watched).c_str());
-        break;
-    }
-    }
+    std::printf("     condition: %s\n", Printable(DescribeTrigger(t)).c_str());
     if (t.PlaySound)
         std::printf("     action: play sound '%s'%s\n", Printable(t.SoundFilePath).c_str(), t.PlaySoundRepeat ? " repeatedly" : "");
     if (t.ExecCommand)

@@ -37,6 +37,9 @@
 #include "config/date_time_text.h"
 #include "config/record_setup.h"
 #include "base/string_table.h"
+#include "trigger_engine/trigger_engine.h"
+#include "trigger_engine/trigger_launcher.h"
+#include "triggers/trigger_texts.h"
 #include "cli_common.h"
 
 namespace kestrel::cli {
@@ -52,6 +55,8 @@ struct RecordOptions {
         bool baud = false, dataBits = false, parity = false, stopBits = false;
     } given; // line settings named on the command line win over an environment's
     std::string environment;
+    TriggerList triggers; // the environment's; the active ones gate the recording
+    bool allowActions = false;
     int mode = RecordMode::None;
     std::optional<double> duration;
 };
@@ -92,6 +97,7 @@ std::optional<int> applyEnvironment(RecordOptions &o)
         }
     }
     o.output = recordFile;
+    o.triggers = env.env.triggers;
     if (!o.simulate) {
         if (o.portA.empty())
             o.portA = setup.portA.device;
@@ -169,6 +175,22 @@ public:
     bool active = false;
 };
 
+// Trigger evaluation tells what it waits for and what fired.
+class CliTriggerView final : public TriggerEngineView {
+public:
+    void triggerStatusText(const std::string &text) override
+    {
+        if (!text.empty())
+            std::printf("kestrel-cli record: %s\n", text.c_str());
+    }
+    void triggerFired(const TriggerDef &t, std::uint32_t mp) override
+    {
+        std::printf("kestrel-cli record: trigger %d (%s) fired at MP %u: %s\n", t.number, Printable(t.Name).c_str(), mp,
+                    DescribeTrigger(t).c_str());
+        std::fflush(stdout);
+    }
+};
+
 // A file that is not a recording is never touched; a recording only with --append or --replace.
 std::optional<int> refuseOutput(const std::string &output, int mode)
 {
@@ -244,6 +266,18 @@ int runRecord(RecordOptions o)
     recorder.setAppendReplace(o.mode);
     SimLine *line = session->simLine();
 
+    CliTriggerView triggerView;
+    TriggerLauncher launcher(reporter);
+    launcher.setAllowed(o.allowActions);
+    launcher.setStatusSink([](const std::string &text) { std::fprintf(stderr, "kestrel-cli record: %s\n", text.c_str()); });
+    if (o.triggers.ActiveCount() > 0) {
+        auto engine = std::make_unique<TriggerEngine>();
+        engine->setTriggers(&o.triggers);
+        engine->setActions(&launcher);
+        engine->setView(&triggerView);
+        session->setTriggerHooks(std::move(engine));
+    }
+
     // Prove the ports and settings before the file is touched: a busy port must not cost a recording.
     bool portsOpen = true;
     for (const Result &r : session->tryPorts(o.texts)) {
@@ -309,6 +343,12 @@ int runRecord(RecordOptions o)
     const std::uint64_t mps = check.open(output) ? check.recordCount() : 0;
     std::printf("kestrel-cli record: %s: %llu MPs in the file\n", output.c_str(),
                  static_cast<unsigned long long>(mps));
+    if (!launcher.skipped().empty()) {
+        std::printf("kestrel-cli record: %zu trigger actions were not run (give --allow-actions to run them):\n",
+                    launcher.skipped().size());
+        for (const std::string &line : launcher.skipped())
+            std::printf("  %s\n", Printable(line).c_str());
+    }
     if (recorder.writeFailed() || recorder.portLost())
         return kExitFailure;
     return kExitOk;
@@ -335,7 +375,10 @@ std::function<int()> declareRecord(CLI::App &cmd)
                "Give -o FILE.ksr (or --env FILE.kef) and either --simulate or --port-a and --port-b.\n"
                "--env takes both ports, their line settings and the record file from an environment;\n"
                "options given on the command line win over it. An existing recording needs --append\n"
-               "or --replace.");
+               "or --replace.\n\n"
+               "The environment's active triggers gate the recording as in the window: nothing is\n"
+               "recorded before a start trigger fires, and a chain that ends with a stop trigger ends\n"
+               "the command (exit code 0). Their sounds and commands run only with --allow-actions.");
     cmd.add_option("-o,--output", o->output, "the record file")->type_name("FILE.ksr")->check(kNotEmpty);
     CLI::Option *simulate =
         cmd.add_option("--simulate", o->scenario, "record the simulated line; without SCENARIO the built-in demo")
@@ -368,6 +411,8 @@ std::function<int()> declareRecord(CLI::App &cmd)
     cmd.add_option("--env", o->environment, "take ports, line settings and record file from an environment")
         ->type_name("FILE.kef")
         ->check(kNotEmpty);
+    cmd.add_flag("--allow-actions", o->allowActions,
+                 "let the environment's triggers play sounds and start commands (not run without it)");
     const auto setDuration = [o](const std::string &text) {
         double seconds = 0;
         std::from_chars(text.data(), text.data() + text.size(), seconds);
