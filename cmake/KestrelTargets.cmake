@@ -12,6 +12,13 @@ function(kestrel_library name)
   kestrel_warnings(${name})
 endfunction()
 
+# kestrel_program(TARGET) — a program users run: every program lands in bin/ of the
+# build folder, so one finds the others beside itself (the alert program).
+function(kestrel_program target)
+  set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+  kestrel_warnings(${target})
+endfunction()
+
 # kestrel_test(NAME SOURCES ... [DEPS ...] [ENV ...] [LABELS ...])
 function(kestrel_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPS;ENV;LABELS" ${ARGN})

@@ -11,7 +11,7 @@ top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 "$top/scripts/setup-deps.sh"
 "$top/scripts/build.sh"
 build=${KESTREL_BUILD_DIR:-$top/build}
-kestrel="$build/src/app/kestrel"
+kestrel="$build/bin/kestrel"
 data="$build/demo/data"
 record="$data/recordings/Demo.ksr"
 shot="$build/demo/kestrel-window.png"
@@ -37,4 +37,4 @@ else
   echo "Screenshot of the window: $shot"
 fi
 echo "Recording: $record"
-"$build/tools/kestrel-cli/kestrel-cli" info "$record"
+"$build/bin/kestrel-cli" info "$record"

@@ -30,6 +30,9 @@
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
 #include "app/signal_light.h"
+#include "app/trigger_panel.h"
+#include "trigger_engine/action_consent.h"
+#include "trigger_engine/trigger_launcher.h"
 #include "base/reporter.h"
 #include "capture/recording_session.h"
 #include "record/clock.h"
@@ -106,9 +109,6 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     LEDToggleTimer->setObjectName("LEDToggleTimer");
     LEDToggleTimer->setInterval(500);
     connect(LEDToggleTimer, &QTimer::timeout, this, &TFormMain::LEDToggleTimerTimer);
-    TriggerTimer = new QTimer(this);
-    TriggerTimer->setObjectName("TriggerTimer");
-    TriggerTimer->setInterval(1000);
     SoundTimer = new QTimer(this);
     SoundTimer->setObjectName("SoundTimer");
     lineLightTimer_ = new QTimer(this);
@@ -199,6 +199,7 @@ void TFormMain::applyConfiguration()
     DrawGrid1->setZoom(config_->GridZoom); // before the widths, which are kept at this size
     for (auto [view, settings] : {std::pair{1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}})
         DrawGrid1->SetColumnWidths(view, settings->columnWidths); // as the user last dragged them
+    TrigPanel->setColumnWidths(config_->triggerListColumns);
     ActionManager1->action("actAppend")->setChecked(config_->Append);
     ActionManager1->action("actReplace")->setChecked(!config_->Append && config_->Replace);
     if (config_->DisplayHoldOnProgStart && !viewHold_)
@@ -288,6 +289,7 @@ void TFormMain::ApplyLanguage()
     ActionManager1->action("actLangEnglish")->setChecked(!german);
     messageForm_->InitialLoads();
     confirmRecordMode_->InitialLoads();
+    TrigPanel->InitialLoads();
     DrawGrid1->InitialLoads(); // its status line ("day(s)", the copy item) in the new language at once
     showPortDevices(); // "(simulated line)" beside the devices
     // "Ready" in the free status panel follows the language; other texts there last only a moment.
@@ -418,7 +420,6 @@ void TFormMain::FormDestroy()
     if (DrawGrid1 != nullptr)
         DrawGrid1->StopRedraw();
     LEDToggleTimer->stop();
-    TriggerTimer->stop();
     SoundTimer->stop();
 }
 
@@ -445,6 +446,7 @@ void TFormMain::saveConfiguration()
     }
     config_->DefLang = pinNaming_;
     config_->GridZoom = DrawGrid1->zoom();
+    config_->triggerListColumns = TrigPanel->columnWidths();
     for (auto [view, settings] : {std::pair{1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}}) {
         // Widths the user gave are written; every other kept width comes back as it was read.
         const std::vector<int> shown = DrawGrid1->ColumnWidthsOf(view, settings->columnWidths.size());

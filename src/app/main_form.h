@@ -15,6 +15,7 @@
 
 #include "app/close_query.h"
 #include "capture/recorder_view.h"
+#include "trigger_engine/trigger_engine.h"
 
 #include "app/control_lock.h"
 #include "app/startup_args.h"
@@ -53,6 +54,9 @@ class SignalLight;
 class SignalLightController;
 class TFormConfirmRecordMode;
 class TMessageForm;
+class ActionConsent;
+class TriggerLauncher;
+class TriggerPanel;
 
 struct MainFormOptions {
     StartupArgs args;
@@ -65,7 +69,7 @@ struct MainFormOptions {
     ComPort *portB = nullptr;
 };
 
-class TFormMain final : public QMainWindow, private CloseSteps, private RecorderView {
+class TFormMain final : public QMainWindow, private CloseSteps, private RecorderView, private TriggerEngineView {
     Q_OBJECT
 public:
     explicit TFormMain(MainFormOptions options, QWidget *parent = nullptr);
@@ -89,6 +93,8 @@ public:
     [[nodiscard]] bool isRecording() const override;
     [[nodiscard]] bool isPaused() const;
     [[nodiscard]] bool viewHold() const { return viewHold_; }
+    [[nodiscard]] TriggerPanel &triggerPanel() const { return *TrigPanel; }
+    [[nodiscard]] TriggerLauncher &triggerLauncher() const { return *launcher_; }
 
     // Stops a recording and closes without questions (SIGTERM, --quit-after).
     void quitCleanly();
@@ -141,7 +147,6 @@ private:
     void setPauseButton(bool down) override;
     void setLightsMonitoring(bool on) override;
     void startBlinkTimer() override;
-    void stopTriggerTimer() override;
     void refreshSizeLabel(const std::string &label) override;
     void resetViewToStart() override;
     void clearGrid() override;
@@ -152,6 +157,13 @@ private:
     void startRedrawThread() override;
     void stopRedrawThread() override;
     void createSession(const MainFormOptions &options);
+    // triggers (main_form_triggers.cpp)
+    void createTriggerEngine();
+    void connectTriggerPanel();
+    void confirmTriggerActions(); // an environment from a file: may its actions run?
+    void toggleTriggerPanelHeight();
+    void triggerStatusText(const std::string &text) override;
+    void triggerFired(const TriggerDef &trigger, std::uint32_t mp) override;
     void reportPortResults(const std::vector<Result> &results);
     [[nodiscard]] int chooseRecordMode();
     void applyConfiguration();
@@ -221,7 +233,10 @@ private:
     QFrame *pnlCCTrigPanel = nullptr;
     QFrame *pnlCCRecDispControl = nullptr;
     class ElidedLabel *lblRecordFileSize = nullptr;
-    QLabel *lblTriggerEmpty = nullptr;
+    TriggerPanel *TrigPanel = nullptr;
+    std::unique_ptr<TriggerLauncher> launcher_;
+    std::unique_ptr<ActionConsent> consent_;
+    int bottomHeightBeforeMin_ = 0; // the control centre's height before btnTrigListMinMax shrank it
     QToolButton *btnREC = nullptr;
     QToolButton *btnPAUSE = nullptr;
     QToolButton *btnSTOP = nullptr;
@@ -246,7 +261,6 @@ private:
     LineGauge *showLineQuality = nullptr;
     QLabel *statusPanels_[6] = {};       // pnlStatusBarPanel1 .. pnlStatusBarPanel6
     QTimer *LEDToggleTimer = nullptr;
-    QTimer *TriggerTimer = nullptr;
     QTimer *SoundTimer = nullptr;
     QTimer *lineLightTimer_ = nullptr;
     SignalLightController *SlcA = nullptr; // port A: D2, M2, M1, M5, M3

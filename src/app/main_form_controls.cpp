@@ -71,7 +71,7 @@ void TFormMain::connectActions()
 
     // While recording these would disturb the recording or the file it writes.
     for (const char *name :
-         {"actTrigInsert", "actTrigRemove", "actTrigEdit", "actTrigMoveUp", "actTrigMoveDown", "actResetGrid",
+         {"actTrigInsert", "actTrigRemove", "actTrigEdit", "actTrigMoveUp", "actTrigMoveDown", "actResetGrid", "actTrigGridReset",
           "actTrigEnableAll", "actTrigDisableAll", "actTrigReverseAll", "actTrigMarkAll", "actTrigMarkNone",
           "actTrigMarkReverse", "actNewRecordFile", "actOpenRecordFile", "actSaveRecordFile", "actExportToFile",
           "actPrintReport", "actExit", "actGotoMP", "actGotoTriggerPoint", "actSearch", "actDeltaTime",

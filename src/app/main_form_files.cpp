@@ -9,6 +9,7 @@
 
 #include "app/action_registry.h"
 #include "app/main_form.h"
+#include "app/trigger_panel.h"
 #include "base/error_report.h"
 #include "base/reporter.h"
 #include "capture/changed_record_file.h"
@@ -105,6 +106,8 @@ void TFormMain::applyEnvironment(const Environment &env)
         session_->file().setPath(setup.recordFile);
     showPortDevices();
     updateWindowTitle();
+    TrigPanel->refill();
+    confirmTriggerActions();
 }
 
 void TFormMain::ShowChangedRecordFile()

@@ -25,6 +25,7 @@
 #include "app/line_gauge.h"
 #include "app/main_form.h"
 #include "app/signal_light.h"
+#include "app/trigger_panel.h"
 #include "app/signal_light_controller.h"
 #include "present/grid/record_grid.h"
 #include "base/string_table.h"
@@ -73,8 +74,7 @@ void TFormMain::buildMenu()
                 "actSaveEnvironment", "actEnvConfig", nullptr, "actExportToFile", "actPrintReport", nullptr, "actExit"}},
         {7501, {"actStart", "actPause", "actStop", nullptr, "actAppend", "actReplace", nullptr, "actFreezeDisplay"}},
         {7502, {"actTrigInsert", "actTrigEdit", "actTrigRemove", nullptr, "actTrigMoveUp", "actTrigMoveDown", nullptr,
-                "actTrigEnableAll", "actTrigDisableAll", "actTrigReverseAll", nullptr, "actTrigMarkAll",
-                "actTrigMarkNone", "actTrigMarkReverse"}},
+                "actTrigEnableAll", "actTrigDisableAll", "actTrigReverseAll", nullptr, "actTrigGridReset"}},
         {7503, {"actGotoMP", "actGotoTriggerPoint", "actSearch", nullptr, "actDeltaTime"}},
         {7504, {"actViewVertical", "actViewHorizontal", "actViewDataOnly", "actViewDataDump", nullptr, "actCharAscii",
                 "actCharEbcdic", "actCharHex", "actCharDec", "actCharOct", "actCharBin", nullptr, "actChar01FReset",
@@ -354,15 +354,11 @@ QWidget *TFormMain::buildControlCentre()
     bold.setBold(true);
     trigTitle->setFont(bold);
     captionLabels_.append(trigTitle);
-    lblTriggerEmpty = new QLabel(pnlCCTrigPanel);
-    lblTriggerEmpty->setObjectName("lblTriggerEmpty");
-    lblTriggerEmpty->setProperty("textNo", 7644);
-    lblTriggerEmpty->setAlignment(Qt::AlignCenter);
-    lblTriggerEmpty->setWordWrap(true);
-    lblTriggerEmpty->setEnabled(false);
-    captionLabels_.append(lblTriggerEmpty);
-    trig->addWidget(trigTitle);
-    trig->addWidget(lblTriggerEmpty, 1);
+    TrigPanel = new TriggerPanel(*prompter_, pnlCCTrigPanel);
+    auto *titleRow = new QHBoxLayout;
+    titleRow->addWidget(trigTitle);
+    trig->addLayout(titleRow);
+    trig->addWidget(TrigPanel, 1);
     pnlCCTrigPanel->setMinimumWidth(160);
 
     pnlCCRecDispControl = panel("pnlCCRecDispControl", pnlAllBottom);

@@ -15,6 +15,7 @@
 #include "app/elided_label.h"
 #include "app/line_gauge.h"
 #include "app/main_form.h"
+#include "app/trigger_panel.h"
 #include "app/signal_light.h"
 #include "app/signal_light_controller.h"
 #include "base/reporter.h"
@@ -61,6 +62,7 @@ void TFormMain::createSession(const MainFormOptions &options)
     });
     if (options.skipUnloadDelay)
         recorder.setDelay([](std::chrono::milliseconds) {});
+    createTriggerEngine();
 }
 
 void TFormMain::reportPortResults(const std::vector<Result> &results)
@@ -133,6 +135,8 @@ void TFormMain::btnSaveRecordFileClick()
 
 void TFormMain::SetRecordOnControls()
 {
+    TrigPanel->clearRecognised(); // what fires in this recording
+    TrigPanel->setRecording(true);
     DisableComSetup();
     DisableCtrlsBeforeRec();
 }
@@ -142,6 +146,7 @@ void TFormMain::SetRecordOffControls()
     statusPanels_[0]->setText(QString::fromStdString(Str(7651))); // the pending data are read
     EnableComSetup();
     EnableCtrlsAfterRec();
+    TrigPanel->setRecording(false);
 }
 
 void TFormMain::setModeText(const std::string &text)
@@ -176,7 +181,6 @@ void TFormMain::setLightsMonitoring(bool on)
 }
 
 void TFormMain::startBlinkTimer() { LEDToggleTimer->start(); }
-void TFormMain::stopTriggerTimer() { TriggerTimer->stop(); }
 
 void TFormMain::updateSizeLabel()
 {

@@ -110,4 +110,12 @@ std::string StrIn(int n, int langOffset)
 
 std::string Str(int n) { return StrIn(n, GlobalLang()); }
 
+std::string StrArg(int n, std::string_view value)
+{
+    std::string text = Str(n);
+    if (const auto at = text.find("%1"); at != std::string::npos)
+        text.replace(at, 2, value);
+    return text;
+}
+
 } // namespace kestrel

@@ -19,6 +19,9 @@ void SetGlobalLang(int offset);
 [[nodiscard]] std::string Str(int n);
 // Text n in the given language offset, whatever the active one is.
 [[nodiscard]] std::string StrIn(int n, int langOffset);
+// Text n with its first "%1" replaced by value.
+[[nodiscard]] std::string StrArg(int n, std::string_view value);
+
 // Exact look-up of an absolute number (no offset added); empty when missing.
 [[nodiscard]] std::optional<std::string> FindStr(int absoluteNumber);
 

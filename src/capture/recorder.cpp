@@ -313,7 +313,6 @@ void Recorder::StopRecorder()
     ports_.closeAfterRecording();
     noteWrite(store_.endBurst());
     view_->setStatusText(Str(kMsgReady)); // read: the text lasts no longer than the reading (a pause may last long)
-    view_->stopTriggerTimer();
     qCInfo(lcCapture) << "recording stopped";
 }
 

@@ -21,7 +21,6 @@ public:
     // The two status lights (apdLEDViewHold, apdLEDRecorder) after a blink tick.
     virtual void setStatusLights(bool /*viewHoldOn*/, bool /*recorderOn*/) {}
     virtual void setViewHoldButton(bool /*down*/) {}
-    virtual void stopTriggerTimer() {}
     virtual void refreshSizeLabel(const std::string & /*label*/) {}
     virtual void resetViewToStart() {}
     virtual void clearGrid() {}

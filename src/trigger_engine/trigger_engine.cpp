@@ -27,14 +27,6 @@ constexpr unsigned kMaskPe = 0x02, kMaskFe = 0x04, kMaskLe = 0x08;
 // Indexes of the six status lines in the pending event's order S1, M1, S2, M2, M5, M3.
 enum Line { S1, M1, S2, M2, M5, M3 };
 
-std::string WithNumber(int text, long long number)
-{
-    std::string s = Str(text);
-    if (const auto at = s.find("%1"); at != std::string::npos)
-        s.replace(at, 2, std::to_string(number));
-    return s;
-}
-
 // The stored hex text as the bytes of a port pattern, at most 255 of them.
 std::vector<std::uint8_t> PatternOf(const TriggerDef &t)
 {
@@ -66,6 +58,7 @@ bool WatchesPort(const TriggerDef &t)
 
 TriggerEngine::TriggerEngine() : timer_(new QTimer(&context_))
 {
+    timer_->setObjectName("TriggerTimer");
     timer_->setInterval(kTickMs);
     QObject::connect(timer_, &QTimer::timeout, &context_, [this] { tick(); });
 }
@@ -151,7 +144,7 @@ void TriggerEngine::armNextGroup()
         arm(t);
         recorder.triggerControlled = true;
         startGroup_ = true;
-        showStatus(WithNumber(TriggerEngineMsg::WaitingForStart, t.number));
+        showStatus(StrArg(TriggerEngineMsg::WaitingForStart, std::to_string(t.number)));
         ++position_;
         armedStart = true;
     }
@@ -164,7 +157,7 @@ void TriggerEngine::armNextGroup()
         recorder.triggerControlled = true;
         if (t.Type == TriggerType::StopRecording) {
             recorder.triggerStates.stopGroupArmed = true;
-            showStatus(WithNumber(TriggerEngineMsg::WaitingForStop, t.number));
+            showStatus(StrArg(TriggerEngineMsg::WaitingForStop, std::to_string(t.number)));
         } else {
             recorder.triggerStates.inactivityGroupArmed = true;
         }

@@ -17,6 +17,7 @@ extern char **environ;
 
 namespace kestrel {
 
+
 int StartDetached(const std::string &program, const std::vector<std::string> &args)
 {
     if (program.empty())
@@ -73,7 +74,9 @@ ActionStart TriggerLauncher::startCommand(const TriggerDef &trigger)
 
 void TriggerLauncher::run(const TriggerDef &trigger)
 {
-    if (!allowed_) {
+    if (permission_ && !permission_(trigger)) {
+        if (status_)
+            status_(StrArg(TriggerActionMsg::NotAgreed, std::to_string(trigger.number)));
         if (trigger.PlaySound)
             skipped_.push_back("trigger " + std::to_string(trigger.number) + ": play " + trigger.SoundFilePath);
         if (trigger.ExecCommand)

@@ -29,6 +29,7 @@ namespace TriggerActionMsg {
 inline constexpr int InvalidCommand = 7452; // + " Result=" + the code
 inline constexpr int InvalidSound = 7453;
 inline constexpr int UnclosedQuote = 7455;  // the parameter line has an open quote
+inline constexpr int NotAgreed = 7459;      // %1 = trigger number: its action was not run
 } // namespace TriggerActionMsg
 
 // What starting one action gives: the program, its arguments, and 0 or the failure code.
@@ -47,8 +48,14 @@ public:
     void setChimer(std::string path) { chimer_ = std::move(path); }
     // Later failures, for the status line.
     void setStatusSink(std::function<void(const std::string &)> sink) { status_ = std::move(sink); }
-    // Without the user's agreement actions are not run, only listed (skipped()).
-    void setAllowed(bool allowed) { allowed_ = allowed; }
+    // Which triggers' actions the user agreed to run; the others are only listed
+    // (skipped()) and told on the status line.
+    using Permission = std::function<bool(const TriggerDef &)>;
+    void setPermission(Permission permission) { permission_ = std::move(permission); }
+    void setAllowed(bool allowed)
+    {
+        permission_ = [allowed](const TriggerDef &) { return allowed; };
+    }
 
     void newRecording() override { toldInBox_.clear(); }
     void run(const TriggerDef &trigger) override;
@@ -70,7 +77,7 @@ private:
     ProgramStarter start_;
     std::string chimer_;
     std::function<void(const std::string &)> status_;
-    bool allowed_ = true;
+    Permission permission_;
     std::set<int> toldInBox_; // triggers whose failure was shown in a box this recording
     std::vector<std::string> skipped_;
 };

@@ -129,10 +129,11 @@ TEST(MainForm, HasTheNamedRegionsAndComponents)
           "btnRECappend", "btnRECreplace", "btnViewHold", "cbPortBaudRate", "cbPortDataBits", "cbPortParity",
           "cbPortStopBits", "LedD1", "LedD2", "LedS1", "LedS2", "LedM1", "LedM2", "LedM5", "LedM3", "apdLEDRecorder",
           "apdLEDViewHold", "showLineLoadActual", "showLineLoadPeek", "showLineQuality", "LEDToggleTimer",
-          "btnScrollTop", "btnScrollEnd", "btnCharAscii", "btnTimeDelta", "btnViewDataDump"})
+          "btnScrollTop", "btnScrollEnd", "btnCharAscii", "btnTimeDelta", "btnViewDataDump", "TriggerList",
+          "btnInsertTrigger", "btnTrigListMinMax"})
         EXPECT_NE(win.w->findChild<QObject *>(name), nullptr) << name;
     // Features of later versions are there, disabled, and say so.
-    for (const char *name : {"actExportToFile", "actPrintReport", "actTrigInsert", "actSearch", "actOptions"}) {
+    for (const char *name : {"actExportToFile", "actPrintReport", "actGotoMP", "actSearch", "actOptions"}) {
         QAction *a = win.act(name);
         ASSERT_NE(a, nullptr) << name;
         EXPECT_FALSE(a->isEnabled()) << name;
@@ -215,10 +216,11 @@ TEST(MainForm, ControlsAreLockedWhileRecordingAndRestoredAfter)
     const std::vector<const char *> locked = {"actNewRecordFile", "actOpenRecordFile", "actSaveRecordFile",
                                               "actExit", "actLoadEnvironment", "actSaveEnvironment",
                                               "actLangGerman", "actLangEnglish", "actScrollTop", "actScrollEnd",
-                                              "actAppend", "actReplace"};
+                                              "actAppend", "actReplace", "actTrigInsert", "actTrigRemove",
+                                              "actTrigGridReset"};
     for (const char *n : locked)
         ASSERT_TRUE(win.act(n)->isEnabled()) << n;
-    ASSERT_FALSE(win.act("actTrigInsert")->isEnabled()); // disabled before: must stay so after
+    ASSERT_FALSE(win.act("actExportToFile")->isEnabled()); // disabled before: must stay so after
     EXPECT_TRUE(baud->isEnabled());
 
     win.click("btnREC");
@@ -234,7 +236,7 @@ TEST(MainForm, ControlsAreLockedWhileRecordingAndRestoredAfter)
     win.click("btnSTOP");
     for (const char *n : locked)
         EXPECT_TRUE(win.act(n)->isEnabled()) << n;
-    EXPECT_FALSE(win.act("actTrigInsert")->isEnabled());
+    EXPECT_FALSE(win.act("actExportToFile")->isEnabled());
     EXPECT_TRUE(baud->isEnabled());
     EXPECT_TRUE(win.act("actStart")->isEnabled());
     EXPECT_TRUE(win.find<QWidget>("pnlCCTrigPanel")->isEnabled());
