@@ -11,22 +11,16 @@
 #include <utility>
 #include <vector>
 
+#include "base/locale_language.h"
 #include "base/result.h"
 #include "base/string_table.h"
 #include "command.h"
 
 namespace kestrel::cli {
 
-// German for a German environment (LC_ALL, LC_MESSAGES, LANG), English otherwise.
-inline int LanguageFromEnvironment()
-{
-    for (const char *name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        const char *v = std::getenv(name);
-        if (v && *v)
-            return std::string(v).rfind("de", 0) == 0 ? kLangGerman : kLangEnglish;
-    }
-    return kLangEnglish;
-}
+// German for a German environment (LC_ALL, LC_MESSAGES, LANG), English otherwise;
+// the same reading as the alert program (kestrel-chimer).
+using kestrel::LanguageFromEnvironment;
 
 // A file may hold anything: control characters (C0, DEL and the C1 set as UTF-8,
 // whose U+009B starts an escape sequence too) must not reach the terminal.
