@@ -80,7 +80,7 @@ void TFormMain::confirmTriggerActions()
                                Icon::Warning) != MsgResult::Yes)
         return; // the marks are written, the actions are not run
     if (const Result kept = consent_->agree(environmentFile_, pending); !kept)
-        setStatusText(Str(7427)); // agreed for this run; the file of agreements could not be written
+        setStatusText(Str(kept.code) + " " + kept.detail); // agreed for this run only
 }
 
 void TFormMain::toggleTriggerPanelHeight()

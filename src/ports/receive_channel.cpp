@@ -19,34 +19,6 @@ int NewTriggerHandle()
 }
 } // namespace
 
-PatternMatcher::PatternMatcher(std::vector<std::uint8_t> pattern) : pattern_(std::move(pattern))
-{
-    // Knuth-Morris-Pratt borders, so a pattern split across reads or overlapping itself is still found.
-    fallback_.assign(pattern_.size(), 0);
-    std::size_t k = 0;
-    for (std::size_t i = 1; i < pattern_.size(); ++i) {
-        while (k > 0 && pattern_[i] != pattern_[k])
-            k = fallback_[k - 1];
-        if (pattern_[i] == pattern_[k])
-            ++k;
-        fallback_[i] = k;
-    }
-}
-
-bool PatternMatcher::feed(std::uint8_t byte)
-{
-    if (pattern_.empty())
-        return false;
-    while (matched_ > 0 && pattern_[matched_] != byte)
-        matched_ = fallback_[matched_ - 1];
-    if (pattern_[matched_] == byte)
-        ++matched_;
-    if (matched_ == pattern_.size()) {
-        matched_ = fallback_[matched_ - 1];
-        return true;
-    }
-    return false;
-}
 
 ReceiveChannel::ReceiveChannel(Deliver deliver)
     : deliver_(std::move(deliver)), context_(std::make_unique<QObject>()), ring_(kReceiveBufferSize)
@@ -99,13 +71,15 @@ std::size_t ReceiveChannel::pushBytes(const std::uint8_t *data, std::size_t size
         ring_[(head_ + count_) % ring_.size()] = b;
         ++count_;
         ++run;
-        for (auto &[handle, matcher] : dataTriggers_) {
-            if (matcher.feed(b)) {
-                // The hit follows the byte that completes it.
+        if (dataTriggers_.empty())
+            continue;
+        dataTriggers_.feed(b, completed_);
+        for (const int handle : completed_) {
+            // The hit follows the byte that completes it.
+            if (run > 0)
                 queueLocked({PortNote::Kind::Data, static_cast<int>(run), {}});
-                run = 0;
-                queueLocked({PortNote::Kind::TriggerData, handle, {}});
-            }
+            run = 0;
+            queueLocked({PortNote::Kind::TriggerData, handle, {}});
         }
     }
     if (run > 0)
@@ -242,7 +216,7 @@ int ReceiveChannel::addDataTrigger(const std::vector<std::uint8_t> &pattern)
         return 0;
     std::lock_guard lock(mutex_);
     const int handle = NewTriggerHandle();
-    dataTriggers_.emplace(handle, PatternMatcher(pattern));
+    dataTriggers_.add(handle, pattern);
     return handle;
 }
 
@@ -270,14 +244,14 @@ bool ReceiveChannel::setStatusTrigger(int handle, unsigned mask, bool active)
 void ReceiveChannel::removeTrigger(int handle)
 {
     std::lock_guard lock(mutex_);
-    dataTriggers_.erase(handle);
+    dataTriggers_.remove(handle);
     statusTriggers_.erase(handle);
 }
 
 bool ReceiveChannel::hasTrigger(int handle) const
 {
     std::lock_guard lock(mutex_);
-    return dataTriggers_.count(handle) != 0 || statusTriggers_.count(handle) != 0;
+    return dataTriggers_.contains(handle) || statusTriggers_.count(handle) != 0;
 }
 
 void ReceiveChannel::reset(std::uint8_t initialModemState)

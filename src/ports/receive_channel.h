@@ -17,6 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "ports/pattern_set.h"
+
 class QObject;
 
 namespace kestrel {
@@ -32,20 +34,6 @@ struct PortNote {
     Kind kind = Kind::Data;
     int value = 0; // byte count, error word, trigger handle
     std::string text;
-};
-
-// A data trigger: finds its pattern in the byte stream, also across reads and overlapping.
-class PatternMatcher {
-public:
-    explicit PatternMatcher(std::vector<std::uint8_t> pattern);
-    // true when this byte completes an occurrence of the pattern.
-    bool feed(std::uint8_t byte);
-    void reset() { matched_ = 0; }
-
-private:
-    std::vector<std::uint8_t> pattern_;
-    std::vector<std::size_t> fallback_; // longest proper border of each prefix
-    std::size_t matched_ = 0;
 };
 
 class ReceiveChannel {
@@ -118,7 +106,8 @@ private:
     std::uint8_t modemState_ = 0;
     std::uint8_t modemDeltas_ = 0;
 
-    std::map<int, PatternMatcher> dataTriggers_;
+    PatternSet dataTriggers_;
+    std::vector<int> completed_; // scratch of pushBytes
     std::map<int, StatusTrigger> statusTriggers_;
 };
 

@@ -9,6 +9,7 @@ namespace kestrel {
 namespace {
 
 constexpr std::size_t kMaxConsentFileBytes = 1 << 20; // a person's agreements, not a log
+constexpr int kMsgCannotWrite = 7425; // "The settings file cannot be written!"
 
 // FNV-1a, 64 bits, over fields separated by a byte no text holds.
 class Fnv {
@@ -115,7 +116,7 @@ Result ActionConsent::agree(const std::string &environmentFile, const std::vecto
     out << added;
     out.flush();
     if (!out)
-        return Result::Fail(0, file_.string());
+        return Result::Fail(kMsgCannotWrite, file_.string());
     return Result::Ok();
 }
 

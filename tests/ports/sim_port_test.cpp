@@ -8,6 +8,7 @@
 #include "record/clock.h"
 #include "ports/receive_channel.h"
 #include "ports/scenario.h"
+#include "ports/pattern_set.h"
 #include "ports/sim_port.h"
 #include "support/note_log.h"
 #include "support/event_loop.h"
@@ -119,6 +120,37 @@ TEST(PatternMatcher, FindsOverlappingAndSplitOccurrences)
         for (char ch : c.stream)
             hits += m.feed(static_cast<std::uint8_t>(ch)) ? 1 : 0;
         EXPECT_EQ(hits, c.hits) << c.pattern << " in " << c.stream;
+    }
+}
+
+// The set must find exactly what independent matchers find, in handle order,
+// whatever part-way matches, shared first bytes and removals it goes through.
+TEST(PatternSet, FindsWhatSeparateMatchersFind)
+{
+    const std::vector<std::string> patterns = {"ab", "aab", "b", "abab", "ba", "aaaa", "ZZ1", "Z"};
+    std::mt19937 rng(7);
+    for (int round = 0; round < 20; ++round) {
+        PatternSet set;
+        std::map<int, PatternMatcher> single;
+        for (std::size_t i = 0; i < patterns.size(); ++i) {
+            const std::vector<std::uint8_t> p(patterns[i].begin(), patterns[i].end());
+            set.add(static_cast<int>(10 - i), p); // handles in another order than the patterns
+            single.emplace(static_cast<int>(10 - i), PatternMatcher(p));
+        }
+        std::vector<int> got;
+        for (int n = 0; n < 400; ++n) {
+            if (n == 200) { // half-way one pattern goes, mid-match or not
+                set.remove(10 - round % 8);
+                single.erase(10 - round % 8);
+            }
+            const std::uint8_t byte = "abZ1"[rng() % 4];
+            set.feed(byte, got);
+            std::vector<int> want;
+            for (auto &[handle, m] : single)
+                if (m.feed(byte))
+                    want.push_back(handle);
+            ASSERT_EQ(got, want) << "round " << round << " byte " << n;
+        }
     }
 }
 
