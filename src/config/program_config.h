@@ -25,7 +25,7 @@ inline constexpr int kDispMode3Columns = 326;
 inline constexpr int kDispMode1Columns = 14;
 inline constexpr int kTriggerListColumns = 6;
 // Title, number, condition, event, description, MP seen.
-inline constexpr std::array<int, kTriggerListColumns> kDefaultTriggerListWidths{160, 60, 130, 120, 220, 110};
+inline constexpr std::array<int, kTriggerListColumns> kDefaultTriggerListWidths{160, 60, 150, 150, 220, 110};
 // Style slots beyond this are not read, whatever [Skin] Max says.
 inline constexpr int kMaxSkinSlots = 999;
 

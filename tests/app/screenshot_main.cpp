@@ -10,6 +10,7 @@
 #include <QToolButton>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 
 #include "base/console_prompter.h"
 #include <QMenu>
@@ -59,9 +60,22 @@ int main(int argc, char **argv)
     std::filesystem::remove_all(data);
     std::filesystem::create_directories(data / "recordings");
 
+    // Triggers for the panel: start when the terminal dials, a mark at each second without
+    // terminal data, and two that wait inactive (one of them with a command).
+    const std::string env = (data / "Triggers.kef").string();
+    {
+        std::ofstream(env)
+            << "[Trigger0]\nName=Dial\nDescription=the terminal dials out\nActive=1\nType=0\nEvent=0\nD1=1\n"
+               "Data=415444\n"
+               "[Trigger1]\nName=Quiet terminal\nDescription=no byte from the terminal for a second\nActive=1\n"
+               "Type=2\nEvent=4\nInActivityTime=1\nEventD1=1\n"
+               "[Trigger2]\nName=Hang-up\nActive=0\nType=1\nEvent=0\nD2=1\nData=4E4F2043415252494552\n"
+               "ExecCommand=1\nCommandFilePath=/usr/bin/logger\nCommandParams=-t kestrel \"%TRIG_NAME%\"\n"
+               "[Trigger3]\nName=Carrier lost\nActive=0\nType=1\nEvent=1\nM5=1\n";
+    }
     kestrel::ConsolePrompter prompter(kestrel::MsgResult::Yes);
     kestrel::MainFormOptions o;
-    o.args = kestrel::ParseStartupArgs({"kestrel", "--simulate", (data / "recordings" / "Demo.ksr").string()});
+    o.args = kestrel::ParseStartupArgs({"kestrel", "--simulate", env, (data / "recordings" / "Demo.ksr").string()});
     o.dataFolder = data.string() + "/";
     o.prompter = &prompter;
     o.skipUnloadDelay = true;
