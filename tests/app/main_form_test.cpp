@@ -33,6 +33,7 @@
 #include "present/grid/record_grid.h"
 #include "base/string_table.h"
 #include "support/scripted_prompter.h"
+#include "support/stale_language.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
@@ -420,6 +421,16 @@ TEST(MainForm, LanguageSwitchRelabelsTheWindow)
     win.act("actLangGerman")->trigger();
     EXPECT_TRUE(statusLine().contains("Tag(e)")) << statusLine().toStdString();
     EXPECT_FALSE(statusLine().contains("day(s)")) << statusLine().toStdString();
+}
+
+// After a switch nothing in the window speaks the other language, whatever was on it.
+TEST(MainForm, NoTextOfTheOtherLanguageStaysAfterASwitch)
+{
+    Window win;
+    win.act("actLangEnglish")->trigger();
+    EXPECT_EQ(test::StaleTexts(win.w.get(), kLangGerman).join("\n").toStdString(), "");
+    win.act("actLangGerman")->trigger();
+    EXPECT_EQ(test::StaleTexts(win.w.get(), kLangEnglish).join("\n").toStdString(), "");
 }
 
 TEST(MainForm, ModeButtonsDriveTheGridAndFollowItsViewMemory)
