@@ -149,6 +149,7 @@ void TFormMain::StartupPrepare()
     // Keys the file lacks keep these; keys it has come back as they were written.
     for (auto [view, settings] : {std::pair{1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}})
         settings->columnWidths = BuiltInColumnWidths(view, settings->columnWidths.size());
+    config_->GlobalLang = GlobalLang(); // an unknown installer hint keeps the language we run in
     (void)LoadMainConfiguration(std::filesystem::path(dataFolder_), *config_);
     applyConfiguration();
 
@@ -307,6 +308,7 @@ void TFormMain::updateWindowTitle()
 
 void TFormMain::actLangGermanExecute()
 {
+    config_->keepStoredLanguage = false; // the user's own choice is stored from now on
     SetGlobalLang(kLangGerman);
     ApplyLanguage();
     saveConfiguration();
@@ -314,6 +316,7 @@ void TFormMain::actLangGermanExecute()
 
 void TFormMain::actLangEnglishExecute()
 {
+    config_->keepStoredLanguage = false;
     SetGlobalLang(kLangEnglish);
     ApplyLanguage();
     saveConfiguration();

@@ -153,6 +153,7 @@ constexpr auto kProgramConfigSettings = SettingsTable(
 void LoadLanguage(const IniFile &ini, C &cfg)
 {
     LoadSetting(ini, kInstallLang, cfg);
+    cfg.keepStoredLanguage = false;
     if (cfg.InstallLang == kInstallLangTaken) {
         LoadSetting(ini, kGlobalLang, cfg);
     } else if (cfg.InstallLang == "en") {
@@ -161,6 +162,8 @@ void LoadLanguage(const IniFile &ini, C &cfg)
     } else if (cfg.InstallLang == "de") {
         cfg.GlobalLang = 0;
         cfg.InstallLang = kInstallLangTaken;
+    } else {
+        cfg.keepStoredLanguage = true;
     }
 }
 
@@ -223,7 +226,18 @@ int MonitorForForm(int savedMonitor, int monitorCount)
     return savedMonitor >= 0 && savedMonitor < monitorCount ? savedMonitor : 0;
 }
 
-void StoreConfiguration(const ProgramConfig &cfg, IniFile &ini) { StoreSettings(ini, ProgramConfigSettings(), cfg); }
+void StoreConfiguration(const ProgramConfig &cfg, IniFile &ini)
+{
+    const bool hadLanguage = ini.ValueExists("Modes", "GlobalLang");
+    const std::string storedLanguage = ini.ReadString("Modes", "GlobalLang", "");
+    StoreSettings(ini, ProgramConfigSettings(), cfg);
+    if (!cfg.keepStoredLanguage)
+        return;
+    if (hadLanguage)
+        ini.WriteString("Modes", "GlobalLang", storedLanguage);
+    else
+        ini.DeleteKey("Modes", "GlobalLang");
+}
 
 Result SaveConfiguration(const ProgramConfig &cfg, const std::filesystem::path &configFile)
 {

@@ -86,6 +86,9 @@ struct ProgramConfig {
 
     std::string InstallLang; // the installer's one-shot language hint; "xx" once taken
     int GlobalLang = 0;
+    // An installer hint that was neither taken nor known: GlobalLang was not read, so a save
+    // leaves the stored one as it is until the user chooses a language.
+    bool keepStoredLanguage = false;
     int DefLang = 0;
     int DisplayMode = 0;
     int RecordMode = 0;

@@ -515,6 +515,24 @@ TEST(MainForm, StartUpTakesTheEnvironmentAndTheStartOptions)
     EXPECT_EQ(win.w->focusWidget(), &win.w->grid()); // the grid takes the keys from the start
 }
 
+// An installer hint the program does not know keeps the language it runs in, and the
+// stored choice stays as it was until the user makes one.
+TEST(MainForm, AnUnknownInstallerHintKeepsTheLanguageAndTheStoredChoice)
+{
+    SetGlobalLang(kLangEnglish);
+    std::string ini;
+    {
+        Window win({}, nullptr, "[Modes]\nInstallLang=fr\nGlobalLang=0\n");
+        EXPECT_EQ(GlobalLang(), kLangEnglish);
+        win.w->show();
+        ASSERT_TRUE(win.w->close());
+        std::ifstream f(win.dir.path() / "Kestrel.ini");
+        ini.assign(std::istreambuf_iterator<char>(f), {});
+    }
+    EXPECT_NE(ini.find("GlobalLang=0"), std::string::npos) << ini;
+    SetGlobalLang(kLangGerman);
+}
+
 TEST(MainForm, SettingsSurviveARestart)
 {
     test::TempDir keep;

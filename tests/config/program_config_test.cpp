@@ -150,6 +150,18 @@ TEST(ProgramConfig, InstallerLanguageHintIsTakenOnce)
     IniFile written;
     StoreConfiguration(LoadedMain("[Modes]\nInstallLang=de\n"), written);
     EXPECT_EQ(written.ReadString("Modes", "InstallLang", ""), "xx");
+
+    // An unknown hint leaves the stored language alone at the next save (and a missing one missing).
+    for (const char *stored : {"GlobalLang=10000\n", ""}) {
+        const std::string text = "[Modes]\nInstallLang=fr\n" + std::string(stored);
+        IniFile file = IniFile::Parse(text);
+        ProgramConfig cfg;
+        cfg.GlobalLang = 0;
+        const ProgramConfig loaded = LoadedMain(text, cfg);
+        StoreConfiguration(loaded, file);
+        EXPECT_EQ(file.ReadString("Modes", "GlobalLang", "none"), *stored ? "10000" : "none") << stored;
+        EXPECT_EQ(file.ReadString("Modes", "InstallLang", ""), "fr");
+    }
     EXPECT_EQ(LoadLanguageConfig(IniFile{}), 0);
 }
 
