@@ -97,18 +97,22 @@ QPlainTextEdit *MakeField(QWidget *parent, const char *name, QTextOption::WrapMo
 {
     auto *field = new QPlainTextEdit(parent);
     field->setObjectName(name);
-    QFont mono(QString::fromLatin1(kCellFontFamily.data(), static_cast<int>(kCellFontFamily.size())));
+    QFont mono = field->font(); // the dialog's size, the grid's family
+    mono.setFamily(QString::fromLatin1(kCellFontFamily.data(), static_cast<int>(kCellFontFamily.size())));
     mono.setStyleHint(QFont::Monospace);
     mono.setFixedPitch(true);
-    if (!QFontInfo(mono).fixedPitch())
+    if (!QFontInfo(mono).fixedPitch()) {
+        const qreal size = mono.pointSizeF();
         mono = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+        mono.setPointSizeF(size);
+    }
     field->setFont(mono);
     field->setTabChangesFocus(true);
     field->setWordWrapMode(wrap);
     field->setLineWrapMode(QPlainTextEdit::WidgetWidth);
     field->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // the width of a line never changes
     field->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    const QFontMetrics fm(mono);
+    const QFontMetrics fm = field->fontMetrics();
     const int frame = 2 * field->frameWidth() + 2 * static_cast<int>(field->document()->documentMargin()) + 4;
     const int bar = field->style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, field);
     field->setFixedWidth(fm.horizontalAdvance(QString(kLineChars, QLatin1Char('0'))) + frame + bar);
