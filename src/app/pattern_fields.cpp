@@ -5,9 +5,8 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPlainTextEdit>
-#include <QScrollBar>
 #include <QStyle>
-#include <QTextBlock>
+#include <algorithm>
 
 #include "base/string_table.h"
 #include "present/byte_render.h"
@@ -175,12 +174,12 @@ QString PatternFields::hexText() const { return HexOf(bytes_); }
 
 void PatternFields::setHexText(const QString &hex)
 {
-    setBytes(HexToBytes(CleanHex(hex)).value_or(std::string()));
+    setBytes(HexToBytes(CleanHex(hex.left(2 * kMaxPatternBytes))).value_or(std::string()));
 }
 
 void PatternFields::setBytes(std::string_view bytes)
 {
-    bytes_ = std::string(bytes);
+    bytes_ = std::string(bytes.substr(0, kMaxPatternBytes));
     showPattern(nullptr);
 }
 
@@ -208,11 +207,24 @@ void PatternFields::setFieldText(QPlainTextEdit *field, const QString &text, int
     updating_ = was;
 }
 
+QString PatternFields::typedText(QPlainTextEdit *field)
+{
+    // Caret names take two characters a byte, hex two, binary nine with the blank.
+    const int limit = kMaxPatternBytes * (field == edDataBin ? 9 : 2);
+    QString text = FieldText(field);
+    if (text.size() > limit) {
+        text.truncate(limit);
+        setFieldText(field, text, limit);
+    }
+    return text;
+}
+
 void PatternFields::edDataAscChange()
 {
     if (updating_)
         return;
-    bytes_ = ConvertTrigStrToRealStr(Utf16ToByteString(FieldText(edDataAsc).toStdU16String()));
+    bytes_ = ConvertTrigStrToRealStr(Utf16ToByteString(typedText(edDataAsc).toStdU16String()));
+    bytes_.resize(std::min<std::size_t>(bytes_.size(), kMaxPatternBytes));
     showPattern(edDataAsc);
     emit patternEdited();
 }
@@ -221,7 +233,7 @@ void PatternFields::edDataHexChange()
 {
     if (updating_)
         return;
-    const QString typed = FieldText(edDataHex);
+    const QString typed = typedText(edDataHex);
     const std::string digits = CleanHex(typed);
     const QString clean = QString::fromLatin1(digits.data(), static_cast<int>(digits.size()));
     if (clean != typed) {
@@ -237,8 +249,9 @@ void PatternFields::edDataBinChange()
 {
     if (updating_)
         return;
-    const QString typed = FieldText(edDataBin);
-    const std::string digits = CleanBin(typed);
+    const QString typed = typedText(edDataBin);
+    std::string digits = CleanBin(typed);
+    digits.resize(std::min<std::size_t>(digits.size(), 8 * kMaxPatternBytes)); // no blanks pasted, more digits
     const QString grouped = GroupedBin(digits);
     if (grouped != typed) {
         const int before = static_cast<int>(CleanBin(typed.left(edDataBin->textCursor().position())).size());

@@ -24,6 +24,10 @@
 // When a field is left it is rewritten from the pattern, so what stays in
 // view after typing is exactly what is searched for: a last odd hex digit, a
 // last partial binary group and an unfinished caret name drop out there.
+//
+// A pattern holds at most kMaxPatternBytes bytes (a port takes 255 of them), and
+// each field at most the characters that many bytes need there; text pasted
+// beyond that is cut off, so a huge paste can never stall the window.
 
 #include <QWidget>
 #include <string>
@@ -37,6 +41,8 @@ namespace kestrel {
 class PatternFields final : public QWidget {
     Q_OBJECT
 public:
+    static constexpr int kMaxPatternBytes = 4096;
+
     explicit PatternFields(QWidget *parent = nullptr);
     // Fixed texts in the current language.
     void InitialLoads();
@@ -63,6 +69,8 @@ private:
     // Rewrites every field but `typedIn` from the pattern.
     void showPattern(const QPlainTextEdit *typedIn);
     void setFieldText(QPlainTextEdit *field, const QString &text, int caret);
+    // The field's text, cut to what the longest pattern needs there.
+    QString typedText(QPlainTextEdit *field);
 
     QLabel *lblDataAsc;
     QLabel *lblDataHex;

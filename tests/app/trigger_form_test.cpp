@@ -114,6 +114,23 @@ TEST_F(PatternFieldsTest, HexTakesOnlyDigitsAndUpperCase)
     EXPECT_EQ(fields.hexText(), "0D0A");
 }
 
+TEST_F(PatternFieldsTest, HugePastesAreCutToTheLongestPattern)
+{
+    const int most = PatternFields::kMaxPatternBytes;
+    hex->insertPlainText(QString(200000, QLatin1Char('G')) + "0D"); // every character bad
+    EXPECT_EQ(Text(hex), "");
+    EXPECT_EQ(fields.bytes(), "");
+    // Each field, pasted far beyond the longest pattern; the pattern stops at its end.
+    const std::pair<QPlainTextEdit *, QChar> pastes[] = {{hex, 'A'}, {bin, '1'}, {asc, 'a'}};
+    const std::string expected[] = {std::string(most, '\xAA'), std::string(most, '\xFF'), std::string(most, 'a')};
+    for (int i = 0; i < 3; ++i) {
+        fields.setBytes("");
+        pastes[i].first->insertPlainText(QString(20 * most, pastes[i].second));
+        EXPECT_TRUE(fields.bytes() == expected[i]) << i << ": " << fields.bytes().size() << " bytes";
+        EXPECT_LE(Text(pastes[i].first).size(), 9 * most) << i;
+    }
+}
+
 TEST_F(PatternFieldsTest, BinaryGroupsByteWiseAndWaitsForWholeBytes)
 {
     Type(bin, "0000110120");
