@@ -83,6 +83,8 @@ public:
     // Modal editing; the trigger to insert or to put in place of the old one, or nothing.
     std::optional<TriggerDef> ExecNew();
     std::optional<TriggerDef> ExecEdit(const TriggerDef &trigger);
+    // ExecEdit for a trigger, ExecNew for none: the trigger panel's editor.
+    std::optional<TriggerDef> Exec(const TriggerDef *current) { return current ? ExecEdit(*current) : ExecNew(); }
 
     // The record OK accepted (valid once the dialog was accepted).
     [[nodiscard]] const TriggerDef &acceptedTrigger() const { return accepted_; }

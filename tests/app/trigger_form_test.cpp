@@ -23,11 +23,13 @@
 
 #include "app/pattern_fields.h"
 #include "app/trigger_form.h"
+#include "app/trigger_panel.h"
 #include "app/trigger_params_form.h"
 #include "base/reporter.h"
 #include "base/string_table.h"
 #include "support/scripted_prompter.h"
 #include "trigger_engine/trigger_launcher.h"
+#include "triggers/trigger_list.h"
 
 using namespace kestrel;
 
@@ -487,6 +489,44 @@ TEST_F(TriggerFormTest, LanguageSwitchRelabelsTheOpenForm)
     EXPECT_EQ(get<QLabel>("lblZeroNote")->text(),
               "ACHTUNG: HEX 0x00 (DEZ 0, CTRL-@) kann für die Suche nicht verwendet werden!!!");
     EXPECT_FALSE(form.ChangesMade);
+}
+
+TEST(TriggerFormInPanel, ThePanelInsertsAndReplacesWhatTheEditorGives)
+{
+    SetGlobalLang(kLangEnglish);
+    test::ScriptedPrompter prompter{MsgResult::Yes};
+    TFormTrig form(prompter, nullptr);
+    TriggerList list;
+    TriggerPanel panel(prompter);
+    panel.setTriggers(&list);
+    panel.setEditor([&form](const TriggerDef *current) { return form.Exec(current); });
+    panel.show();
+    // Types a name into the open (modal) editor and presses one of its buttons.
+    auto answer = [&form](const char *name, const char *button) {
+        QTimer::singleShot(0, &form, [&form, name, button] {
+            ASSERT_TRUE(form.isVisible());
+            form.findChild<QLineEdit *>("edTrigName")->setText(name);
+            form.findChild<QPushButton *>(button)->click();
+        });
+    };
+    answer("Ring", "btnOK");
+    panel.btnInsertTriggerClick();
+    ASSERT_EQ(list.size(), 1u);
+    EXPECT_EQ(list[0].Name, "Ring");
+    EXPECT_EQ(list[0].number, 1);
+
+    panel.list()->selectRow(0);
+    answer("Ring twice", "btnOK"); // asks to overwrite: yes
+    panel.btnEditTriggerClick();
+    ASSERT_EQ(list.size(), 1u);
+    EXPECT_EQ(list[0].Name, "Ring twice");
+    EXPECT_EQ(prompter.asked.back().text, "Should the existing trigger be overwritten with the new values?\n");
+
+    prompter.answerNext(MsgResult::No); // save the changes? no
+    answer("Never", "btnCancel");
+    panel.btnEditTriggerClick();
+    EXPECT_EQ(list[0].Name, "Ring twice");
+    SetGlobalLang(kLangGerman);
 }
 
 } // namespace
