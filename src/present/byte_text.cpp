@@ -214,6 +214,20 @@ std::string ConvertTrigStrToRealStr(std::string_view text)
     return out;
 }
 
+std::string RealStrToTrigStr(std::string_view bytes)
+{
+    std::string out;
+    out.reserve(bytes.size());
+    for (const char ch : bytes) {
+        const auto v = static_cast<unsigned char>(ch);
+        if (v < 32)
+            out += CaretNames[v];
+        else
+            out.push_back(ch);
+    }
+    return out;
+}
+
 std::optional<std::string> HexToBytes(std::string_view hex)
 {
     std::string out;
@@ -223,6 +237,16 @@ std::optional<std::string> HexToBytes(std::string_view hex)
             return std::nullopt;
     for (std::size_t p = 0; p + 1 < hex.size(); p += 2)
         out.push_back(static_cast<char>(HexValue(hex[p]) * 16 + HexValue(hex[p + 1])));
+    return out;
+}
+
+std::optional<std::string> BinToBytes(std::string_view bin)
+{
+    if (bin.find_first_not_of("01") != std::string_view::npos)
+        return std::nullopt;
+    std::string out;
+    out.reserve(bin.size() / 8);
+    WalkBinGroups(bin, [&](std::uint8_t v) { out.push_back(static_cast<char>(v)); });
     return out;
 }
 

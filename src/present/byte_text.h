@@ -11,7 +11,9 @@
 //   StrToHex(text) / HexToStr(hex)   the plain pair without escapes
 //   ValidateHexString(s) / ValidateBinString(s)   drop characters while typing
 //   ConvertTrigStrToRealStr(text)    caret text -> the bytes it means
+//   RealStrToTrigStr(bytes)     bytes -> caret text (control bytes as "^M")
 //   HexToBytes(hex)             hex digit pairs -> bytes (nullopt on a non-hex character)
+//   BinToBytes(bin)             groups of eight binary digits -> bytes (nullopt on another character)
 //   ReverseGlyphLookup(c)       the byte whose glyph is the character c
 //   Utf16ToByteString / Utf8ToByteString / ByteStringToUtf8   edit-field text <-> byte strings
 //
@@ -60,9 +62,20 @@ namespace kestrel {
 // is dropped.
 [[nodiscard]] std::string ConvertTrigStrToRealStr(std::string_view text);
 
+// The caret text of a byte string, for showing a pattern: bytes 0x00-0x1F as
+// their caret names, every other byte as itself. ConvertTrigStrToRealStr
+// reads it back to the same bytes unless they hold a '^' (0x5E), which has no
+// caret text of its own and starts a caret name when read back.
+[[nodiscard]] std::string RealStrToTrigStr(std::string_view bytes);
+
 // Hex digit pairs to bytes, case-insensitive, a trailing odd digit dropped.
 // A character that is not a hex digit makes the whole text invalid.
 [[nodiscard]] std::optional<std::string> HexToBytes(std::string_view hex);
+
+// Binary digits, eight to a byte and most significant bit first, to bytes; a
+// trailing group of fewer than eight digits is dropped. A character other than
+// '0' or '1' makes the whole text invalid.
+[[nodiscard]] std::optional<std::string> BinToBytes(std::string_view bin);
 
 // Edit-field text to a byte string: the low 8 bits of each character.
 [[nodiscard]] std::string Utf16ToByteString(std::u16string_view text);

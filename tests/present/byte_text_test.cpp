@@ -135,6 +135,28 @@ TEST(TriggerText, HexPatternsBecomeBytes)
     EXPECT_EQ(HexToBytes("0D 0A"), std::nullopt);
 }
 
+TEST(TriggerText, CaretTextOfBytesReadsBackExceptTheCaretByte)
+{
+    EXPECT_EQ(RealStrToTrigStr(std::string("A\r\n\0\x1F \x7F\xE4", 8)), "A^M^J^@^_ \x7F\xE4");
+    for (int v = 0; v < 256; ++v) {
+        const std::string one(1, static_cast<char>(v));
+        if (v != '^') {
+            EXPECT_EQ(ConvertTrigStrToRealStr(RealStrToTrigStr(one)), one) << v;
+        }
+    }
+    // A lone caret byte reads back as an unfinished caret name: nothing.
+    EXPECT_EQ(ConvertTrigStrToRealStr(RealStrToTrigStr("^")), "");
+}
+
+TEST(TriggerText, BinaryGroupsBecomeBytes)
+{
+    EXPECT_EQ(BinToBytes("0000110100001010"), std::optional<std::string>("\r\n"));
+    EXPECT_EQ(BinToBytes("10000000011"), std::optional<std::string>("\x80")); // a partial byte is dropped
+    EXPECT_EQ(BinToBytes("1111111"), std::optional<std::string>(""));
+    EXPECT_EQ(BinToBytes("00001101 00001010"), std::nullopt);
+    EXPECT_EQ(BinToBytes("0000110x"), std::nullopt);
+}
+
 TEST(ByteStrings, EditTextAndUtf8ReduceToLowBytes)
 {
     EXPECT_EQ(Utf16ToByteString(u"A\u263A\u00C7"), "A\x3A\xC7");
