@@ -30,6 +30,7 @@
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
 #include "app/signal_light.h"
+#include "app/trigger_form.h"
 #include "app/trigger_panel.h"
 #include "trigger_engine/action_consent.h"
 #include "trigger_engine/trigger_launcher.h"
@@ -291,6 +292,8 @@ void TFormMain::ApplyLanguage()
     messageForm_->InitialLoads();
     confirmRecordMode_->InitialLoads();
     TrigPanel->InitialLoads();
+    if (FormTrig != nullptr)
+        FormTrig->InitialLoads();
     DrawGrid1->InitialLoads(); // its status line ("day(s)", the copy item) in the new language at once
     showPortDevices(); // "(simulated line)" beside the devices
     // "Ready" in the free status panel follows the language; other texts there last only a moment.

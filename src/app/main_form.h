@@ -57,6 +57,7 @@ class TMessageForm;
 class ActionConsent;
 class TriggerLauncher;
 class TriggerPanel;
+class TFormTrig;
 
 struct MainFormOptions {
     StartupArgs args;
@@ -95,6 +96,7 @@ public:
     [[nodiscard]] bool viewHold() const { return viewHold_; }
     [[nodiscard]] TriggerPanel &triggerPanel() const { return *TrigPanel; }
     [[nodiscard]] TriggerLauncher &triggerLauncher() const { return *launcher_; }
+    [[nodiscard]] TFormTrig &triggerEditor();
 
     // Stops a recording and closes without questions (SIGTERM, --quit-after).
     void quitCleanly();
@@ -234,6 +236,7 @@ private:
     QFrame *pnlCCRecDispControl = nullptr;
     class ElidedLabel *lblRecordFileSize = nullptr;
     TriggerPanel *TrigPanel = nullptr;
+    TFormTrig *FormTrig = nullptr; // the trigger editor, made when first needed
     std::unique_ptr<TriggerLauncher> launcher_;
     std::unique_ptr<ActionConsent> consent_;
     int bottomHeightBeforeMin_ = 0; // the control centre's height before btnTrigListMinMax shrank it

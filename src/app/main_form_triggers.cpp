@@ -8,6 +8,7 @@
 
 #include "app/action_registry.h"
 #include "app/main_form.h"
+#include "app/trigger_form.h"
 #include "app/trigger_panel.h"
 #include "base/prompt.h"
 #include "base/string_table.h"
@@ -39,9 +40,25 @@ void TFormMain::createTriggerEngine()
     connectTriggerPanel();
 }
 
+TFormTrig &TFormMain::triggerEditor()
+{
+    if (FormTrig == nullptr) {
+        FormTrig = new TFormTrig(*prompter_, launcher_.get(), this);
+        FormTrig->setSoundFolder(QString::fromStdString(dataFolder_ + "sounds"));
+    }
+    return *FormTrig;
+}
+
 void TFormMain::connectTriggerPanel()
 {
     TrigPanel->setTriggers(&env_->triggers);
+    TrigPanel->setEditor([this](const TriggerDef *current) {
+        std::optional<TriggerDef> made = triggerEditor().Exec(current);
+        // What the user typed in the editor is theirs: its action needs no further agreement.
+        if (made && made->HasExternalAction())
+            (void)consent_->agree(environmentFile_, {&*made});
+        return made;
+    });
     std::vector<QAction *> actions;
     for (const char *name : {"actTrigInsert", "actTrigRemove", "actTrigMoveUp", "actTrigMoveDown", "actTrigEdit",
                              "actTrigEnableAll", "actTrigDisableAll", "actTrigReverseAll", "actTrigGridReset"})

@@ -56,6 +56,8 @@ TMessageForm::TMessageForm(QWidget *parent) : QDialog(parent)
     setObjectName("TMessageForm");
     setWindowModality(Qt::ApplicationModal);
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+    // Above the dialogs that stay on top (the trigger editor asks its questions through it).
+    setWindowFlag(Qt::WindowStaysOnTopHint, true);
 
     lblMessageTitle = new QLabel(this);
     lblMessageTitle->setObjectName("lblMessageTitle");
@@ -245,7 +247,8 @@ void TMessageForm::NormalizeTopMosts()
     // Windows that stay on top would hide the report; lower them while it is shown.
     loweredTopMosts_.clear();
     for (QWidget *w : QApplication::topLevelWidgets()) {
-        if (w != this && w->isVisible() && (w->windowFlags() & Qt::WindowStaysOnTopHint)) {
+        // A modal dialog waiting for its answer would be closed by hiding it; the box is above it anyway.
+        if (w != this && w->isVisible() && !w->isModal() && (w->windowFlags() & Qt::WindowStaysOnTopHint)) {
             w->setWindowFlag(Qt::WindowStaysOnTopHint, false);
             w->show();
             loweredTopMosts_.append(w);

@@ -90,11 +90,12 @@ std::vector<int> codes(const Marks &m)
 // A main window on the simulated line in a data folder of its own.
 struct Window {
     test::TempDir dir;
-    test::ScriptedPrompter prompter{MsgResult::Yes};
+    test::ScriptedPrompter prompter;
     std::unique_ptr<TFormMain> w;
 
     explicit Window(std::vector<std::string> extraArgs = {}, Clock *clock = nullptr,
-                    const std::string &configText = {}, bool simulate = true)
+                    const std::string &configText = {}, bool simulate = true, int answer = MsgResult::Yes)
+        : prompter(answer)
     {
         if (!configText.empty())
             std::ofstream(dir.path() / "Kestrel.ini") << configText;
@@ -531,6 +532,25 @@ TEST(MainForm, AnUnknownInstallerHintKeepsTheLanguageAndTheStoredChoice)
     }
     EXPECT_NE(ini.find("GlobalLang=0"), std::string::npos) << ini;
     SetGlobalLang(kLangGerman);
+}
+
+// A file's trigger actions run only after the user agreed; a yes is kept in the data folder.
+TEST(MainForm, AnEnvironmentsActionsRunOnlyAfterTheUserAgreed)
+{
+    test::TempDir shared;
+    const std::string kef = (shared.path() / "actions.kef").string();
+    std::ofstream(kef) << "[Trigger0]\nName=note\nActive=1\nType=2\nEvent=4\nEventD1=1\nExecCommand=1\n"
+                          "CommandFilePath=/usr/bin/logger\nCommandParams=-t kestrel\n";
+    for (const int answer : {MsgResult::No, MsgResult::Yes}) {
+        Window win({kef}, nullptr, "", true, answer);
+        ASSERT_FALSE(win.prompter.asked.empty());
+        const test::AskedMessage &q = win.prompter.asked.back();
+        EXPECT_NE(q.text.find("1 note: run /usr/bin/logger -t kestrel"), std::string::npos) << q.text;
+        EXPECT_EQ(q.buttons, Buttons::YesNoDefaultNo);
+        std::ifstream agreed(win.dir.path() / "agreed-trigger-actions.txt");
+        std::string line;
+        EXPECT_EQ(static_cast<bool>(std::getline(agreed, line)), answer == MsgResult::Yes);
+    }
 }
 
 TEST(MainForm, SettingsSurviveARestart)
