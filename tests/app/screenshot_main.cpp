@@ -4,6 +4,8 @@
 // fails when a picture is missing or blank.
 
 #include <QApplication>
+
+#include "support/screenshots.h"
 #include <QElapsedTimer>
 #include <QImage>
 #include <QPixmap>
@@ -18,35 +20,6 @@
 #include "app/action_registry.h"
 #include "app/main_form.h"
 #include "present/grid/record_grid.h"
-
-namespace {
-
-void pump(int ms)
-{
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-}
-
-// A picture with a handful of colours at least: a blank or black window fails.
-bool looksDrawn(const QImage &img)
-{
-    if (img.isNull() || img.width() < 400 || img.height() < 300)
-        return false;
-    QList<QRgb> seen;
-    for (int y = 0; y < img.height(); y += 7)
-        for (int x = 0; x < img.width(); x += 7) {
-            const QRgb c = img.pixel(x, y);
-            if (!seen.contains(c))
-                seen.append(c);
-            if (seen.size() > 8)
-                return true;
-        }
-    return false;
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {
@@ -83,15 +56,15 @@ int main(int argc, char **argv)
     w.resize(1240, 900);
     w.show();
     w.FormShow();
-    pump(300);
+    kestrel::test::Pump(300);
 
     auto click = [&](const char *name) {
         if (auto *b = w.findChild<QToolButton *>(name))
             b->click();
-        pump(250);
+        kestrel::test::Pump(250);
     };
     click("btnREC");
-    pump(3500);
+    kestrel::test::Pump(3500);
     if (!w.grab().save(QString::fromStdString((out / "kestrel-live.png").string()))) {
         std::fprintf(stderr, "cannot write into %s\n", out.c_str());
         return 1;
@@ -116,10 +89,10 @@ int main(int argc, char **argv)
         if (shot.overlay != nullptr)
             click(shot.overlay);
         w.grid().GotoMp(0);
-        pump(250);
+        kestrel::test::Pump(250);
         const QPixmap picture = w.grab();
         const std::string path = (out / file).string();
-        if (!picture.save(QString::fromStdString(path)) || !looksDrawn(picture.toImage())) {
+        if (!picture.save(QString::fromStdString(path)) || !kestrel::test::LooksDrawn(picture.toImage(), 400, 300)) {
             std::fprintf(stderr, "screenshot %s is missing or blank\n", path.c_str());
             ++failures;
         } else {
@@ -133,7 +106,7 @@ int main(int argc, char **argv)
     click("btnCharCtl");
     w.grid().setZoom(150);
     w.grid().GotoMp(0);
-    pump(250);
+    kestrel::test::Pump(250);
     if (!w.grab().save(QString::fromStdString((out / "kestrel-zoom-150.png").string())))
         ++failures;
     w.grid().setZoom(100);
@@ -144,14 +117,14 @@ int main(int argc, char **argv)
         w.actions().action(action)->trigger();
         for (const QSize size : {QSize(1024, 740), QSize(1920, 1050)}) {
             w.resize(size);
-            pump(300);
+            kestrel::test::Pump(300);
             const QPixmap shot = w.grab();
             const std::string path =
                 (out / ("kestrel-" + std::string(lang) + "-" + std::to_string(size.width()) + "x" +
                         std::to_string(size.height()) + ".png"))
                     .string();
             if (shot.width() > size.width() || !shot.save(QString::fromStdString(path)) ||
-                !looksDrawn(shot.toImage())) {
+                !kestrel::test::LooksDrawn(shot.toImage(), 400, 300)) {
                 std::fprintf(stderr, "screenshot %s is missing, blank or wider than the screen (%d)\n", path.c_str(),
                              shot.width());
                 ++failures;
@@ -165,7 +138,7 @@ int main(int argc, char **argv)
         if (!menu->actions().contains(w.actions().action("actViewVertical")))
             continue;
         menu->popup(QPoint(40, 40));
-        pump(200);
+        kestrel::test::Pump(200);
         const std::string path = (out / "kestrel-view-menu.png").string();
         if (!menu->grab().save(QString::fromStdString(path)))
             ++failures;

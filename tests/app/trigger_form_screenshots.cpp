@@ -5,6 +5,8 @@
 // when the dialog would not fit a 1024 x 768 screen.
 
 #include <QApplication>
+
+#include "support/screenshots.h"
 #include <QElapsedTimer>
 #include <QImage>
 #include <QPixmap>
@@ -22,30 +24,6 @@
 #include "trigger_engine/trigger_launcher.h"
 
 namespace {
-
-void pump(int ms)
-{
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-}
-
-bool looksDrawn(const QImage &img)
-{
-    if (img.isNull() || img.width() < 200 || img.height() < 150)
-        return false;
-    QList<QRgb> seen;
-    for (int y = 0; y < img.height(); y += 5)
-        for (int x = 0; x < img.width(); x += 5) {
-            const QRgb c = img.pixel(x, y);
-            if (!seen.contains(c))
-                seen.append(c);
-            if (seen.size() > 4)
-                return true;
-        }
-    return false;
-}
 
 // A trigger that fills the page of its event with something to look at.
 kestrel::TriggerDef Sample(std::int32_t event)
@@ -90,10 +68,10 @@ int main(int argc, char **argv)
     kestrel::TriggerLauncher launcher(reporter); // the test buttons as they look when they can run
     int failures = 0;
     auto save = [&](QWidget &w, const std::string &name) {
-        pump(150);
+        kestrel::test::Pump(150);
         const QPixmap shot = w.grab();
         const std::string path = (out / name).string();
-        if (!shot.save(QString::fromStdString(path)) || !looksDrawn(shot.toImage())) {
+        if (!shot.save(QString::fromStdString(path)) || !kestrel::test::LooksDrawn(shot.toImage(), 200, 150, 4, 5)) {
             std::fprintf(stderr, "screenshot %s is missing or blank\n", path.c_str());
             ++failures;
         } else {
