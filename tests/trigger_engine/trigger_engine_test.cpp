@@ -36,6 +36,18 @@ TriggerDef DataTrigger(std::int32_t type, const std::string &hex, bool d1)
     return t;
 }
 
+// An inactivity trigger watching one kind of event.
+TriggerDef Quiet(std::int32_t seconds, bool TriggerDef::*kind)
+{
+    TriggerDef t;
+    t.Active = true;
+    t.Type = TriggerType::Inactivity;
+    t.Event = TriggerEvent::Inactivity;
+    t.InActivityTime = seconds;
+    t.*kind = true;
+    return t;
+}
+
 std::string Hex(const std::string &text)
 {
     static const char digits[] = "0123456789ABCDEF";
@@ -238,13 +250,7 @@ TEST_F(EngineFixture, AnErrorTriggerFiresOnEitherPort)
 
 TEST_F(EngineFixture, InactivityFiresAfterAWholePeriodAndThenOncePerPeriod)
 {
-    TriggerDef quiet;
-    quiet.Active = true;
-    quiet.Type = TriggerType::Inactivity;
-    quiet.Event = TriggerEvent::Inactivity;
-    quiet.InActivityTime = 1;
-    quiet.EventD1 = true;
-    triggers.Append(quiet);
+    triggers.Append(Quiet(1, &TriggerDef::EventD1));
     start();
     EXPECT_TRUE(session->recordingGate()); // an inactivity group records
     EXPECT_TRUE(engine->timerRunning());
@@ -271,13 +277,7 @@ TEST_F(EngineFixture, InactivityFiresAfterAWholePeriodAndThenOncePerPeriod)
 
 TEST_F(EngineFixture, AStatusLineHeldHighIsNotSilent)
 {
-    TriggerDef quiet;
-    quiet.Active = true;
-    quiet.Type = TriggerType::Inactivity;
-    quiet.Event = TriggerEvent::Inactivity;
-    quiet.InActivityTime = 2;
-    quiet.EventM5 = true;
-    triggers.Append(quiet);
+    triggers.Append(Quiet(2, &TriggerDef::EventM5));
     line().injectModemState(kSimPortA, Msr::Dcd);
     start();
     clock.advance(kSecond * 5);
