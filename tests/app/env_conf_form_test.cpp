@@ -1,9 +1,12 @@
-// The environment information dialog: fields, change mark, the cancel question
-// and the language.
+// The environment information dialog on its own (fields, change mark, the cancel
+// question, the language), and in the main window together with loading and
+// saving environments through the file dialogs.
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QApplication>
+#include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -16,7 +19,9 @@
 #include <fstream>
 #include <functional>
 
+#include "app/action_registry.h"
 #include "app/env_conf_form.h"
+#include "app/main_form.h"
 #include "base/string_table.h"
 #include "config/environment.h"
 #include "support/scripted_prompter.h"
@@ -219,4 +224,144 @@ TEST(EnvConfForm, SwitchingTheLanguageRelabelsTheDialog)
         for (const QLabel *lbl : f.form.findChildren<QLabel *>(QRegularExpression("^lbl(Gen|Cust)")))
             EXPECT_FALSE(lbl->text().isEmpty() || lbl->text().startsWith("[#")) << lbl->objectName().toStdString();
     }
+}
+
+namespace {
+
+// A main window on the simulated line in a data folder of its own.
+struct Window {
+    test::TempDir dir;
+    test::ScriptedPrompter prompter{MsgResult::Yes};
+    std::unique_ptr<TFormMain> w;
+
+    Window()
+    {
+        SetGlobalLang(kLangEnglish);
+        std::filesystem::create_directories(dir.path() / "recordings");
+        MainFormOptions o;
+        o.args = ParseStartupArgs({"kestrel", "--simulate"});
+        o.dataFolder = dir.path().string() + "/";
+        o.prompter = &prompter;
+        o.skipUnloadDelay = true;
+        w = std::make_unique<TFormMain>(std::move(o));
+        w->FormShow();
+        prompter.asked.clear();
+    }
+    QAction *act(const char *name) { return w->actions().action(name); }
+    TFormEnvConf *envConf() { return w->findChild<TFormEnvConf *>(); }
+    std::string title() { return w->windowTitle().toStdString(); }
+
+    // The file dialog the action opens picks path.
+    void pickFile(const std::string &path)
+    {
+        QTimer::singleShot(0, [path] {
+            for (QWidget *top : QApplication::topLevelWidgets())
+                if (auto *d = qobject_cast<QFileDialog *>(top); d != nullptr && d->isVisible()) {
+                    d->selectFile(QString::fromStdString(path));
+                    QMetaObject::invokeMethod(d, "accept");
+                }
+        });
+    }
+    // The environment information dialog: inside() acts on it while it is open.
+    void openEnvConf(const std::function<void(TFormEnvConf &)> &inside)
+    {
+        QTimer::singleShot(0, w.get(), [this, inside] {
+            TFormEnvConf *form = envConf();
+            ASSERT_NE(form, nullptr);
+            inside(*form);
+            if (form->isVisible()) {
+                ADD_FAILURE() << "the dialog is still open";
+                form->done(QDialog::Rejected);
+            }
+        });
+        act("actEnvConfig")->trigger();
+    }
+};
+
+} // namespace
+
+TEST(EnvConfForm, MainWindowOpensItAndItsHeaderGoesToTheFileAtTheNextSave)
+{
+    Window win;
+    ASSERT_TRUE(win.act("actEnvConfig")->isEnabled());
+    EXPECT_FALSE(ActionManager::isLater("actEnvConfig"));
+    EXPECT_FALSE(win.w->isEnvironmentChanged());
+    win.openEnvConf([&](TFormEnvConf &form) {
+        EXPECT_EQ(form.findChild<QLabel *>("lblEnvFileName")->text().toStdString(), win.w->environmentFile());
+        form.findChild<QLineEdit *>("edtCustCompany")->setText("Harbour Pumps Ltd");
+        EXPECT_TRUE(win.w->isEnvironmentChanged());
+        form.findChild<QPushButton *>("btnOK")->click();
+    });
+    EXPECT_TRUE(win.w->isEnvironmentChanged());
+
+    const std::string kef = win.dir.file("pumps.kef");
+    win.pickFile(win.dir.file("pumps")); // typed without the extension
+    win.act("actSaveEnvironment")->trigger();
+    EXPECT_EQ(win.w->environmentFile(), kef);
+    EXPECT_NE(Read(kef).find("[Customer]\nCompany=Harbour Pumps Ltd\n"), std::string::npos) << Read(kef);
+    EXPECT_FALSE(win.w->isEnvironmentChanged());
+    EXPECT_EQ(win.title(), Str(1) + " - pumps.kef");
+    EXPECT_TRUE(win.prompter.asked.empty());
+
+    // Cancelled with Yes: the header is the file's again, and so is nothing else unsaved.
+    win.openEnvConf([&](TFormEnvConf &form) {
+        form.findChild<QLineEdit *>("edtCustCompany")->setText("typo");
+        form.findChild<QPushButton *>("btnCancel")->click();
+    });
+    EXPECT_FALSE(win.w->isEnvironmentChanged());
+    win.openEnvConf([&](TFormEnvConf &form) {
+        EXPECT_EQ(form.findChild<QLineEdit *>("edtCustCompany")->text(), "Harbour Pumps Ltd");
+        form.findChild<QPushButton *>("btnOK")->click();
+    });
+}
+
+TEST(EnvConfForm, SavingIntoAFileThatIsNoEnvironmentAsksFirst)
+{
+    Window win;
+    const std::string before = win.w->environmentFile();
+    const std::string notes = win.dir.file("notes.txt");
+    const std::string text = "Line 7: call the customer before the weekend.\n";
+    std::ofstream(notes) << text;
+
+    win.prompter.answerNext(MsgResult::No);
+    win.pickFile(notes);
+    win.act("actSaveEnvironment")->trigger();
+    ASSERT_EQ(win.prompter.asked.size(), 1u);
+    EXPECT_NE(win.prompter.asked[0].text.find(notes), std::string::npos) << win.prompter.asked[0].text;
+    EXPECT_EQ(win.prompter.asked[0].buttons, Buttons::YesNoDefaultNo);
+    EXPECT_EQ(Read(notes), text);
+    EXPECT_EQ(win.w->environmentFile(), before);
+
+    win.prompter.answerNext(MsgResult::Yes);
+    win.pickFile(notes);
+    win.act("actSaveEnvironment")->trigger();
+    EXPECT_EQ(win.prompter.asked.size(), 2u);
+    const std::string saved = Read(notes);
+    EXPECT_EQ(saved.rfind(text, 0), 0u) << "what the file held stays: " << saved;
+    EXPECT_NE(saved.find("[ComA]"), std::string::npos) << saved;
+    EXPECT_EQ(win.title(), Str(1) + " - notes.txt");
+}
+
+TEST(EnvConfForm, LoadingTakesEnvironmentsOnlyAndNamesTheFileInTheCaption)
+{
+    Window win;
+    const std::string before = win.w->environmentFile();
+    const std::string ini = win.dir.file("Kestrel.ini");
+    std::ofstream(ini) << "[Modes]\nGlobalLang=10000\n";
+    win.pickFile(ini);
+    win.act("actLoadEnvironment")->trigger();
+    ASSERT_EQ(win.prompter.asked.size(), 1u);
+    EXPECT_EQ(win.prompter.asked[0].text, StrArg(7972, ini));
+    EXPECT_EQ(win.w->environmentFile(), before);
+
+    const std::string kef = win.dir.file("line.kef");
+    std::ofstream(kef) << "[General]\nTitle=Line 7\n[Files]\nRecord data=" << win.dir.file("recordings/l7.ksr") << "\n";
+    win.pickFile(kef);
+    win.act("actLoadEnvironment")->trigger();
+    EXPECT_EQ(win.w->environmentFile(), kef);
+    EXPECT_EQ(win.title(), Str(1) + " - line.kef");
+    win.openEnvConf([&](TFormEnvConf &form) {
+        EXPECT_EQ(form.findChild<QLineEdit *>("edtGenTitle")->text(), "Line 7");
+        form.findChild<QPushButton *>("btnOK")->click();
+    });
 }
