@@ -132,17 +132,19 @@ TEST(EnvConfForm, FieldsShowTheHeaderAndEachEditGoesToItsOwnKey)
     EXPECT_EQ(f.env.customer, expected.customer);
 }
 
-TEST(EnvConfForm, OkKeepsTheHeaderAndCancelWithoutChangesJustCloses)
+TEST(EnvConfForm, OkKeepsCancelAfterChangesAsksNoStaysYesTakesTheHeaderFromTheFile)
 {
-    Form f;
+    test::TempDir dir;
+    const auto file = dir.path() / "line.kef";
+    std::ofstream(file) << "[General]\nTitle=from the file\n[Customer]\nZIP=12345\n[Description]\nLine0=file line\n";
+    Form f(file.string());
+
+    // OK keeps what was typed; Cancel without a change closes without a question.
     EXPECT_TRUE(f.runModal([&] {
-        EXPECT_EQ(f.form.findChild<QTabWidget *>("PageControl1")->currentIndex(), 0);
         f.edit("edtGenTitle")->setText("kept");
         f.click("btnOK");
     }));
     EXPECT_EQ(f.env.general.Title, "kept");
-    EXPECT_FALSE(f.form.wasReloaded());
-
     f.form.findChild<QTabWidget *>("PageControl1")->setCurrentIndex(2);
     EXPECT_TRUE(f.runModal([&] {
         EXPECT_EQ(f.form.findChild<QTabWidget *>("PageControl1")->currentIndex(), 0) << "opens on its first page";
@@ -150,14 +152,7 @@ TEST(EnvConfForm, OkKeepsTheHeaderAndCancelWithoutChangesJustCloses)
     }));
     EXPECT_TRUE(f.prompter.asked.empty());
     EXPECT_EQ(f.env.general.Title, "kept");
-}
-
-TEST(EnvConfForm, CancelAfterChangesAsksNoStaysYesTakesTheHeaderFromTheFile)
-{
-    test::TempDir dir;
-    const auto file = dir.path() / "line.kef";
-    std::ofstream(file) << "[General]\nTitle=from the file\n[Customer]\nZIP=12345\n[Description]\nLine0=file line\n";
-    Form f(file.string());
+    EXPECT_FALSE(f.form.wasReloaded());
 
     f.prompter.answerNext(MsgResult::No);
     EXPECT_TRUE(f.runModal([&] {

@@ -5,7 +5,6 @@
 
 #include <fstream>
 
-#include "base/string_table.h"
 #include "config/environment.h"
 #include "config/environment_target.h"
 #include "golden_files.h"
@@ -21,12 +20,6 @@ std::filesystem::path Write(const test::TempDir &dir, const std::string &name, c
     const auto path = dir.path() / name;
     std::ofstream(path, std::ios::binary) << text;
     return path;
-}
-
-std::string Read(const std::filesystem::path &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 EnvFileKind KindOf(const std::filesystem::path &path) { return CheckEnvironmentFile(path).kind; }
@@ -58,29 +51,7 @@ TEST(EnvironmentTarget, TellsEnvironmentsFromOtherFiles)
     EXPECT_EQ(KindOf(dir.path()), EnvFileKind::Refused);
 }
 
-TEST(EnvironmentTarget, AsksBeforeWritingIntoAFileThatIsNoEnvironment)
-{
-    SetGlobalLang(kLangEnglish);
-    test::TempDir dir;
-    const std::string notes = "Call the customer about line 7.\n";
-    const auto foreign = Write(dir, "notes.txt", notes);
-    const auto current = dir.path() / "current.kef";
-
-    test::ScriptedPrompter no{MsgResult::No};
-    EXPECT_FALSE(MaySaveEnvironmentTo(no, foreign, current));
-    ASSERT_EQ(no.asked.size(), 1u);
-    EXPECT_EQ(no.asked[0].buttons, Buttons::YesNoDefaultNo); // Enter must not replace it
-    EXPECT_EQ(no.asked[0].icon, Icon::Warning);
-    EXPECT_NE(no.asked[0].text.find(foreign.string()), std::string::npos) << no.asked[0].text;
-    EXPECT_EQ(Read(foreign), notes);
-
-    // Even when that file is the one in use (loaded under its name some other way).
-    test::ScriptedPrompter yes{MsgResult::Yes};
-    EXPECT_TRUE(MaySaveEnvironmentTo(yes, foreign, foreign));
-    EXPECT_EQ(yes.asked.size(), 1u);
-}
-
-TEST(EnvironmentTarget, AsksOnlyBeforeReplacingAnotherEnvironment)
+TEST(EnvironmentTarget, AsksBeforeWritingIntoAnotherEnvironmentOrAnotherKindOfFile)
 {
     test::TempDir dir;
     const auto current = dir.path() / "current.kef";
@@ -100,6 +71,13 @@ TEST(EnvironmentTarget, AsksOnlyBeforeReplacingAnotherEnvironment)
     EXPECT_FALSE(MaySaveEnvironmentTo(prompter, other, current));
     ASSERT_EQ(prompter.asked.size(), 1u);
     EXPECT_EQ(prompter.asked[0].buttons, Buttons::YesNo);
+
+    // A file of another kind is asked about even when it is the one in use (loaded under
+    // its name some other way); the window's test covers the answers.
+    const auto notes = Write(dir, "notes.txt", "Call the customer.\n");
+    EXPECT_FALSE(MaySaveEnvironmentTo(prompter, notes, notes));
+    ASSERT_EQ(prompter.asked.size(), 2u);
+    EXPECT_EQ(prompter.asked[1].buttons, Buttons::YesNoDefaultNo); // Enter must not write into it
 }
 
 TEST(EnvironmentTarget, DefaultExtensionOnlyForANameWithoutOne)
