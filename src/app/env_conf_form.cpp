@@ -268,6 +268,8 @@ void TFormEnvConf::btnOKClick() { accept(); }
 
 void TFormEnvConf::btnCancelClick()
 {
+    // Only a change made in this window is asked about, as the question says: a port
+    // setting changed in the main window stays for the save offered at closing.
     if (edited_) {
         if (prompter_.ShowMessage(Str(kTitleConfirmation), Str(kCloseWithoutSave), Buttons::YesNo, Icon::Confirmation) !=
             MsgResult::Yes)

@@ -44,8 +44,6 @@ public:
     void ReloadEnvSettings();
     void InitialLoads();
 
-    // Some field was changed since the dialog was shown.
-    [[nodiscard]] bool isEdited() const { return edited_; }
     // The dialog was cancelled and the header taken from the file again.
     [[nodiscard]] bool wasReloaded() const { return reloaded_; }
 
