@@ -177,6 +177,7 @@ private:
     void btnSaveRecordFileClick();
     void LoadEnvDialog();
     void SaveEnvDialog();
+    void btnEnvConfClick(); // the environment information dialog (main_form_env.cpp)
     void portSettingChanged();
     [[nodiscard]] PortComboTexts comboTexts() const;
     void updateSizeLabel();

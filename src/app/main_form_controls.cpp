@@ -50,6 +50,7 @@ void TFormMain::connectActions()
     on("actSaveRecordFile", &TFormMain::btnSaveRecordFileClick);
     on("actLoadEnvironment", &TFormMain::LoadEnvDialog);
     on("actSaveEnvironment", &TFormMain::SaveEnvDialog);
+    on("actEnvConfig", &TFormMain::btnEnvConfClick);
     connect(ActionManager1->action("actExit"), &QAction::triggered, this, &QWidget::close);
     // The record and stop buttons are two-state buttons of their own; they run the actions.
     connect(btnREC, &QToolButton::clicked, this, [this] {

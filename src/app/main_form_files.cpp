@@ -1,5 +1,5 @@
-// Files of the main window: the record file (new, open, save as, shown),
-// the environment (load, save) and the port settings it carries.
+// Files of the main window: the record file (new, open, save as, shown) and the
+// port settings an environment carries (its load and save: main_form_env.cpp).
 
 #include <QAction>
 #include <QComboBox>
@@ -155,55 +155,6 @@ void TFormMain::btnOpenRecordFileClick()
         return;
     session_->file().setPath(path.toStdString());
     ShowChangedRecordFile();
-}
-
-void TFormMain::LoadEnvDialog()
-{
-    const QString path = QFileDialog::getOpenFileName(this, S(7536).remove('&'),
-                                                      QString::fromStdString(environmentFile_), S(7655));
-    if (path.isEmpty())
-        return;
-    environmentFile_ = path.toStdString();
-    EnvLoadContext ctx;
-    ctx.dataFolder = dataFolder_;
-    ctx.now = session_->clock().nowDateTime();
-    const EnvLoadResult loaded = LoadEnvironment(std::filesystem::path(environmentFile_), ctx);
-    if (!loaded.status.ok()) {
-        prompter_->ShowMessage(Str(205), Str(loaded.status.code) + "\n\n" + environmentFile_ + "\n" + loaded.status.detail,
-                               Buttons::Ok, Icon::Warning);
-        return;
-    }
-    applyEnvironment(loaded.env);
-    ShowChangedRecordFile();
-    envChanged_ = false;
-}
-
-void TFormMain::SaveEnvDialog()
-{
-    const QString path = QFileDialog::getSaveFileName(this, S(7538).remove('&'),
-                                                      QString::fromStdString(environmentFile_), S(7655));
-    if (path.isEmpty())
-        return;
-    environmentFile_ = path.endsWith(".kef") ? path.toStdString() : path.toStdString() + ".kef";
-    Environment env = *env_;
-    const std::string baud = cbPortBaudRate->currentText().toStdString();
-    const std::string dataBits = cbPortDataBits->currentText().toStdString();
-    const std::string parity = cbPortParity->currentText().toStdString();
-    const std::string stopBits = cbPortStopBits->currentText().toStdString();
-    env.comA = WithComboTexts(env.comA, baud, dataBits, parity, stopBits);
-    env.comB = WithComboTexts(env.comB, baud, dataBits, parity, stopBits); // B always follows A
-    env.comA.DevicePath = session_->capture().ComA().device();
-    env.comB.DevicePath = session_->capture().ComB().device();
-    env.recordFile = recordFile();
-    const Result r = SaveEnvironment(env, std::filesystem::path(environmentFile_));
-    if (!r.ok()) {
-        prompter_->ShowMessage(Str(206), Str(r.code) + "\n\n" + environmentFile_ + "\n" + r.detail, Buttons::Ok,
-                               Icon::Error);
-        return;
-    }
-    *env_ = env;
-    envChanged_ = false;
-    updateWindowTitle();
 }
 
 } // namespace kestrel

@@ -53,8 +53,8 @@ void SimPort::close()
 
 SimLine::SimLine(Scenario scenario, Clock &clock) : scenario_(std::move(scenario)), clock_(clock)
 {
-    ports_[kSimPortA] = std::make_unique<SimPort>(*this, kSimPortA, "sim:A");
-    ports_[kSimPortB] = std::make_unique<SimPort>(*this, kSimPortB, "sim:B");
+    ports_[kSimPortA] = std::make_unique<SimPort>(*this, kSimPortA, kSimDeviceA);
+    ports_[kSimPortB] = std::make_unique<SimPort>(*this, kSimPortB, kSimDeviceB);
     restart();
 }
 

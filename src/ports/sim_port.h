@@ -21,6 +21,11 @@ namespace kestrel {
 
 class SimLine;
 
+// The device names of the two simulated ports. They are no devices: an environment
+// saved on the simulated line names them, and a real port cannot open them.
+inline constexpr const char *kSimDeviceA = "sim:A";
+inline constexpr const char *kSimDeviceB = "sim:B";
+
 class SimPort final : public ComPort {
 public:
     SimPort(SimLine &line, int index, std::string name);

@@ -41,3 +41,19 @@ endif()
 expect_exit(0 --env ${WORK}/slow.kef --baud 9600 --simulate --duration 0.3 --replace)
 
 expect_exit(3 --env ${WORK}/missing.kef --simulate --duration 0.3)
+
+# An environment saved on the simulated line names sim:A and sim:B: it records that line
+# again and says so; a real port named for one side only leaves the other side unusable.
+file(WRITE ${WORK}/sim.kef "[ComA]\nDevice=1\nDevicePath=sim:A\n[ComB]\nDevice=2\nDevicePath=sim:B\n[Files]\nRecord data=${WORK}/sim.ksr\n")
+expect_exit(0 --env ${WORK}/sim.kef --duration 0.3 --replace)
+if(NOT EXISTS ${WORK}/sim.ksr OR NOT last_err MATCHES "simulated line")
+  message(FATAL_ERROR "the simulated line was not recorded, or not said so: ${last_err}")
+endif()
+file(SIZE ${WORK}/sim.ksr sim_size)
+if(sim_size LESS 800)
+  message(FATAL_ERROR "the simulated line left only ${sim_size} bytes")
+endif()
+expect_exit(2 --env ${WORK}/sim.kef --port-a /dev/null --duration 0.3 --replace)
+if(NOT last_err MATCHES "port B on the simulated line")
+  message(FATAL_ERROR "no word about port B: ${last_err}")
+endif()

@@ -98,13 +98,29 @@ std::optional<int> applyEnvironment(RecordOptions &o)
     }
     o.output = recordFile;
     o.triggers = env.env.triggers;
-    if (!o.simulate) {
-        if (o.portA.empty())
-            o.portA = setup.portA.device;
-        if (o.portB.empty())
-            o.portB = setup.portB.device;
-    }
     const std::string from = "the environment '" + o.environment + "' has ";
+    if (!o.simulate) {
+        // Saved while the simulated line ran, it names sim:A and sim:B: that line is recorded
+        // again, unless the command line names real ports.
+        const bool simA = setup.portA.device == kSimDeviceA;
+        const bool simB = setup.portB.device == kSimDeviceB;
+        if (simA && simB && o.portA.empty() && o.portB.empty()) {
+            o.simulate = true;
+            std::fprintf(stderr,
+                         "kestrel-cli record: the environment '%s' was saved on the simulated line; recording "
+                         "the built-in demo line (give --port-a and --port-b to record real ports)\n",
+                         Printable(o.environment).c_str());
+        } else {
+            if (o.portA.empty() && simA)
+                return usageError(from + "port A on the simulated line (" + kSimDeviceA + "); give --port-a");
+            if (o.portB.empty() && simB)
+                return usageError(from + "port B on the simulated line (" + kSimDeviceB + "); give --port-b");
+            if (o.portA.empty())
+                o.portA = setup.portA.device;
+            if (o.portB.empty())
+                o.portB = setup.portB.device;
+        }
+    }
     if (!o.given.baud) {
         if (!kBaudRule(setup.portA.baud).empty())
             return usageError(from + "baud rate " + setup.portA.baud + "; give --baud");
@@ -374,8 +390,9 @@ std::function<int()> declareRecord(CLI::App &cmd)
                "is written in each case.\n\n"
                "Give -o FILE.ksr (or --env FILE.kef) and either --simulate or --port-a and --port-b.\n"
                "--env takes both ports, their line settings and the record file from an environment;\n"
-               "options given on the command line win over it. An existing recording needs --append\n"
-               "or --replace.\n\n"
+               "options given on the command line win over it; one saved on the simulated line\n"
+               "records that line again unless --port-a and --port-b name real ports. An existing\n"
+               "recording needs --append or --replace.\n\n"
                "The environment's active triggers gate the recording as in the window: nothing is\n"
                "recorded before a start trigger fires, and a chain that ends with a stop trigger ends\n"
                "the command (exit code 0). Their sounds and commands run only with --allow-actions.");
