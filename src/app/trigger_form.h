@@ -15,6 +15,7 @@
 #include <array>
 #include <optional>
 
+#include "app/up_down.h"
 #include "trigger_engine/trigger_form_rules.h"
 #include "triggers/trigger_def.h"
 
@@ -37,24 +38,6 @@ class PatternFields;
 class Prompter;
 class TriggerLauncher;
 class TFormTrigParams;
-
-// Two small arrow buttons that step a number field by one within a range.
-class UpDown final : public QWidget {
-    Q_OBJECT
-public:
-    explicit UpDown(QWidget *parent = nullptr);
-    void setRange(int min, int max) { min_ = min, max_ = max; }
-    // The field it steps; its text is read and written as a number.
-    void setAssociate(QLineEdit *field) { associate_ = field; }
-    void step(int by);
-
-private:
-    QToolButton *btnUp;
-    QToolButton *btnDown;
-    QLineEdit *associate_ = nullptr;
-    int min_ = 0;
-    int max_ = 100;
-};
 
 // The pages of the editor, in the order of the event box; the action page last.
 namespace TrigPage {
