@@ -84,10 +84,10 @@ constexpr std::array kActions = {
     ActionDef{"actTrigGridReset",      7869, 0, nullptr, false, false, nullptr, nullptr},
     ActionDef{"actTrigMarkReverse",    7570, 7868, nullptr, false, false, nullptr, nullptr},
     // search
-    ActionDef{"actGotoMP",             7571, 0, nullptr, false, true, "Ctrl+G", nullptr},
-    ActionDef{"actGotoTriggerPoint",   7572, 0, nullptr, false, true, nullptr,  nullptr},
-    ActionDef{"actSearch",             7573, 0, nullptr, false, true, "Ctrl+F", nullptr},
-    ActionDef{"actDeltaTime",          7574, 0, nullptr, false, true, nullptr,  nullptr},
+    ActionDef{"actGotoMP",             7571, 0, nullptr, false, false, "Ctrl+G", nullptr},
+    ActionDef{"actGotoTriggerPoint",   7572, 0, nullptr, false, false, nullptr,  nullptr},
+    ActionDef{"actSearch",             7573, 0, nullptr, false, false, "Ctrl+F", nullptr},
+    ActionDef{"actDeltaTime",          7574, 0, nullptr, false, false, nullptr,  nullptr},
     // display: views
     ActionDef{"actViewVertical",       7575, 7576, nullptr, true,  false, nullptr, "view"},
     ActionDef{"actViewHorizontal",     7577, 7578, nullptr, true,  false, nullptr, "view"},

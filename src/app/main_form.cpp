@@ -294,6 +294,8 @@ void TFormMain::ApplyLanguage()
     TrigPanel->InitialLoads();
     if (FormTrig != nullptr)
         FormTrig->InitialLoads();
+    if (FormGoto != nullptr)
+        FormGoto->InitialLoads();
     DrawGrid1->InitialLoads(); // its status line ("day(s)", the copy item) in the new language at once
     showPortDevices(); // "(simulated line)" beside the devices
     // "Ready" in the free status panel follows the language; other texts there last only a moment.
@@ -453,6 +455,7 @@ void TFormMain::saveConfiguration()
     config_->DefLang = pinNaming_;
     config_->GridZoom = DrawGrid1->zoom();
     config_->triggerListColumns = TrigPanel->columnWidths();
+    saveGotoForm();
     for (auto [view, settings] : {std::pair{1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}}) {
         // Widths the user gave are written; every other kept width comes back as it was read.
         const std::vector<int> shown = DrawGrid1->ColumnWidthsOf(view, settings->columnWidths.size());

@@ -58,6 +58,7 @@ class ActionConsent;
 class TriggerLauncher;
 class TriggerPanel;
 class TFormTrig;
+class TFormGoto;
 
 struct MainFormOptions {
     StartupArgs args;
@@ -97,6 +98,8 @@ public:
     [[nodiscard]] TriggerPanel &triggerPanel() const { return *TrigPanel; }
     [[nodiscard]] TriggerLauncher &triggerLauncher() const { return *launcher_; }
     [[nodiscard]] TFormTrig &triggerEditor();
+    // The goto, search and measure window, made when first needed (main_form_goto.cpp).
+    [[nodiscard]] TFormGoto &gotoForm();
 
     // Stops a recording and closes without questions (SIGTERM, --quit-after).
     void quitCleanly();
@@ -238,6 +241,9 @@ private:
     class ElidedLabel *lblRecordFileSize = nullptr;
     TriggerPanel *TrigPanel = nullptr;
     TFormTrig *FormTrig = nullptr; // the trigger editor, made when first needed
+    TFormGoto *FormGoto = nullptr;
+    void connectGotoForm();
+    void saveGotoForm();
     std::unique_ptr<TriggerLauncher> launcher_;
     std::unique_ptr<ActionConsent> consent_;
     int bottomHeightBeforeMin_ = 0; // the control centre's height before btnTrigListMinMax shrank it

@@ -42,6 +42,7 @@ void TFormMain::connectActions()
     ActionManager1->action("actZoomIn")->setShortcuts({QKeySequence(QStringLiteral("Ctrl++")),
                                                        QKeySequence(QStringLiteral("Ctrl+="))});
     connectGrid();
+    connectGotoForm();
     on("actLangGerman", &TFormMain::actLangGermanExecute);
     on("actLangEnglish", &TFormMain::actLangEnglishExecute);
     on("actAbout", &TFormMain::actAboutExecute);

@@ -15,6 +15,7 @@
 #include "app/elided_label.h"
 #include "app/line_gauge.h"
 #include "app/main_form.h"
+#include "app/goto_form.h"
 #include "app/trigger_panel.h"
 #include "app/signal_light.h"
 #include "app/signal_light_controller.h"
@@ -136,6 +137,8 @@ void TFormMain::btnSaveRecordFileClick()
 void TFormMain::SetRecordOnControls()
 {
     TrigPanel->clearRecognised(); // what fires in this recording
+    if (FormGoto != nullptr)
+        FormGoto->close(); // its searches read the file the recording writes
     TrigPanel->setRecording(true);
     DisableComSetup();
     DisableCtrlsBeforeRec();

@@ -610,6 +610,14 @@ void RecordGrid::GotoMp(std::int64_t mp)
     SetPosition(std::clamp<std::int64_t>(mp - 1, 0, EndPosition(recordCount_, largeChange())));
 }
 
+void RecordGrid::ShowFound(std::int64_t mp)
+{
+    GotoMp(mp);
+    row_ = 1;
+    viewport()->update();
+    RefreshStatusLine();
+}
+
 void RecordGrid::SetHold(bool on)
 {
     hold_ = on;
