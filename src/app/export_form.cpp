@@ -21,6 +21,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
+#include "app/background_sink.h"
 #include "app/range_controls.h"
 #include "base/prompt.h"
 #include "base/string_table.h"
@@ -480,7 +481,9 @@ void TFormExport::runExport(const QString &path, const ExportSource &src)
         return;
     }
     const ExportOptions o = options();
-    FileSink sink;
+    // Opening cuts an existing file to length 0, which takes a while for a large one:
+    // the window keeps answering meanwhile, and while the disk holds up a write or the close.
+    BackgroundSink sink([] { QCoreApplication::processEvents(); });
     if (!sink.open(path.toStdString(), src.recordFile)) {
         fail(ExportFormMsg::CannotWrite, Q(sink.errorText()));
         return;
