@@ -315,8 +315,17 @@ void TFormExport::InitialLoads()
     btnStop->setToolTip(S(StopHint));
     btnClose->setText(S(Close));
     rangeControls->InitialLoads();
-    if (!rangeControls->hasMps())
-        lblExportState->setText(S(NoRecording));
+    setState(stateNo_, stateArgs_); // what the last export said, now in this language
+}
+
+void TFormExport::setState(int textNo, const QStringList &args)
+{
+    stateNo_ = textNo;
+    stateArgs_ = args;
+    QString text = textNo != 0 ? S(textNo) : QString();
+    for (const QString &a : args)
+        text = text.arg(a);
+    lblExportState->setText(text);
 }
 
 void TFormExport::refreshLimits()
@@ -335,9 +344,9 @@ void TFormExport::refreshLimits()
     else
         rangeControls->setLimits(0, count - 1);
     if (count == 0)
-        lblExportState->setText(S(ExportFormMsg::NoRecording));
+        setState(ExportFormMsg::NoRecording);
     else if (!had)
-        lblExportState->clear();
+        setState(0);
     SetupActiveElements();
 }
 
@@ -502,7 +511,7 @@ void TFormExport::runExport(const QString &path, const ExportSource &src)
     };
     stop_ = false;
     ProgressBar1->setValue(0);
-    lblExportState->setText(S(ExportFormMsg::Running).arg(Num(range.first), Num(range.last)));
+    setState(ExportFormMsg::Running, {Num(range.first), Num(range.last)});
     setRunning(true);
     const ExportResult r = RunExport(reader, o, range, sink, time, hooks);
     setRunning(false);
@@ -510,11 +519,11 @@ void TFormExport::runExport(const QString &path, const ExportSource &src)
     switch (r.status) {
     case ExportStatus::Done:
         ProgressBar1->setValue(100);
-        lblExportState->setText(S(ExportFormMsg::Exported).arg(Num(r.exported), path));
+        setState(ExportFormMsg::Exported, {Num(r.exported), path});
         hide(); // done: the window closes, as after every export
         break;
     case ExportStatus::Stopped:
-        lblExportState->setText(S(ExportFormMsg::Stopped).arg(Num(r.exported), path));
+        setState(ExportFormMsg::Stopped, {Num(r.exported), path});
         break;
     case ExportStatus::BadRange:
         fail(ExportFormMsg::BadRange, Q(r.error));
@@ -533,9 +542,8 @@ void TFormExport::setRunning(bool on)
 
 void TFormExport::fail(int textNo, const QString &detail)
 {
-    const QString text = S(textNo).arg(detail);
-    lblExportState->setText(text);
-    prompter_.ShowMessage(Str(3000), text.toStdString(), Buttons::Ok, Icon::Error);
+    setState(textNo, {detail});
+    prompter_.ShowMessage(Str(3000), lblExportState->text().toStdString(), Buttons::Ok, Icon::Error);
 }
 
 void TFormExport::setPlacement(const ToolWindowPlacement &placement)

@@ -150,6 +150,9 @@ private:
     void runExport(const QString &path, const ExportSource &src);
     void setRunning(bool on);
     void fail(int textNo, const QString &detail);
+    // The line under the progress bar: a text number and its arguments, kept so that a
+    // language switch can say it again; 0 for none.
+    void setState(int textNo, const QStringList &args = {});
     void applyPlacement();
     void rememberPlacement();
 
@@ -161,6 +164,8 @@ private:
     ToolWindowPlacement placement_;
     bool placed_ = false;  // the saved placement has been applied
     QString lastFolder_;
+    int stateNo_ = 0;
+    QStringList stateArgs_;
 
     // components (names kept as objectName)
     QLabel *lblExportFormat = nullptr;
