@@ -37,6 +37,7 @@
 #include "support/recording_builder.h"
 #include "support/run_cli.h"
 #include "support/scripted_prompter.h"
+#include "support/stale_language.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
@@ -147,6 +148,20 @@ TEST(ExportForm, ComesUpWithTheDefaultsAndFollowsTheRawCsvRule)
     d.find<QComboBox>("cbExportFormat")->setCurrentIndex(1);
     for (const char *n : csvOnly)
         EXPECT_TRUE(d.find<QWidget>(n)->isEnabled()) << n;
+}
+
+TEST(ExportForm, ALanguageSwitchLeavesNoTextOfTheOtherLanguage)
+{
+    Dialog d;
+    d.target = QString::fromStdString(d.dir.file("no/such/folder/out.csv"));
+    d.exportNow(); // the line under the progress bar says why
+    d.find<QLineEdit>("edtMPStart")->setText("x");
+    for (auto [now, other] : {std::pair{kLangGerman, kLangEnglish}, {kLangEnglish, kLangGerman}}) {
+        SetGlobalLang(now);
+        d.form.InitialLoads();
+        EXPECT_EQ(test::StaleTexts(&d.form, other), QStringList());
+    }
+    EXPECT_TRUE(d.form.stateText().startsWith("The export file cannot be written"));
 }
 
 // The dialog and kestrel-cli, given the same settings, write the same bytes.

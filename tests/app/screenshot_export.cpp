@@ -7,7 +7,6 @@
 
 #include <QApplication>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPixmap>
 #include <QProgressBar>
@@ -20,40 +19,16 @@
 #include "base/prompt.h"
 #include "base/string_table.h"
 #include "support/recording_builder.h"
+#include "support/screenshots.h"
 
 using namespace kestrel;
 
 namespace {
 
-void pump(int ms)
-{
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-}
-
 class YesPrompter final : public Prompter {
 public:
     int ShowMessage(const std::string &, const std::string &, int, int) override { return MsgResult::Yes; }
 };
-
-// A picture with a handful of colours at least: a blank or black window fails.
-bool looksDrawn(const QImage &img)
-{
-    if (img.isNull() || img.width() < 200 || img.height() < 200)
-        return false;
-    QList<QRgb> seen;
-    for (int y = 0; y < img.height(); y += 5)
-        for (int x = 0; x < img.width(); x += 5) {
-            const QRgb c = img.pixel(x, y);
-            if (!seen.contains(c))
-                seen.append(c);
-            if (seen.size() > 8)
-                return true;
-        }
-    return false;
-}
 
 } // namespace
 
@@ -80,14 +55,14 @@ int main(int argc, char **argv)
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
     int failures = 0;
     auto shoot = [&](const std::string &name) {
-        pump(200);
+        test::Pump(200);
         const QPixmap window = form.grab();
         const QPixmap whole = QGuiApplication::primaryScreen()->grabWindow(0);
         const std::string path = (out / ("export-" + name + ".png")).string();
         const std::string screenPath = (out / ("export-" + name + "-screen.png")).string();
         const bool fits = screen.contains(form.frameGeometry());
         if (!window.save(QString::fromStdString(path)) || !whole.save(QString::fromStdString(screenPath)) ||
-            !looksDrawn(window.toImage()) || !fits) {
+            !test::LooksDrawn(window.toImage(), 200, 200, 8, 5) || !fits) {
             std::fprintf(stderr, "screenshot %s is missing or blank, or the window (%dx%d) leaves the screen\n",
                          path.c_str(), form.frameGeometry().width(), form.frameGeometry().height());
             ++failures;
