@@ -406,6 +406,8 @@ ExportOptions TFormExport::options() const
 
 std::uint64_t TFormExport::rangeFirst() const
 {
+    if (!rangeControls->hasMps())
+        return 1; // after rangeLast(): nothing to export
     return rbtMPAll->isChecked() ? rangeControls->limits().first() : rangeControls->from();
 }
 
