@@ -12,6 +12,7 @@
 #include <QProgressBar>
 #include <QRadioButton>
 #include <QScreen>
+#include <QWidget>
 #include <cstdio>
 #include <filesystem>
 
@@ -53,6 +54,12 @@ int main(int argc, char **argv)
     form.setSourceProvider([&] { return ExportSource{recording, 0, 0}; });
     form.setFileChooser([&](const ExportFileQuestion &) { return QString::fromStdString(target); });
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    // A plain desktop behind the window: without a window manager the bare root window
+    // keeps the pixels of whatever stood there before.
+    QWidget desktop;
+    desktop.setGeometry(screen);
+    desktop.setAutoFillBackground(true);
+    desktop.show();
     int failures = 0;
     auto shoot = [&](const std::string &name) {
         test::Pump(200);
@@ -77,6 +84,7 @@ int main(int argc, char **argv)
         form.findChild<QComboBox *>("cbExportFormat")->setCurrentIndex(1);
         form.findChild<QRadioButton *>("rbtMPAll")->setChecked(true);
         form.show();
+        form.raise();
         form.move(screen.center() - form.rect().center());
         shoot(std::string(lang) + "-csv");
 
