@@ -483,7 +483,7 @@ void TFormExport::runExport(const QString &path, const ExportSource &src)
     RecordReader reader;
     std::string error;
     if (!OpenRecording(reader, src.recordFile, error)) {
-        fail(ExportFormMsg::CannotRead, Q(src.recordFile) + "\n" + Q(error));
+        fail(ExportFormMsg::CannotRead, Q(error)); // it names the file
         return;
     }
     const ExportRange range{rangeFirst(), rangeLast()};
