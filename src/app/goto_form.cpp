@@ -390,6 +390,8 @@ void TFormGoto::InitialLoads()
     }
     patternFields->InitialLoads();
     deltaRange->InitialLoads();
+    if (!edtMPDeltaTime->text().isEmpty())
+        showDelta(); // the day word in the new language
 }
 
 void TFormGoto::showPage(int page)

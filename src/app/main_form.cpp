@@ -23,6 +23,7 @@
 
 #include "app/action_registry.h"
 #include "app/confirm_record_mode_form.h"
+#include "app/export_form.h"
 #include "app/line_gauge.h"
 #include "app/message_form.h"
 #include "app/progress_form.h"
@@ -30,6 +31,7 @@
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
 #include "app/signal_light.h"
+#include "app/goto_form.h"
 #include "app/trigger_form.h"
 #include "app/trigger_panel.h"
 #include "trigger_engine/action_consent.h"
@@ -123,6 +125,7 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     createSession(options);
     resize(1180, 860); // first start; a saved placement replaces it
     connectActions();
+    createExportWindow();
     FormCreate();
     StartupPrepare();
     if (!scenarioWarning_)
@@ -296,6 +299,7 @@ void TFormMain::ApplyLanguage()
         FormTrig->InitialLoads();
     if (FormGoto != nullptr)
         FormGoto->InitialLoads();
+    FormExport->InitialLoads();
     DrawGrid1->InitialLoads(); // its status line ("day(s)", the copy item) in the new language at once
     showPortDevices(); // "(simulated line)" beside the devices
     // "Ready" in the free status panel follows the language; other texts there last only a moment.
@@ -377,6 +381,8 @@ void TFormMain::FormShow()
     // A message box of the start-up may have waited while the program was ended.
     startupDone_ = true;
     DrawGrid1->setFocus(); // Home, End and the page keys work without a click first
+    if (config_->exWindow.Visible)
+        FormExport->show(); // open at the last save: open again
     if (args_.recordAtStart && !quitting_)
         btnRecordClick();
 }
@@ -471,6 +477,7 @@ void TFormMain::saveConfiguration()
     const QRect g = normalGeometry();
     config_->window = {g.left(), g.top(), g.width(), g.height(), isMaximized() ? 2 : isMinimized() ? 1 : 0};
     config_->monitors = {{"TFormMain", monitorIndex()}};
+    config_->exWindow = FormExport->placement();
     const QRect bottom = pnlAllBottom->geometry();
     config_->allBottomPanels = {bottom.left(), bottom.top(), bottom.width(), bottom.height()};
     const QRect centre = pnlCCRecDispControl->geometry();

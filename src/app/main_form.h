@@ -53,6 +53,7 @@ struct ProgramConfig;
 class SignalLight;
 class SignalLightController;
 class TFormConfirmRecordMode;
+class TFormExport;
 class TMessageForm;
 class ActionConsent;
 class TriggerLauncher;
@@ -162,6 +163,9 @@ private:
     void startRedrawThread() override;
     void stopRedrawThread() override;
     void createSession(const MainFormOptions &options);
+    // export window (main_form_export.cpp)
+    void createExportWindow();
+    void actExportToFileExecute();
     // triggers (main_form_triggers.cpp)
     void createTriggerEngine();
     void connectTriggerPanel();
@@ -223,6 +227,7 @@ private:
     std::unique_ptr<Reporter> reporter_; // failures of the session, shown through prompter_
     std::unique_ptr<RecordingSession> session_;
     TFormConfirmRecordMode *confirmRecordMode_ = nullptr;
+    TFormExport *FormExport = nullptr;
 
     // components (names kept as objectName)
     ActionManager *ActionManager1 = nullptr;

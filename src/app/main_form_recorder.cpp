@@ -13,6 +13,7 @@
 #include "app/action_registry.h"
 #include "app/confirm_record_mode_form.h"
 #include "app/elided_label.h"
+#include "app/export_form.h"
 #include "app/line_gauge.h"
 #include "app/main_form.h"
 #include "app/goto_form.h"
@@ -137,6 +138,7 @@ void TFormMain::btnSaveRecordFileClick()
 void TFormMain::SetRecordOnControls()
 {
     TrigPanel->clearRecognised(); // what fires in this recording
+    FormExport->close();          // tool windows close when a recording starts
     if (FormGoto != nullptr)
         FormGoto->close(); // its searches read the file the recording writes
     TrigPanel->setRecording(true);

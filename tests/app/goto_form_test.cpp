@@ -48,6 +48,7 @@ struct Goto {
         SetGlobalLang(kLangEnglish);
         b.write(path);
         grid.resize(600, 300);
+        grid.show();
         EXPECT_TRUE(grid.OpenRecording(QString::fromStdString(path)));
         form.InitialLoads();
         form.showPage(GotoPage::Search);
@@ -181,7 +182,10 @@ TEST(GotoForm, TheDeltaPageMeasuresBetweenTheTwoMps)
     EXPECT_EQ(g.find<QLineEdit>("edtMPDeltaTimeUSec")->text(), "1500000");
     EXPECT_EQ(g.find<QLineEdit>("edtMPDeltaTimeMSec")->text(), "1500");
     EXPECT_EQ(g.find<QLineEdit>("edtMPDeltaTimeSec")->text(), "2"); // 1.5 s rounds away from zero
-    EXPECT_TRUE(g.find<QLineEdit>("edtMPDeltaTime")->text().contains("00:00:01,500000"));
+    EXPECT_TRUE(g.find<QLineEdit>("edtMPDeltaTime")->text().contains("day(s)  00:00:01,500000"));
+    SetGlobalLang(kLangGerman); // the day word follows a language switch
+    g.form.InitialLoads();
+    EXPECT_TRUE(g.find<QLineEdit>("edtMPDeltaTime")->text().contains("Tag(e)"));
 }
 
 TEST(GotoForm, StopEndsALongSearchWithoutAWord)

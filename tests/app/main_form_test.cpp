@@ -18,6 +18,7 @@
 #include <fstream>
 
 #include "app/action_registry.h"
+#include "app/goto_form.h"
 #include "app/main_form.h"
 #include "app/message_form.h"
 #include "capture/recording_session.h"
@@ -135,7 +136,7 @@ TEST(MainForm, HasTheNamedRegionsAndComponents)
           "btnInsertTrigger", "btnTrigListMinMax"})
         EXPECT_NE(win.w->findChild<QObject *>(name), nullptr) << name;
     // Features of later versions are there, disabled, and say so.
-    for (const char *name : {"actExportToFile", "actPrintReport", "actGotoMP", "actSearch", "actOptions"}) {
+    for (const char *name : {"actPrintReport", "actHelp", "actWebUpdate", "actOptions"}) {
         QAction *a = win.act(name);
         ASSERT_NE(a, nullptr) << name;
         EXPECT_FALSE(a->isEnabled()) << name;
@@ -219,10 +220,10 @@ TEST(MainForm, ControlsAreLockedWhileRecordingAndRestoredAfter)
                                               "actExit", "actLoadEnvironment", "actSaveEnvironment",
                                               "actLangGerman", "actLangEnglish", "actScrollTop", "actScrollEnd",
                                               "actAppend", "actReplace", "actTrigInsert", "actTrigRemove",
-                                              "actTrigGridReset"};
+                                              "actTrigGridReset", "actExportToFile"};
     for (const char *n : locked)
         ASSERT_TRUE(win.act(n)->isEnabled()) << n;
-    ASSERT_FALSE(win.act("actExportToFile")->isEnabled()); // disabled before: must stay so after
+    ASSERT_FALSE(win.act("actPrintReport")->isEnabled()); // disabled before: must stay so after
     EXPECT_TRUE(baud->isEnabled());
 
     win.click("btnREC");
@@ -238,7 +239,7 @@ TEST(MainForm, ControlsAreLockedWhileRecordingAndRestoredAfter)
     win.click("btnSTOP");
     for (const char *n : locked)
         EXPECT_TRUE(win.act(n)->isEnabled()) << n;
-    EXPECT_FALSE(win.act("actExportToFile")->isEnabled());
+    EXPECT_FALSE(win.act("actPrintReport")->isEnabled());
     EXPECT_TRUE(baud->isEnabled());
     EXPECT_TRUE(win.act("actStart")->isEnabled());
     EXPECT_TRUE(win.find<QWidget>("pnlCCTrigPanel")->isEnabled());
@@ -551,6 +552,33 @@ TEST(MainForm, AnEnvironmentsActionsRunOnlyAfterTheUserAgreed)
         std::string line;
         EXPECT_EQ(static_cast<bool>(std::getline(agreed, line)), answer == MsgResult::Yes);
     }
+}
+
+// The four goto actions open the tool window on their page; a recording closes it, and
+// its pages come back after a restart.
+TEST(MainForm, TheGotoWindowOpensOnItsPagesAndKeepsThem)
+{
+    std::string ini;
+    {
+        Window win;
+        const std::pair<const char *, int> pages[] = {
+            {"actGotoMP", GotoPage::Mp}, {"actGotoTriggerPoint", GotoPage::TriggerPoint},
+            {"actDeltaTime", GotoPage::Delta}, {"actSearch", GotoPage::Search}};
+        for (auto [action, page] : pages) {
+            win.act(action)->trigger();
+            EXPECT_TRUE(win.w->gotoForm().isVisible()) << action;
+            EXPECT_EQ(win.w->gotoForm().pageIndex(), page) << action;
+        }
+        win.w->gotoForm().setPageIndexes(GotoPage::Search, SearchPage::Time);
+        win.click("btnREC");
+        EXPECT_FALSE(win.w->gotoForm().isVisible());
+        win.click("btnSTOP");
+        win.w->show();
+        ASSERT_TRUE(win.w->close());
+        std::ifstream f(win.dir.path() / "Kestrel.ini");
+        ini.assign(std::istreambuf_iterator<char>(f), {});
+    }
+    EXPECT_NE(ini.find("ControlSearchPageIndex=3"), std::string::npos) << ini;
 }
 
 TEST(MainForm, SettingsSurviveARestart)

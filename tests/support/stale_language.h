@@ -19,20 +19,24 @@
 namespace kestrel::test {
 
 // Texts of the table in the language at offset `other` that the current language says differently.
+// A text that is also one of the current language's (such as "Signal", German for a
+// tab and English for another word) is not counted.
 inline QSet<QString> OtherLanguageTexts(int other)
 {
-    QSet<QString> out;
+    QSet<QString> theirs, ours;
     const int own = other == kLangGerman ? kLangEnglish : kLangGerman;
     for (int n = 1; n < kLangEnglish; ++n) {
-        const auto theirs = FindStr(n + other);
-        const auto ours = FindStr(n + own);
-        if (!theirs || !ours || *theirs == *ours)
+        const auto t = FindStr(n + other);
+        const auto o = FindStr(n + own);
+        if (o)
+            ours.insert(QString::fromStdString(*o).remove('&').trimmed());
+        if (!t || !o || *t == *o)
             continue;
-        QString t = QString::fromStdString(*theirs).remove('&').trimmed();
-        if (t.size() >= 3)
-            out.insert(t);
+        QString text = QString::fromStdString(*t).remove('&').trimmed();
+        if (text.size() >= 3)
+            theirs.insert(text);
     }
-    return out;
+    return theirs - ours;
 }
 
 // "where: text" for every shown text that is one of the other language's.

@@ -613,7 +613,10 @@ void RecordGrid::GotoMp(std::int64_t mp)
 void RecordGrid::ShowFound(std::int64_t mp)
 {
     GotoMp(mp);
-    row_ = 1;
+    // In the last page the MP cannot come up to the first row: the current row is its row
+    // there, so the next search goes on from it.
+    const std::int64_t perRow = std::max<std::int64_t>(1, StepMps(shape_));
+    row_ = static_cast<int>(std::clamp<std::int64_t>((mp - position_ - 1) / perRow + 1, 1, std::max(1, dataRows_)));
     viewport()->update();
     RefreshStatusLine();
 }

@@ -109,7 +109,8 @@ public slots:
     void scrollToTop();
     void scrollToEnd();
     void GotoMp(std::int64_t mp); // puts MP mp into the top row
-    // A search found MP mp: it goes into the first data row, which becomes the current row.
+    // A search found MP mp: it goes into the first data row (or, in the last page, its row),
+    // which becomes the current row.
     void ShowFound(std::int64_t mp);
     // Display hold and following the newest MPs.
     void SetHold(bool on);
