@@ -20,13 +20,12 @@
 #include "app/export_form.h"
 #include "base/prompt.h"
 #include "bench_recording.h"
+#include "loop_gaps.h"
 #include "export/export_run.h"
 
 using namespace kestrel;
 
 namespace {
-
-constexpr int kTickMs = 10;
 
 // Every question answered yes (replace the last run's file), every message noted.
 class YesPrompter final : public Prompter {
@@ -35,43 +34,6 @@ public:
     {
         std::fprintf(stderr, "message: %s\n", text.c_str());
         return MsgResult::Yes;
-    }
-};
-
-// Largest and mean gap between the ticks of a timer that should fire every kTickMs.
-struct LoopGaps {
-    QTimer timer;
-    QElapsedTimer clock;
-    qint64 last = 0;
-    qint64 worst = 0;
-    qint64 sum = 0;
-    qint64 ticks = 0;
-
-    LoopGaps()
-    {
-        timer.setTimerType(Qt::PreciseTimer);
-        timer.setInterval(kTickMs);
-        QObject::connect(&timer, &QTimer::timeout, [this] {
-            const qint64 now = clock.nsecsElapsed();
-            if (std::getenv("KESTREL_BENCH_GAPS") && now - last > 40'000'000)
-                std::fprintf(stderr, "gap %.1f ms at %.3f s\n", static_cast<double>(now - last) / 1e6, static_cast<double>(now) / 1e9);
-            worst = std::max(worst, now - last);
-            sum += now - last;
-            ++ticks;
-            last = now;
-        });
-    }
-    void start()
-    {
-        clock.start();
-        last = 0;
-        timer.start();
-    }
-    void stop()
-    {
-        // The time since the last tick counts too: a loop that never ran shows as one long gap.
-        worst = std::max(worst, clock.nsecsElapsed() - last);
-        timer.stop();
     }
 };
 
@@ -115,7 +77,7 @@ int main(int argc, char **argv)
     auto *stopButton = form.findChild<QPushButton *>("btnStop");
 
     // A whole export through the window, with the loop watched.
-    LoopGaps gaps;
+    bench::LoopGaps gaps;
     QCoreApplication::processEvents();
     gaps.start();
     const auto t0 = std::chrono::steady_clock::now();

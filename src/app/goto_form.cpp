@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QDateEdit>
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -45,6 +46,9 @@ constexpr int TimeValue = 7752, Forward = 7753, Backward = 7754, Stop = 7755, Ca
 constexpr int AbsoluteTime = 7758, DeltaTime = 7759, Seconds = 7760, Millis = 7761, Micros = 7762;
 constexpr int Rounded = 7763, GotoMp = 7764, GotoTrigger = 7765, BackToStart = 7766, Unreadable = 7767;
 } // namespace Txt
+
+// How often a search lets the event loop run.
+constexpr qint64 kPumpEveryMs = 8;
 
 // The highest trigger number a mark can carry.
 constexpr int kMaxTriggerPoint = 256;
@@ -534,10 +538,18 @@ void TFormGoto::Search(int direction)
     btnSearchStop->setEnabled(true);
     SearchHooks hooks;
     hooks.stop = &stop_;
-    hooks.pumpInterval = 1 << 16;
-    hooks.progress = [this](int percent) {
-        ProgressBar1->setValue(std::clamp(percent, 0, 100));
-        QCoreApplication::processEvents(); // the window and the recording's display stay alive
+    hooks.pumpInterval = 1 << 14;
+    // The window and the recording's display stay alive: the event loop runs every few
+    // milliseconds, not at every pump (a pump every 64 Ki MPs would cost more than the scan).
+    QElapsedTimer sincePump; // invalid until the first pump: that one comes at once
+    hooks.progress = [this, &sincePump](int percent) {
+        percent = std::clamp(percent, 0, 100);
+        if (sincePump.isValid() && sincePump.elapsed() < kPumpEveryMs)
+            return;
+        if (ProgressBar1->value() != percent)
+            ProgressBar1->setValue(percent);
+        QCoreApplication::processEvents();
+        sincePump.start();
     };
     const SearchOutcome found = RunSearch(reader, r, hooks);
     searching_ = false;
