@@ -429,6 +429,9 @@ TEST(MainForm, LanguageSwitchRelabelsTheWindow)
 TEST(MainForm, NoTextOfTheOtherLanguageStaysAfterASwitch)
 {
     Window win;
+    win.act("actSearch")->trigger(); // the tool windows that exist switch with the window
+    win.act("actExportToFile")->trigger();
+    (void)win.w->triggerEditor();
     win.act("actLangEnglish")->trigger();
     EXPECT_EQ(test::StaleTexts(win.w.get(), kLangGerman).join("\n").toStdString(), "");
     win.act("actLangGerman")->trigger();
