@@ -44,6 +44,7 @@
 #include "config/hardware_profile.h"
 #include "config/program_config.h"
 #include "config/startup_settings.h"
+#include "base/build_info.h"
 #include "base/string_table.h"
 
 namespace kestrel {
@@ -333,7 +334,11 @@ void TFormMain::actLangEnglishExecute()
 
 void TFormMain::actAboutExecute()
 {
-    prompter_->ShowMessage(Str(7629), Str(7650), Buttons::Ok, Icon::Information);
+    std::string title = Str(7629);
+    title.erase(std::remove(title.begin(), title.end(), '&'), title.end());
+    if (title.size() > 3 && title.compare(title.size() - 3, 3, "...") == 0)
+        title.resize(title.size() - 3); // "About Kestrel...": the menu's dots are not the box's
+    prompter_->ShowMessage(title, AboutText(qVersion()), Buttons::Ok, Icon::Information);
 }
 
 void TFormMain::showEvent(QShowEvent *event)

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "base/build_info.h"
 #include "base/string_table.h"
 
 using namespace kestrel;
@@ -46,4 +47,20 @@ TEST(StringTable, LineParserRejectsMalformedLines)
     EXPECT_EQ(e.number, 7);
     EXPECT_EQ(e.german, "Eins\\Zwei");
     EXPECT_EQ(e.english, "One");
+}
+
+// The about text names the build's version and date, the Qt it runs with and the
+// licences, in the active language.
+TEST(AboutText, NamesVersionQtAndLicencesInTheActiveLanguage)
+{
+    kestrel::SetGlobalLang(kestrel::kLangEnglish);
+    const std::string about = kestrel::AboutText("6.4.2");
+    EXPECT_NE(about.find("Version " + kestrel::BuildVersion() + ", built on " + kestrel::BuildDate()), std::string::npos)
+        << about;
+    EXPECT_NE(about.find("Qt 6.4.2"), std::string::npos);
+    EXPECT_NE(about.find("LGPL-3.0"), std::string::npos);
+    EXPECT_FALSE(kestrel::BuildVersion().empty());
+    EXPECT_EQ(kestrel::BuildDate().size(), 10u); // YYYY-MM-DD
+    kestrel::SetGlobalLang(kestrel::kLangGerman);
+    EXPECT_NE(kestrel::AboutText("6.4.2").find("gebaut am"), std::string::npos);
 }

@@ -96,6 +96,9 @@ TEST(CliRecordings, EveryCommandHasHelpAndRefusesBadOptionsByName)
         EXPECT_EQ(cli(std::string(command) + " --help").code, 0) << command;
     }
     EXPECT_EQ(cli("").code, 2);
+    const CliRun version = cli("--version");
+    EXPECT_EQ(version.code, 0);
+    EXPECT_EQ(version.out.rfind("kestrel-cli ", 0), 0u) << version.out;
     const CliRun unknown = cli("replay " + f.rec);
     EXPECT_EQ(unknown.code, 2);
     EXPECT_NE(unknown.out.find("unknown command 'replay'"), std::string::npos) << unknown.out;

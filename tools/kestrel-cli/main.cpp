@@ -9,6 +9,7 @@
 #include <new>
 #include <string>
 
+#include "base/build_info.h"
 #include "cli_common.h"
 #include "command.h"
 
@@ -60,6 +61,7 @@ int main(int argc, char **argv)
     app.fallthrough();
     bool verbose = false;
     app.add_flag("-v,--verbose", verbose, "log what the ports, capture and recorder do (to standard error)");
+    app.set_version_flag("--version", "kestrel-cli " + kestrel::BuildVersion() + " (built " + kestrel::BuildDate() + ")");
 
     auto commands = Commands();
     std::sort(commands.begin(), commands.end(), [](const auto &a, const auto &b) { return std::strcmp(a.name, b.name) < 0; });
@@ -79,6 +81,8 @@ int main(int argc, char **argv)
     } catch (const CLI::CallForHelp &e) {
         return app.exit(e);
     } catch (const CLI::CallForAllHelp &e) {
+        return app.exit(e);
+    } catch (const CLI::CallForVersion &e) {
         return app.exit(e);
     } catch (const CLI::ParseError &e) {
         const std::vector<CLI::App *> path = parsedCommands(app);
