@@ -26,6 +26,14 @@ ProfileConfirmResult ConfirmHardwareProfile(Prompter &prompter, const std::files
     std::error_code ec;
     const bool exists = std::filesystem::exists(path, ec);
     if (exists) {
+        // Nothing edited (or edited back): no question that says it was changed.
+        const IniReadResult current = ReadIniFile(path);
+        if (current.status.ok() && !current.notSettingsFile &&
+            ReadHardwareProfile(current.ini, listsInUse) == fields) {
+            result.outcome = ProfileConfirmOutcome::Unchanged;
+            result.profileList = ListHardwareProfiles(dataFolder);
+            return result;
+        }
         const int answer = prompter.ShowMessage(Str(kTitleConfirmation), Str(kMsgOverwriteProfile), Buttons::YesNo,
                                                 Icon::Confirmation);
         if (answer != MsgResult::Yes) {

@@ -1,6 +1,7 @@
 #pragma once
 // Confirming the options dialog's hardware profile: an existing profile file is
-// overwritten only after the user says yes; a new name creates the file.
+// overwritten only after the user says yes; a new name creates the file; a file
+// that holds the fields already is taken as it is, without a question.
 // The dialog calls this, acts on the outcome and shows a failed one's result.
 
 #include <filesystem>
@@ -16,6 +17,7 @@ namespace kestrel {
 
 enum class ProfileConfirmOutcome {
     Written,  // the profile file holds the fields and is the profile in use; close the dialog
+    Unchanged, // the file held the fields already: nothing asked or written; it is the profile in use
     Declined, // the user kept the file: profile holds its values again and the dialog stays open
     Failed,   // bad name or the file could not be written (see status); the dialog stays open
 };
