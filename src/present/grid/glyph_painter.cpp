@@ -69,8 +69,6 @@ void DrawLetters(QPainter &p, const QRect &cell, const LetterDrawing &d, double 
     p.restore();
 }
 
-QColor ToColour(Rgb c) { return QColor(c.r, c.g, c.b); }
-
 } // namespace
 
 void TextOutUnicode(QPainter &p, const QRect &cell, char16_t glyph, Qt::Alignment horizontal, double scale)
@@ -138,7 +136,7 @@ void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, co
     }
 }
 
-void DrawWaveform(QPainter &p, const QRect &cell, int waveCase, bool fill)
+void DrawWaveform(QPainter &p, const QRect &cell, int waveCase, bool fill, const QColor &line, const QColor &band)
 {
     const WaveShape &shape = WaveformShape(waveCase);
     // One pixel in, so that the 2-pixel pen is not half clipped at the edge.
@@ -149,16 +147,16 @@ void DrawWaveform(QPainter &p, const QRect &cell, int waveCase, bool fill)
     p.save();
     p.setClipRect(cell);
     if (fill && shape.fillable)
-        p.fillRect(QRect(QPoint(x0, top), QPoint(x1, bottom)), ToColour(kWaveFillColour));
-    QPen pen(ToColour(kWavePenColour), kWavePenWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
+        p.fillRect(QRect(QPoint(x0, top), QPoint(x1, bottom)), band);
+    QPen pen(line, kWavePenWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
     p.setPen(pen);
-    p.setBrush(QBrush(ToColour(kWaveFillColour), Qt::SolidPattern));
-    QPolygon line;
+    p.setBrush(QBrush(band, Qt::SolidPattern));
+    QPolygon levels;
     for (int i = 0; i < shape.count; ++i) {
         const WavePoint &pt = shape.points[static_cast<std::size_t>(i)];
-        line << QPoint(pt.high ? x1 : x0, pt.bottom ? bottom : top);
+        levels << QPoint(pt.high ? x1 : x0, pt.bottom ? bottom : top);
     }
-    p.drawPolyline(line);
+    p.drawPolyline(levels);
     p.restore();
 }
 

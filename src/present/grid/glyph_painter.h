@@ -3,6 +3,7 @@
 // glyph, caret and mnemonic drawings use the monospace cell font at the
 // sizes of the character panel; the caller's pen, brush and font are kept.
 
+#include <QColor>
 #include <QFont>
 #include <QRect>
 #include <QString>
@@ -32,6 +33,6 @@ void DrawByteCell(QPainter &p, const QRect &cell, const CellContent &content, co
                   int zoomPercent = 100);
 
 // The level line of one cell (case 0..7); fill paints the high band first.
-void DrawWaveform(QPainter &p, const QRect &cell, int waveCase, bool fill);
+void DrawWaveform(QPainter &p, const QRect &cell, int waveCase, bool fill, const QColor &line, const QColor &band);
 
 } // namespace kestrel::grid

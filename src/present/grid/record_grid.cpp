@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "present/grid/glyph_painter.h"
+#include "present/grid/grid_options.h"
 #include "present/grid/grid_texts.h"
 #include "present/grid/live_repaint.h"
 #include "present/grid/live_source.h"
@@ -30,34 +31,12 @@ namespace {
 
 QString Q(const std::string &s) { return QString::fromStdString(s); }
 
-// Cell colours of marks: background, text.
-struct MarkColours {
-    QColor back, fore;
-};
-
-MarkColours ColoursOf(MarkStyle s)
-{
-    switch (s) {
-    case MarkStyle::SystemStart: return {QColor(200, 230, 201), QColor(27, 94, 32)};
-    case MarkStyle::SystemStop: return {QColor(255, 205, 210), QColor(183, 28, 28)};
-    case MarkStyle::SystemOther: return {QColor(207, 216, 220), QColor(38, 50, 56)};
-    case MarkStyle::TriggerStart: return {QColor(255, 224, 178), QColor(191, 54, 12)};
-    case MarkStyle::TriggerStop: return {QColor(225, 190, 231), QColor(74, 20, 140)};
-    case MarkStyle::TriggerDetected: return {QColor(255, 249, 196), QColor(130, 119, 23)};
-    case MarkStyle::None: break;
-    }
-    return {QColor(Qt::white), QColor(Qt::black)};
-}
-
-const QColor kD2RowTint(246, 248, 255);
-const QColor kGridLine(208, 208, 208);
-const QColor kDescription(21, 67, 140);
-const QColor kErrorBack(211, 47, 47);
 
 } // namespace
 
 RecordGrid::RecordGrid(QWidget *parent)
-    : QAbstractScrollArea(parent), times_(std::make_unique<TimeTextFormatter>(TimeLocale::System(), -1))
+    : QAbstractScrollArea(parent), times_(std::make_unique<TimeTextFormatter>(TimeLocale::System(), -1)),
+      gridOptions_(kDefaultGridOptions)
 {
     setObjectName(QStringLiteral("DrawGrid1"));
     verticalScrollBar()->setObjectName(QStringLiteral("ScrollBar1"));
@@ -96,6 +75,85 @@ RecordGrid::~RecordGrid()
 }
 
 int RecordGrid::Lang() const { return GlobalLang(); }
+
+GridColours RecordGrid::Colours() const
+{
+    GridColours c = IsDarkBase(palette().base().color()) ? DarkGridColours() : LightGridColours();
+    if (rowTintD2_.isValid())
+        c.d2RowTint = rowTintD2_;
+    if (gridLineColour_.isValid())
+        c.gridLine = gridLineColour_;
+    if (descriptionColour_.isValid())
+        c.description = descriptionColour_;
+    if (currentCellBack_.isValid())
+        c.currentCell = currentCellBack_;
+    if (errorBack_.isValid())
+        c.errorBack = errorBack_;
+    if (errorText_.isValid())
+        c.errorText = errorText_;
+    if (waveLine_.isValid())
+        c.waveLine = waveLine_;
+    if (waveFill_.isValid())
+        c.waveFill = waveFill_;
+    if (markStartBack_.isValid())
+        c.markBack[static_cast<std::size_t>(MarkIndex(MarkStyle::SystemStart))] = markStartBack_;
+    if (markStartText_.isValid())
+        c.markText[static_cast<std::size_t>(MarkIndex(MarkStyle::SystemStart))] = markStartText_;
+    if (markStopBack_.isValid())
+        c.markBack[static_cast<std::size_t>(MarkIndex(MarkStyle::SystemStop))] = markStopBack_;
+    if (markStopText_.isValid())
+        c.markText[static_cast<std::size_t>(MarkIndex(MarkStyle::SystemStop))] = markStopText_;
+    if (markOtherBack_.isValid())
+        c.markBack[static_cast<std::size_t>(MarkIndex(MarkStyle::SystemOther))] = markOtherBack_;
+    if (markOtherText_.isValid())
+        c.markText[static_cast<std::size_t>(MarkIndex(MarkStyle::SystemOther))] = markOtherText_;
+    if (triggerStartBack_.isValid())
+        c.markBack[static_cast<std::size_t>(MarkIndex(MarkStyle::TriggerStart))] = triggerStartBack_;
+    if (triggerStartText_.isValid())
+        c.markText[static_cast<std::size_t>(MarkIndex(MarkStyle::TriggerStart))] = triggerStartText_;
+    if (triggerStopBack_.isValid())
+        c.markBack[static_cast<std::size_t>(MarkIndex(MarkStyle::TriggerStop))] = triggerStopBack_;
+    if (triggerStopText_.isValid())
+        c.markText[static_cast<std::size_t>(MarkIndex(MarkStyle::TriggerStop))] = triggerStopText_;
+    if (triggerSeenBack_.isValid())
+        c.markBack[static_cast<std::size_t>(MarkIndex(MarkStyle::TriggerDetected))] = triggerSeenBack_;
+    if (triggerSeenText_.isValid())
+        c.markText[static_cast<std::size_t>(MarkIndex(MarkStyle::TriggerDetected))] = triggerSeenText_;
+    return c;
+}
+
+void RecordGrid::ResetColours()
+{
+    rowTintD2_ = QColor();
+    gridLineColour_ = QColor();
+    descriptionColour_ = QColor();
+    currentCellBack_ = QColor();
+    errorBack_ = QColor();
+    errorText_ = QColor();
+    waveLine_ = QColor();
+    waveFill_ = QColor();
+    markStartBack_ = QColor();
+    markStartText_ = QColor();
+    markStopBack_ = QColor();
+    markStopText_ = QColor();
+    markOtherBack_ = QColor();
+    markOtherText_ = QColor();
+    triggerStartBack_ = QColor();
+    triggerStartText_ = QColor();
+    triggerStopBack_ = QColor();
+    triggerStopText_ = QColor();
+    triggerSeenBack_ = QColor();
+    triggerSeenText_ = QColor();
+    viewport()->update();
+}
+
+int RecordGrid::GridOptions() const { return GridOptionsWithLines(gridOptions_, modes_.gridLines()); }
+
+void RecordGrid::SetGridOptions(int options)
+{
+    gridOptions_ = options;
+    setGridLines(GridLinesOf(LinesOfGridOptions(options)));
+}
 
 // --- recording ---------------------------------------------------------
 
@@ -828,6 +886,7 @@ void RecordGrid::paintEvent(QPaintEvent *event)
     QPainter p(viewport());
     const QRect dirty = event->rect();
     p.setFont(textFont_);
+    colours_ = Colours(); // once per paint, not per cell
     // The visible columns, left to right (a column of no width has no cell).
     int left = INT_MAX, right = INT_MIN;
     for (int col = 0; col < shape_.columns; ++col) {
@@ -877,12 +936,12 @@ void RecordGrid::paintEvent(QPaintEvent *event)
         for (int col = 0; col < shape_.columns; ++col) {
             const QRect r = CellRect(col, firstRow);
             if (!r.isEmpty())
-                p.fillRect(QRect(r.right(), top, 1, height), kGridLine);
+                p.fillRect(QRect(r.right(), top, 1, height), colours_.gridLine);
         }
     }
     if (lines.horizontal)
         for (int row = firstRow; row <= lastRow; ++row)
-            p.fillRect(QRect(left, (row + 1) * shape_.rowHeight - 1, right - left + 1, 1), kGridLine);
+            p.fillRect(QRect(left, (row + 1) * shape_.rowHeight - 1, right - left + 1, 1), colours_.gridLine);
     const QRect current = CellRect(col_, row_);
     if (hasFocus() && !current.isEmpty() && current.intersects(dirty)) {
         p.setPen(QPen(palette().highlight().color(), 1, Qt::DotLine));
@@ -893,7 +952,7 @@ void RecordGrid::paintEvent(QPaintEvent *event)
 
 QColor RecordGrid::RowBack(int row) const
 {
-    return RoleOf(shape_, 0, row).d2 ? kD2RowTint : palette().base().color();
+    return RoleOf(shape_, 0, row).d2 ? colours_.d2RowTint : palette().base().color();
 }
 
 void RecordGrid::PaintHeaderCell(QPainter &p, int col, const QRect &r)
@@ -917,7 +976,7 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
 {
     // The row is filled already; only the current cell stands out.
     if (col == col_ && row == row_)
-        p.fillRect(r, palette().highlight().color().lighter(170));
+        p.fillRect(r, colours_.currentCell);
 
     if (!cleared_) {
         const GridCell cell = DescribeCell(Frame(), col, row, *times_);
@@ -930,7 +989,7 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
             p.setClipRect(r);
             QColor c = fore;
             if (cell.tone == TextTone::Description)
-                c = kDescription;
+                c = colours_.description;
             else if (cell.tone == TextTone::Dim)
                 c = palette().mid().color();
             if (cell.tone == TextTone::LineName) {
@@ -948,15 +1007,15 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
             DrawByteCell(p, r, cell.byte, textFont_, zoom_);
             break;
         case ContentKind::Waveform:
-            DrawWaveform(p, r, cell.waveCase, modes_.fillWaveform());
+            DrawWaveform(p, r, cell.waveCase, modes_.fillWaveform(), colours_.waveLine, colours_.waveFill);
             break;
         case ContentKind::Mark: {
-            const MarkColours mc = ColoursOf(cell.mark);
+            const auto mark = static_cast<std::size_t>(MarkIndex(cell.mark));
             const QRect badge = r.adjusted(2, 1, -2, -2);
             p.save();
             p.setRenderHint(QPainter::Antialiasing, true);
-            p.setPen(mc.fore);
-            p.setBrush(mc.back);
+            p.setPen(colours_.markText[mark]);
+            p.setBrush(colours_.markBack[mark]);
             p.drawRoundedRect(badge, 3, 3);
             QFont f = textFont_;
             f.setBold(true);
@@ -981,8 +1040,8 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
             const std::string letters = ErrorLetters(cell.errors);
             for (char letter : letters) {
                 const QRect tile(x, r.top() + 3, 9, r.height() - 6);
-                p.fillRect(tile, kErrorBack);
-                p.setPen(Qt::white);
+                p.fillRect(tile, colours_.errorBack);
+                p.setPen(colours_.errorText);
                 p.drawText(tile, Qt::AlignCenter, QString(QChar::fromLatin1(letter)));
                 x += 11;
             }

@@ -16,6 +16,7 @@
 #include "record/record_reader.h"
 #include "present/grid/cell_content.h"
 #include "present/grid/fetch_buffer.h"
+#include "present/grid/grid_colours.h"
 #include "present/grid/grid_keys.h"
 #include "present/grid/view_modes.h"
 
@@ -31,6 +32,28 @@ struct PassRequest;
 
 class RecordGrid : public QAbstractScrollArea {
     Q_OBJECT
+    // Colours a style sheet may set (qproperty-waveLine: #9aa4b1); an unset one
+    // follows the palette's light or dark set (grid_colours.h).
+    Q_PROPERTY(QColor rowTintD2 MEMBER rowTintD2_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor gridLineColour MEMBER gridLineColour_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor descriptionColour MEMBER descriptionColour_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor currentCellBack MEMBER currentCellBack_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor errorBack MEMBER errorBack_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor errorText MEMBER errorText_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor waveLine MEMBER waveLine_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor waveFill MEMBER waveFill_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor markStartBack MEMBER markStartBack_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor markStartText MEMBER markStartText_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor markStopBack MEMBER markStopBack_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor markStopText MEMBER markStopText_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor markOtherBack MEMBER markOtherBack_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor markOtherText MEMBER markOtherText_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor triggerStartBack MEMBER triggerStartBack_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor triggerStartText MEMBER triggerStartText_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor triggerStopBack MEMBER triggerStopBack_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor triggerStopText MEMBER triggerStopText_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor triggerSeenBack MEMBER triggerSeenBack_ NOTIFY coloursChanged)
+    Q_PROPERTY(QColor triggerSeenText MEMBER triggerSeenText_ NOTIFY coloursChanged)
 public:
     explicit RecordGrid(QWidget *parent = nullptr);
     ~RecordGrid() override;
@@ -80,6 +103,15 @@ public:
     [[nodiscard]] int zoom() const { return zoom_; }
     // The font of the cells' texts.
     [[nodiscard]] const QFont &textFont() const { return textFont_; }
+    // The colours painted now: those a style sheet set, the others from the set that
+    // suits the palette's base. ResetColours forgets what a style sheet set, before
+    // another one is applied.
+    [[nodiscard]] GridColours Colours() const;
+    void ResetColours();
+    // The option set as Kestrel.ini keeps it (grid_options.h): the grid lines now
+    // shown, and every other bit as it was set.
+    [[nodiscard]] int GridOptions() const;
+    void SetGridOptions(int options);
     // The text property the copy action sets.
     [[nodiscard]] QString text() const { return text_; }
     // The relative time base (reset by the recorder, taken from MP 1 on fetch).
@@ -148,6 +180,8 @@ signals:
     void zoomChanged(int percent);
     // A view that does not exist was asked for (the window tells the user).
     void viewUnavailable(int view);
+    // A style sheet set one of the colour properties.
+    void coloursChanged();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -224,6 +258,29 @@ private:
     LiveSource *live_ = nullptr;
     std::unique_ptr<RedrawThread> redraw_;
     bool cleared_ = false;
+    GridColours colours_; // of the paint in progress
+    int gridOptions_; // the bits the grid carries along besides its lines
+    // Set by a style sheet; invalid: the palette's set decides.
+    QColor rowTintD2_;
+    QColor gridLineColour_;
+    QColor descriptionColour_;
+    QColor currentCellBack_;
+    QColor errorBack_;
+    QColor errorText_;
+    QColor waveLine_;
+    QColor waveFill_;
+    QColor markStartBack_;
+    QColor markStartText_;
+    QColor markStopBack_;
+    QColor markStopText_;
+    QColor markOtherBack_;
+    QColor markOtherText_;
+    QColor triggerStartBack_;
+    QColor triggerStartText_;
+    QColor triggerStopBack_;
+    QColor triggerStopText_;
+    QColor triggerSeenBack_;
+    QColor triggerSeenText_;
 };
 
 } // namespace kestrel::grid

@@ -24,12 +24,7 @@ struct WaveShape {
 // Step width: (cell width / 10) * 6, the division first.
 [[nodiscard]] constexpr int WaveStepWidth(int cellWidth) { return (cellWidth / 10) * 6; }
 
-// Pen and fill colours of the waveform (RGB).
-struct Rgb {
-    std::uint8_t r = 0, g = 0, b = 0;
-};
-inline constexpr Rgb kWavePenColour{128, 128, 128};   // line pen
-inline constexpr Rgb kWaveFillColour{192, 192, 192};  // fill brush
+// Pen width of the waveform; its colours follow the grid's (grid_colours.h).
 inline constexpr int kWavePenWidth = 2;
 
 } // namespace kestrel::grid

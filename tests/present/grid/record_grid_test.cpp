@@ -38,7 +38,10 @@ QApplication &App()
     static int argc = 1;
     static char name[] = "test_gridview";
     static char *argv[] = {name, nullptr};
-    // Never destroyed: tearing Qt down during static destruction crashes.
+    // Never destroyed: tearing Qt down during static destruction crashes. Another test
+    // file of this program may have made it already.
+    if (auto *made = qobject_cast<QApplication *>(QCoreApplication::instance()))
+        return *made;
     static QApplication *app = new QApplication(argc, argv);
     return *app;
 }
