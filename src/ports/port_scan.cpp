@@ -106,6 +106,21 @@ std::vector<std::string> ScanSerialPorts(const ScanRoots &roots)
     return out;
 }
 
+std::string PortDisplayName(const std::string &device)
+{
+    const fs::path path(device);
+    if (path.parent_path().filename() != "by-id" || path.parent_path().parent_path().filename() != "serial")
+        return device;
+    std::error_code ec;
+    const fs::path link = fs::read_symlink(path, ec);
+    if (ec)
+        return device; // not a link (any more): the path is all there is to show
+    const fs::path target = fs::weakly_canonical(path.parent_path() / link, ec);
+    if (ec)
+        return device;
+    return path.filename().string() + "  (" + target.string() + ")";
+}
+
 bool IsLockedByLockFile(const std::string &device, const std::string &lockDir)
 {
     std::error_code ec;
