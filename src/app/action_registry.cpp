@@ -120,8 +120,8 @@ constexpr std::array kActions = {
     ActionDef{"actZoomOut",            7801, 0, nullptr, false, false, "Ctrl+-", nullptr},
     ActionDef{"actZoomReset",          7802, 0, nullptr, false, false, "Ctrl+0", nullptr},
     // options and language
-    ActionDef{"actOptions",            7620, 0, nullptr, false, true,  nullptr, nullptr},
-    ActionDef{"actPortOptions",        7621, 0, nullptr, false, true,  nullptr, nullptr},
+    ActionDef{"actOptions",            7620, 0, nullptr, false, false, nullptr, nullptr},
+    ActionDef{"actPortOptions",        7621, 0, nullptr, false, false, nullptr, nullptr},
     ActionDef{"actLangGerman",         7622, 0, nullptr, true,  false, nullptr, "language"},
     ActionDef{"actLangEnglish",        7623, 0, nullptr, true,  false, nullptr, "language"},
     // help and web

@@ -26,6 +26,7 @@
 #include "app/export_form.h"
 #include "app/line_gauge.h"
 #include "app/message_form.h"
+#include "app/options_form.h"
 #include "app/progress_form.h"
 #include "present/grid/grid_layout.h"
 #include "present/grid/record_grid.h"
@@ -155,8 +156,10 @@ void TFormMain::StartupPrepare()
     for (auto [view, settings] : {std::pair{1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}})
         settings->columnWidths = BuiltInColumnWidths(view, settings->columnWidths.size());
     config_->GlobalLang = GlobalLang(); // an unknown installer hint keeps the language we run in
+    prepareOptionsBeforeLoad();
     (void)LoadMainConfiguration(std::filesystem::path(dataFolder_), *config_);
     applyConfiguration();
+    applyOptionsAfterLoad();
 
     // Files named on the command line win over the ones the configuration and environment name.
     environmentFile_ = args_.environmentFile.empty() ? EnvironmentFilePath(config_->EnvironmentFilename, dataFolder_)
@@ -301,6 +304,8 @@ void TFormMain::ApplyLanguage()
     if (FormGoto != nullptr)
         FormGoto->InitialLoads();
     FormExport->InitialLoads();
+    if (FormOptions != nullptr)
+        FormOptions->InitialLoads();
     DrawGrid1->InitialLoads(); // its status line ("day(s)", the copy item) in the new language at once
     showPortDevices(); // "(simulated line)" beside the devices
     // "Ready" in the free status panel follows the language; other texts there last only a moment.
@@ -465,6 +470,7 @@ void TFormMain::saveConfiguration()
     }
     config_->DefLang = pinNaming_;
     config_->GridZoom = DrawGrid1->zoom();
+    config_->GridOptions = DrawGrid1->GridOptions();
     config_->triggerListColumns = TrigPanel->columnWidths();
     saveGotoForm();
     for (auto [view, settings] : {std::pair{1, &config_->dispMode1}, {3, &config_->dispMode3}, {4, &config_->dispMode4}}) {

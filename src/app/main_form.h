@@ -60,6 +60,8 @@ class TriggerLauncher;
 class TriggerPanel;
 class TFormTrig;
 class TFormGoto;
+class TFormOptions;
+struct OptionsChoice;
 
 struct MainFormOptions {
     StartupArgs args;
@@ -125,6 +127,9 @@ public slots:
     void actLangGermanExecute();
     void actLangEnglishExecute();
     void actAboutExecute();
+    // options (main_form_options.cpp)
+    void actOptionsExecute();
+    void actPortOptionsExecute();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -176,6 +181,12 @@ private:
     void reportPortResults(const std::vector<Result> &results);
     [[nodiscard]] int chooseRecordMode();
     void applyConfiguration();
+    // options, styles and the grid's option set (main_form_options.cpp)
+    void prepareOptionsBeforeLoad();
+    void applyOptionsAfterLoad();
+    bool applyStyleSlot(int slot); // false when the style could not be used (said in a box)
+    void OpenOptions(int page);
+    void optionsConfirmed(const OptionsChoice &choice);
     void placeOnMonitor(int savedMonitor);
     [[nodiscard]] int monitorIndex() const;
     void applyEnvironment(const Environment &env);
@@ -249,6 +260,7 @@ private:
     TFormGoto *FormGoto = nullptr;
     void connectGotoForm();
     void saveGotoForm();
+    TFormOptions *FormOptions = nullptr; // the options dialog, made when first needed
     std::unique_ptr<TriggerLauncher> launcher_;
     std::unique_ptr<ActionConsent> consent_;
     int bottomHeightBeforeMin_ = 0; // the control centre's height before btnTrigListMinMax shrank it

@@ -46,6 +46,8 @@ void TFormMain::connectActions()
     on("actLangGerman", &TFormMain::actLangGermanExecute);
     on("actLangEnglish", &TFormMain::actLangEnglishExecute);
     on("actAbout", &TFormMain::actAboutExecute);
+    on("actOptions", &TFormMain::actOptionsExecute);
+    on("actPortOptions", &TFormMain::actPortOptionsExecute);
     on("actNewRecordFile", &TFormMain::btnNewRecordFileClick);
     on("actOpenRecordFile", &TFormMain::btnOpenRecordFileClick);
     on("actSaveRecordFile", &TFormMain::btnSaveRecordFileClick);

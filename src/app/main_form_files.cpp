@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "app/action_registry.h"
+#include "app/combo_select.h"
 #include "app/main_form.h"
 #include "app/trigger_panel.h"
 #include "base/error_report.h"
@@ -30,19 +31,6 @@ namespace kestrel {
 namespace {
 
 QString S(int n) { return QString::fromStdString(Str(n)); }
-
-void selectText(QComboBox *c, const std::string &text)
-{
-    const QSignalBlocker quiet(c);
-    const int i = c->findText(QString::fromStdString(text));
-    if (i >= 0)
-        c->setCurrentIndex(i);
-    else if (!text.empty()) {
-        // A value the lists do not offer (an environment from another profile) is kept as it is.
-        c->addItem(QString::fromStdString(text));
-        c->setCurrentIndex(c->count() - 1);
-    }
-}
 
 } // namespace
 
@@ -87,10 +75,10 @@ void TFormMain::applyEnvironment(const Environment &env)
     // (a real UART could not receive faster than it is set), and the window shows it.
     if (scenarioBaud_ > ParseBaudText(setup.portA.baud).value_or(0))
         setup.portA.baud = std::to_string(scenarioBaud_);
-    selectText(cbPortBaudRate, setup.portA.baud);
-    selectText(cbPortDataBits, setup.portA.dataBits);
-    selectText(cbPortParity, setup.portA.parity);
-    selectText(cbPortStopBits, setup.portA.stopBits);
+    SelectComboText(cbPortBaudRate, setup.portA.baud);
+    SelectComboText(cbPortDataBits, setup.portA.dataBits);
+    SelectComboText(cbPortParity, setup.portA.parity);
+    SelectComboText(cbPortStopBits, setup.portA.stopBits);
     Capture &c = session_->capture();
     // The devices of the environment, where the scan found them.
     const auto &list = c.portList();
