@@ -68,7 +68,6 @@ TFormOptions::TFormOptions(Prompter &prompter, QWidget *parent) : QDialog(parent
     cbBeginRecAtProgStart->setObjectName("cbBeginRecAtProgStart");
     lblBeginRecordHint = NamedLabel("lblBeginRecordHint", tabProgStart);
     lblBeginRecordHint->setWordWrap(true);
-    lblBeginRecordHint->setForegroundRole(QPalette::PlaceholderText);
     cbDispHoldAtProgStart = new QCheckBox(tabProgStart);
     cbDispHoldAtProgStart->setObjectName("cbDispHoldAtProgStart");
     {
@@ -94,7 +93,6 @@ TFormOptions::TFormOptions(Prompter &prompter, QWidget *parent) : QDialog(parent
     lblTheme->setBuddy(cbTheme);
     lblThemeHint = NamedLabel("lblThemeHint", tabDisplay);
     lblThemeHint->setWordWrap(true);
-    lblThemeHint->setForegroundRole(QPalette::PlaceholderText);
     connect(cbTheme, &QComboBox::currentIndexChanged, this, &TFormOptions::cbThemeChange);
     {
         auto *box = new QVBoxLayout(tabDisplay);
@@ -253,6 +251,7 @@ TFormOptions::TFormOptions(Prompter &prompter, QWidget *parent) : QDialog(parent
     auto *box = new QVBoxLayout(this);
     box->addWidget(pcOptions, 1);
     box->addLayout(buttons);
+    setMinimumWidth(600);
     InitialLoads();
 }
 
@@ -299,6 +298,16 @@ void TFormOptions::InitialLoads()
     btnHelp->setToolTip(S(7625));
     if (FormSelector != nullptr)
         FormSelector->InitialLoads();
+    // The fields of the three groups line up, whatever the language makes of the labels.
+    const QList<QLabel *> labels{lblComA,  lblComB,     lblSelHwProfile, lblInterfaceName, lblManufacturer,
+                                 lblBaudrates, lblDatabits, lblParities,     lblStopbits};
+    int widest = 0;
+    for (QLabel *l : labels) {
+        l->setMinimumWidth(0);
+        widest = std::max(widest, l->sizeHint().width());
+    }
+    for (QLabel *l : labels)
+        l->setMinimumWidth(widest);
 }
 
 void TFormOptions::Open(const OptionsSetup &setup, int page)
@@ -379,7 +388,14 @@ void TFormOptions::setListText(PortValueKind kind, const std::vector<std::string
 {
     const QString text = Q(ValueListFieldText(values));
     switch (kind) {
-    case PortValueKind::BaudRates: edBaudrates->setPlainText(text); return;
+    case PortValueKind::BaudRates: {
+        // A blank after each comma lets the lines break between the rates, not inside one.
+        QStringList items;
+        for (const std::string &v : values)
+            items << Q(ValueListFieldText({v}));
+        edBaudrates->setPlainText(items.join(", "));
+        return;
+    }
     case PortValueKind::DataBits: edDatabits->setText(text); return;
     case PortValueKind::Parities: edParities->setText(text); return;
     case PortValueKind::StopBits: edStopbits->setText(text); return;

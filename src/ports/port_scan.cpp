@@ -118,7 +118,7 @@ std::string PortDisplayName(const std::string &device)
     const fs::path target = fs::weakly_canonical(path.parent_path() / link, ec);
     if (ec)
         return device;
-    return path.filename().string() + "  (" + target.string() + ")";
+    return path.filename().string() + "  (" + target.filename().string() + ")";
 }
 
 bool IsLockedByLockFile(const std::string &device, const std::string &lockDir)

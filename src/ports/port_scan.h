@@ -18,8 +18,8 @@ struct ScanRoots {
 };
 
 // How a port list shows a device: a /dev/serial/by-id/ name with the kernel device it
-// stands for ("usb-FTDI_FT232R_USB_UART_A50285BI-if00-port0  (/dev/ttyUSB0)"), any
-// other path as it is.
+// stands for ("usb-FTDI_FT232R_USB_UART_A50285BI-if00-port0  (ttyUSB0)"), any other
+// path as it is.
 [[nodiscard]] std::string PortDisplayName(const std::string &device);
 
 // Every serial device found, in a natural order (ttyS2 before ttyS10), busy ones included.

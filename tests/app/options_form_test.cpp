@@ -114,7 +114,7 @@ TEST(OptionsForm, OpensWithTheProfileInUseTheProgramWideListsPortsStylesAndSwitc
     EXPECT_EQ(profiles->itemText(0), "bench.ksh");
     EXPECT_EQ(profiles->currentText(), "bench.ksh");
     EXPECT_EQ(o.edit("edInterfaceName")->text(), "Bench cable");
-    EXPECT_EQ(o.baud(), "300,1200,9600"); // the lists in use, not the file's
+    EXPECT_EQ(o.baud(), "300, 1200, 9600"); // the lists in use, not the file's
     EXPECT_EQ(o.combo("cbComA")->currentIndex(), 1);
     EXPECT_EQ(o.combo("cbComA")->itemData(1).toString(), "/dev/ttyUSB0");
     QComboBox *theme = o.combo("cbTheme");
@@ -233,7 +233,7 @@ TEST(OptionsForm, AbortReadsTheProfileInUseAgainAndPutsTheStyleBack)
     o.click("btnAbort");
     EXPECT_FALSE(o.form.isVisible());
     EXPECT_EQ(o.edit("edInterfaceName")->text(), "Edited elsewhere");
-    EXPECT_EQ(o.baud(), "300,1200,9600"); // the program-wide lists, as before
+    EXPECT_EQ(o.baud(), "300, 1200, 9600"); // the program-wide lists, as before
     EXPECT_EQ(o.stylesApplied, (std::vector<int>{3, 0}));
     EXPECT_TRUE(o.choices.empty());
     EXPECT_TRUE(o.prompter.asked.empty());
@@ -288,7 +288,7 @@ TEST(OptionsForm, TheEditButtonsOpenTheSelectorWhoseSaveReplacesTheField)
         sel->findChild<QPushButton *>("btnSave")->click();
     });
     o.click("btnSelectBaudRates");
-    EXPECT_EQ(o.baud(), "300,1200,9600,115200");
+    EXPECT_EQ(o.baud(), "300, 1200, 9600, 115200");
 
     QTimer::singleShot(0, [&] {
         auto *sel = o.form.findChild<TFormSelector *>("TFormSelector");
