@@ -304,8 +304,7 @@ void TFormMain::ApplyLanguage()
     if (FormGoto != nullptr)
         FormGoto->InitialLoads();
     FormExport->InitialLoads();
-    if (FormOptions != nullptr)
-        FormOptions->InitialLoads();
+    optionsLanguageLoads();
     DrawGrid1->InitialLoads(); // its status line ("day(s)", the copy item) in the new language at once
     showPortDevices(); // "(simulated line)" beside the devices
     // "Ready" in the free status panel follows the language; other texts there last only a moment.

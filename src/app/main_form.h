@@ -187,6 +187,10 @@ private:
     bool applyStyleSlot(int slot); // false when the style could not be used (said in a box)
     void OpenOptions(int page);
     void optionsConfirmed(const OptionsChoice &choice);
+    void buildStyleMenu();
+    void chooseStyle(int slot); // from the style menu: applied, and kept as the options keep it
+    void syncStyleMenu();
+    void optionsLanguageLoads();
     void placeOnMonitor(int savedMonitor);
     [[nodiscard]] int monitorIndex() const;
     void applyEnvironment(const Environment &env);
@@ -261,6 +265,7 @@ private:
     void connectGotoForm();
     void saveGotoForm();
     TFormOptions *FormOptions = nullptr; // the options dialog, made when first needed
+    QMenu *mnuStyles = nullptr;          // the style slots, in the options menu
     std::unique_ptr<TriggerLauncher> launcher_;
     std::unique_ptr<ActionConsent> consent_;
     int bottomHeightBeforeMin_ = 0; // the control centre's height before btnTrigListMinMax shrank it

@@ -5,7 +5,10 @@
 // set as Kestrel.ini keeps it.
 
 #include <QAction>
+#include <QActionGroup>
 #include <QComboBox>
+#include <QMenu>
+#include <QMenuBar>
 #include <filesystem>
 
 #include "app/action_registry.h"
@@ -40,6 +43,66 @@ void TFormMain::applyOptionsAfterLoad()
     const grid::GridLines lines = grid::GridLinesOf(DrawGrid1->modes().gridLines());
     ActionManager1->action(lineActions[static_cast<int>(lines)])->setChecked(true);
     (void)applyStyleSlot(config_->SkinCurrent);
+    buildStyleMenu();
+}
+
+void TFormMain::buildStyleMenu()
+{
+    // Every named slot gets an entry, after the two option commands.
+    QMenu *options = nullptr;
+    for (QMenu *m : menuBar()->findChildren<QMenu *>())
+        if (m->actions().contains(ActionManager1->action("actOptions")))
+            options = m;
+    if (options == nullptr || mnuStyles != nullptr)
+        return;
+    mnuStyles = new QMenu(options);
+    mnuStyles->setObjectName("mnuStyles");
+    auto *group = new QActionGroup(mnuStyles);
+    group->setExclusive(true);
+    for (int slot : StyleChoices(*config_)) {
+        QString name = QString::fromStdString(config_->skins[static_cast<std::size_t>(slot)].Name);
+        QAction *a = mnuStyles->addAction(name.replace('&', QLatin1String("&&"))); // no shortcut letter
+        a->setObjectName(QStringLiteral("actStyle%1").arg(slot));
+        a->setCheckable(true);
+        a->setData(slot);
+        group->addAction(a);
+    }
+    connect(group, &QActionGroup::triggered, this, [this](QAction *a) { chooseStyle(a->data().toInt()); });
+    const QList<QAction *> items = options->actions();
+    const qsizetype after = items.indexOf(ActionManager1->action("actPortOptions"));
+    if (after >= 0 && after + 1 < items.size())
+        options->insertMenu(items[after + 1], mnuStyles);
+    else
+        options->addMenu(mnuStyles);
+    syncStyleMenu();
+}
+
+void TFormMain::chooseStyle(int slot)
+{
+    if (applyStyleSlot(slot)) {
+        config_->SkinCurrent = AppliedStyle();
+        (void)SaveCurrentStyle(std::filesystem::path(configPath()), config_->SkinCurrent);
+    }
+    syncStyleMenu();
+}
+
+void TFormMain::syncStyleMenu()
+{
+    if (mnuStyles == nullptr)
+        return;
+    for (QAction *a : mnuStyles->actions())
+        a->setChecked(a->data().toInt() == AppliedStyle());
+}
+
+void TFormMain::optionsLanguageLoads()
+{
+    if (FormOptions != nullptr)
+        FormOptions->InitialLoads();
+    if (mnuStyles != nullptr) {
+        mnuStyles->setTitle(QString::fromStdString(Str(9264)));
+        if (!mnuStyles->actions().isEmpty()) // slot 0, the platform look
+            mnuStyles->actions().front()->setText(QString::fromStdString(Str(9219)));
+    }
 }
 
 bool TFormMain::applyStyleSlot(int slot)
@@ -58,6 +121,7 @@ void TFormMain::OpenOptions(int page)
         FormOptions = new TFormOptions(*prompter_, this);
         FormOptions->applyStyle = [this](int slot) { return applyStyleSlot(slot); };
         FormOptions->confirmed = [this](const OptionsChoice &choice) { optionsConfirmed(choice); };
+        connect(FormOptions, &QDialog::finished, this, &TFormMain::syncStyleMenu);
     }
     OptionsSetup setup;
     setup.dataFolder = dataFolder_;

@@ -11,6 +11,7 @@
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <fstream>
@@ -170,6 +171,36 @@ TEST_F(MainOptions, AChosenStyleIsAppliedAtOnceAndComesBackAfterARestart)
     again.w->quitCleanly();
     again.w.reset();
     EXPECT_EQ(Ini(dir.path()).ReadInteger("Skin", "Current", -1), 2);
+}
+
+TEST_F(MainOptions, TheStyleMenuOffersTheNamedSlotsAndKeepsTheChoice)
+{
+    std::filesystem::create_directories(dir.path() / "themes");
+    std::ofstream(dir.path() / "themes" / "Paper & Ink.qss") << "QToolTip { color: black; }";
+    std::ofstream(dir.path() / "Kestrel.ini")
+        << "[Skin]\nMax=3\n[Skin1]\nName=None\n[Skin2]\nName=Paper & Ink\n[Skin3]\nName=Gone\nDark=1\n";
+    Window win(dir.path());
+    auto *menu = win.w->findChild<QMenu *>("mnuStyles");
+    ASSERT_NE(menu, nullptr);
+    QStringList entries;
+    for (QAction *a : menu->actions())
+        entries << a->text();
+    EXPECT_EQ(entries, (QStringList{QString::fromStdString(Str(9219)), "Paper && Ink", "Gone"}));
+    EXPECT_EQ(menu->title(), "&Style");
+    EXPECT_TRUE(menu->actions()[0]->isChecked());
+
+    menu->actions()[1]->trigger();
+    EXPECT_EQ(AppliedStyle(), 2);
+    EXPECT_TRUE(menu->actions()[1]->isChecked());
+    EXPECT_EQ(Ini(dir.path()).ReadInteger("Skin", "Current", -1), 2);
+    // A slot whose file is gone: said, and the menu stays on the look shown.
+    menu->actions()[2]->trigger();
+    EXPECT_EQ(win.prompter.asked.size(), 1u);
+    EXPECT_TRUE(menu->actions()[1]->isChecked());
+    EXPECT_EQ(Ini(dir.path()).ReadInteger("Skin", "Current", -1), 2);
+    win.w->actions().action("actLangGerman")->trigger();
+    EXPECT_EQ(menu->title(), "&Stil");
+    EXPECT_EQ(menu->actions()[0]->text(), QString::fromStdString(StrIn(9219, kLangGerman)));
 }
 
 TEST_F(MainOptions, AStyleFileThatCannotBeUsedIsSaidAndChangesNothing)
