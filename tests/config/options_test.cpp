@@ -51,50 +51,34 @@ TEST(OfferableValue, TakesWhatAPortTakesInTheFormTheListsKeep)
     }
 }
 
-TEST(ValueSelector, OpensWithTheFieldSelectedAndTheRestOfTheStandardAvailable)
+TEST(ValueSelector, OpensOnTheFieldAndKeepsBothListsInNumericOrder)
 {
-    // The current list keeps its order (a hand-made one too); duplicates and empty items go.
-    const ValueSelector s(PortValueKind::StopBits, {"2", "1", "2", ""});
-    EXPECT_EQ(s.selected(), (V{"2", "1"}));
-    EXPECT_EQ(s.available(), (V{"1.5"}));
-    // Values outside the standard list stay selected; the available list is the whole standard.
-    const ValueSelector custom(PortValueKind::BaudRates, {"250000"});
-    EXPECT_EQ(custom.selected(), (V{"250000"}));
-    EXPECT_EQ(custom.available(), StandardBaudRates());
-}
-
-TEST(ValueSelector, MovesAddsDeletesAndResetsKeepingBothListsInNumericOrder)
-{
+    // The current list keeps its order; duplicates and empty items go; the rest of the standard is available.
+    EXPECT_EQ(ValueSelector(PortValueKind::StopBits, {"2", "1", "2", ""}).selected(), (V{"2", "1"}));
     ValueSelector s(PortValueKind::BaudRates, {"1200", "115200"});
+    EXPECT_EQ(s.available().size(), StandardBaudRates().size() - 2);
     EXPECT_TRUE(s.ToSelected("9600"));
     EXPECT_TRUE(s.ToSelected("300"));
     EXPECT_EQ(s.selected(), (V{"300", "1200", "9600", "115200"}));
-    EXPECT_FALSE(s.ToSelected("9600")); // already moved
-    EXPECT_FALSE(s.ToAvailable("4711"));
+    EXPECT_FALSE(s.ToSelected("9600")); // moved already
 
     EXPECT_EQ(s.AddValue(" 250000 "), ValueSelector::AddOutcome::Added);
-    EXPECT_EQ(s.AddValue("250000"), ValueSelector::AddOutcome::AlreadyListed);
     EXPECT_EQ(s.AddValue("9600"), ValueSelector::AddOutcome::AlreadyListed); // selected already
     EXPECT_EQ(s.AddValue("fast"), ValueSelector::AddOutcome::Invalid);
-    const auto &avail = s.available();
-    const auto at = std::find(avail.begin(), avail.end(), "250000");
-    ASSERT_NE(at, avail.end());
+    const auto at = std::find(s.available().begin(), s.available().end(), "250000");
+    ASSERT_NE(at, s.available().end());
     EXPECT_EQ(*(at - 1), "230400");
     EXPECT_EQ(*(at + 1), "460800");
 
     EXPECT_TRUE(s.ToAvailable("1200"));
-    EXPECT_EQ(s.selected(), (V{"300", "9600", "115200"}));
     EXPECT_TRUE(s.DeleteAvailable("1200"));
-    EXPECT_TRUE(s.DeleteAvailable("250000"));
     EXPECT_FALSE(s.DeleteAvailable("9600")); // "-" deletes from the available list only
-    EXPECT_EQ(std::count(s.available().begin(), s.available().end(), "1200"), 0);
-
     // RES: the standard list again, less the selected values; the selection stays.
     s.ResetAvailable();
     EXPECT_EQ(s.selected(), (V{"300", "9600", "115200"}));
     EXPECT_EQ(s.available().size(), StandardBaudRates().size() - 3);
-    EXPECT_EQ(s.available().front(), "50");
     EXPECT_EQ(std::count(s.available().begin(), s.available().end(), "1200"), 1);
+    EXPECT_EQ(std::count(s.available().begin(), s.available().end(), "250000"), 0);
 }
 
 TEST(OptionsFields, ValueListFieldsReadCommasLineBreaksAndQuotes)
@@ -124,12 +108,6 @@ TEST(OptionsFields, CheckNamesTheFirstValueNoPortCanUseAndEmptyLists)
     // Lists are checked in the dialog's order: baud rates first.
     lists.baudRates = {"1200", "fast"};
     EXPECT_EQ(CheckOfferedValues(lists).kind, PortValueKind::BaudRates);
-    // Every list has a name in both languages.
-    for (PortValueKind k : {PortValueKind::BaudRates, PortValueKind::DataBits, PortValueKind::Parities,
-                            PortValueKind::StopBits}) {
-        EXPECT_TRUE(FindStr(ValueListName(k))) << ValueListName(k);
-        EXPECT_TRUE(FindStr(ValueListName(k) + kLangEnglish)) << ValueListName(k);
-    }
 }
 
 class ProfileFields : public ::testing::Test {
@@ -139,34 +117,12 @@ protected:
     const PortValueLists shown{{"600"}, {"7"}, {"E"}, {"2"}};
 };
 
-TEST_F(ProfileFields, OpeningShowsTheProfileInUseWithTheProgramWideLists)
-{
-    std::ofstream(ProfilePath(dir.path(), "bench.ksh"))
-        << "[Hardware]\nName=Bench cable\nManufacturer=Lab\n[Interface]\nBaudRates=300\n[Registry]\nPort3=/dev/ttyS2\n";
-    ProgramConfig cfg;
-    cfg.Profile = "bench.ksh";
-    cfg.portStandards = shown;
-    const HardwareProfile p = ProfileFieldsOnShow(dir.path(), cfg);
-    EXPECT_EQ(p.Name, "Bench cable");
-    EXPECT_EQ(p.Manufacturer, "Lab");
-    EXPECT_EQ(p.lists, shown); // Kestrel.ini's lists won at start; the fields show those
-    EXPECT_EQ(p.ports[2], "/dev/ttyS2");
-
-    // Choosing the profile in the box reads its lists; those it lacks stay as shown.
-    const ProfileFieldsRead chosen = ProfileFieldsOfFile(dir.path(), "bench.ksh", shown);
-    ASSERT_TRUE(chosen.status.ok());
-    EXPECT_EQ(chosen.profile.lists.baudRates, V{"300"});
-    EXPECT_EQ(chosen.profile.lists.parities, V{"E"});
-}
-
 TEST_F(ProfileFields, AProfileThatCannotBeReadSaysWhyAndGivesTheDefaults)
 {
     // A profile named with a folder part, or one that does not exist: the defaults, and no complaint.
-    for (const char *name : {"../Kestrel.ini", "", "missing.ksh"}) {
+    for (const char *name : {"../Kestrel.ini", "missing.ksh"}) {
         const ProfileFieldsRead read = ProfileFieldsOfFile(dir.path(), name, shown);
-        EXPECT_TRUE(read.status.ok()) << name;
-        EXPECT_EQ(read.profile.Name, "Default Profile") << name;
-        EXPECT_EQ(read.profile.lists, shown) << name;
+        EXPECT_TRUE(read.status.ok() && read.profile.Name == "Default Profile" && read.profile.lists == shown) << name;
     }
     // A recording renamed to .ksh, and a folder of that name: said, and nothing of them taken.
     {
