@@ -17,6 +17,7 @@
 #include "base/console_prompter.h"
 #include "base/string_table.h"
 #include "config/environment.h"
+#include "support/screenshot_style.h"
 #include "support/screenshots.h"
 
 namespace {
@@ -51,6 +52,7 @@ bool fits(const QWidget &w, const QString &text, int available, const char *what
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
+    kestrel::test::ApplyShotStyle();
     if (argc < 2) {
         std::fprintf(stderr, "usage: kestrel_env_conf_screenshots OUTPUT_FOLDER\n");
         return 2;

@@ -20,6 +20,7 @@
 #include "base/prompt.h"
 #include "base/string_table.h"
 #include "support/recording_builder.h"
+#include "support/screenshot_style.h"
 #include "support/screenshots.h"
 
 using namespace kestrel;
@@ -36,6 +37,7 @@ public:
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
+    kestrel::test::ApplyShotStyle();
     if (argc < 2) {
         std::fprintf(stderr, "usage: kestrel_export_screenshots OUTPUT_FOLDER\n");
         return 2;

@@ -18,6 +18,7 @@
 #include "base/string_table.h"
 #include "present/grid/record_grid.h"
 #include "support/recording_builder.h"
+#include "support/screenshot_style.h"
 #include "support/screenshots.h"
 
 using namespace kestrel;
@@ -25,6 +26,7 @@ using namespace kestrel;
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
+    kestrel::test::ApplyShotStyle();
     if (argc < 2) {
         std::fprintf(stderr, "usage: kestrel_goto_screenshots OUTPUT_FOLDER\n");
         return 2;

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 
+#include "support/screenshot_style.h"
 #include "support/screenshots.h"
 #include <QElapsedTimer>
 #include <QImage>
@@ -57,6 +58,7 @@ kestrel::TriggerDef Sample(std::int32_t event)
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
+    kestrel::test::ApplyShotStyle();
     if (argc < 2) {
         std::fprintf(stderr, "usage: kestrel_trigger_screenshots OUTPUT_FOLDER\n");
         return 2;
