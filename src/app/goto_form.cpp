@@ -276,33 +276,39 @@ QWidget *TFormGoto::buildDeltaPage()
     return page;
 }
 
-QWidget *TFormGoto::buildTriggerPage()
+QWidget *TFormGoto::buildNumberPage(const char *name, int label, const char *suffix, QLineEdit *&field,
+                                    UpDown *&upDown, QPushButton *&reset, QSlider *&bar)
 {
     auto *page = new QWidget;
-    page->setObjectName("tsGotoTR");
+    page->setObjectName(name);
     auto *grid = new QGridLayout(page);
     auto *l = new QLabel(page);
-    texts_.append({l, Txt::GotoTrigger});
-    edtGotoTR = new QLineEdit(page);
-    edtGotoTR->setObjectName("edtGotoTR");
-    edtGotoTR->setValidator(nullptr);
-    UpDownTR = new UpDown(page);
-    UpDownTR->setObjectName("UpDownTR");
-    UpDownTR->setRange(1, kMaxTriggerPoint);
-    UpDownTR->setAssociate(edtGotoTR);
-    tbGotoTR = new QSlider(Qt::Horizontal, page);
-    tbGotoTR->setObjectName("tbGotoTR");
-    tbGotoTR->setRange(1, kMaxTriggerPoint);
-    btnResetGotoTR = new QPushButton(page);
-    btnResetGotoTR->setObjectName("btnResetGotoTR");
-    texts_.append({btnResetGotoTR, Txt::BackToStart});
+    texts_.append({l, label});
+    field = new QLineEdit(page);
+    field->setObjectName(QStringLiteral("edtGoto") + suffix);
+    upDown = new UpDown(page);
+    upDown->setObjectName(QStringLiteral("UpDown") + suffix);
+    upDown->setAssociate(field);
+    bar = new QSlider(Qt::Horizontal, page);
+    bar->setObjectName(QStringLiteral("tbGoto") + suffix);
+    reset = new QPushButton(page);
+    reset->setObjectName(QStringLiteral("btnResetGoto") + suffix);
+    texts_.append({reset, Txt::BackToStart});
     grid->addWidget(l, 0, 0);
-    grid->addWidget(edtGotoTR, 0, 1);
-    grid->addWidget(UpDownTR, 0, 2);
-    grid->addWidget(btnResetGotoTR, 0, 3);
-    grid->addWidget(tbGotoTR, 1, 0, 1, 4);
+    grid->addWidget(field, 0, 1);
+    grid->addWidget(upDown, 0, 2);
+    grid->addWidget(reset, 0, 3);
+    grid->addWidget(bar, 1, 0, 1, 4);
     grid->setRowStretch(2, 1);
     grid->setColumnStretch(1, 1);
+    return page;
+}
+
+QWidget *TFormGoto::buildTriggerPage()
+{
+    QWidget *page = buildNumberPage("tsGotoTR", Txt::GotoTrigger, "TR", edtGotoTR, UpDownTR, btnResetGotoTR, tbGotoTR);
+    UpDownTR->setRange(1, kMaxTriggerPoint);
+    tbGotoTR->setRange(1, kMaxTriggerPoint);
     edtGotoTR->setText("1");
     auto go = [this] {
         bool ok = false;
@@ -338,28 +344,7 @@ QWidget *TFormGoto::buildTriggerPage()
 
 QWidget *TFormGoto::buildMpPage()
 {
-    auto *page = new QWidget;
-    page->setObjectName("tsGotoMP");
-    auto *grid = new QGridLayout(page);
-    auto *l = new QLabel(page);
-    texts_.append({l, Txt::GotoMp});
-    edtGotoMP = new QLineEdit(page);
-    edtGotoMP->setObjectName("edtGotoMP");
-    UpDownMP = new UpDown(page);
-    UpDownMP->setObjectName("UpDownMP");
-    UpDownMP->setAssociate(edtGotoMP);
-    tbGotoMP = new QSlider(Qt::Horizontal, page);
-    tbGotoMP->setObjectName("tbGotoMP");
-    btnResetGotoMP = new QPushButton(page);
-    btnResetGotoMP->setObjectName("btnResetGotoMP");
-    texts_.append({btnResetGotoMP, Txt::BackToStart});
-    grid->addWidget(l, 0, 0);
-    grid->addWidget(edtGotoMP, 0, 1);
-    grid->addWidget(UpDownMP, 0, 2);
-    grid->addWidget(btnResetGotoMP, 0, 3);
-    grid->addWidget(tbGotoMP, 1, 0, 1, 4);
-    grid->setRowStretch(2, 1);
-    grid->setColumnStretch(1, 1);
+    QWidget *page = buildNumberPage("tsGotoMP", Txt::GotoMp, "MP", edtGotoMP, UpDownMP, btnResetGotoMP, tbGotoMP);
     edtGotoMP->setText("0");
     auto fromField = [this] {
         const MpFieldValue v = ReadMpField(edtGotoMP->text().toStdString(), mpScale_,

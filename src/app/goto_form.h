@@ -89,6 +89,9 @@ private:
     QWidget *buildLevelPage(QButtonGroup **groups, int count, const int *lineTexts, int headText, int firstColumn);
     QWidget *buildTimePage();
     QWidget *buildDeltaPage();
+    // A label, a number field with its up/down, a reset button and a track bar.
+    QWidget *buildNumberPage(const char *name, int label, const char *suffix, QLineEdit *&field, UpDown *&upDown,
+                             QPushButton *&reset, QSlider *&bar);
     QWidget *buildTriggerPage();
     QWidget *buildMpPage();
 
