@@ -2,12 +2,12 @@
 
 namespace kestrel {
 
-double CharacterSeconds(long baud, int bitsPerCharacter)
+double CharacterSeconds(long baud, double bitsPerCharacter)
 {
-    return baud > 0 ? static_cast<double>(bitsPerCharacter) / static_cast<double>(baud) : 0.0;
+    return baud > 0 ? bitsPerCharacter / static_cast<double>(baud) : 0.0;
 }
 
-FrameRules ModbusRtuRules(long baud, int bitsPerCharacter, std::optional<double> gapChars)
+FrameRules ModbusRtuRules(long baud, double bitsPerCharacter, std::optional<double> gapChars)
 {
     FrameRules r;
     r.charSeconds = CharacterSeconds(baud, bitsPerCharacter);

@@ -37,10 +37,10 @@ struct FrameRules {
 };
 
 // Character time in seconds of bitsPerCharacter bits (start, data, parity, stop) at baud.
-[[nodiscard]] double CharacterSeconds(long baud, int bitsPerCharacter);
+[[nodiscard]] double CharacterSeconds(long baud, double bitsPerCharacter);
 
 // Modbus RTU's rule: 3.5 character times, but above 19,200 baud never less than 1.75 ms.
 // A gapChars given by the user replaces the 3.5 and drops the floor.
-[[nodiscard]] FrameRules ModbusRtuRules(long baud, int bitsPerCharacter, std::optional<double> gapChars = {});
+[[nodiscard]] FrameRules ModbusRtuRules(long baud, double bitsPerCharacter, std::optional<double> gapChars = {});
 
 } // namespace kestrel

@@ -71,6 +71,11 @@ void FrameSplitter::add(std::uint64_t index, const MpRecord &mp)
 void FrameSplitter::byte(FrameCircuit which, std::uint64_t index, const MpRecord &mp, std::uint8_t value)
 {
     Circuit &c = circuits_[static_cast<int>(which)];
+    if (c.open) {
+        ++following_;
+        if (mp.time - c.open->endTime < 0.5 * charDays_)
+            ++crowded_;
+    }
     if (c.open && idleLongEnough(c.open->endTime, mp.time))
         close(c, FrameEnd::Gap);
     dropStaleErrors(c, mp.time);

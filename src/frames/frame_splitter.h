@@ -44,6 +44,11 @@ public:
     // Line errors that no byte followed within the gap.
     [[nodiscard]] std::uint64_t loneErrors() const { return loneErrors_; }
     [[nodiscard]] const FrameRules &rules() const { return rules_; }
+    // Bytes of a circuit that followed the one before by less than half a character
+    // time, and all that followed one: many such bytes mean the line ran faster
+    // than the settings the rule was made for.
+    [[nodiscard]] std::uint64_t crowdedBytes() const { return crowded_; }
+    [[nodiscard]] std::uint64_t followingBytes() const { return following_; }
 
 private:
     struct Circuit {
@@ -66,6 +71,7 @@ private:
     std::vector<Frame> waiting_; // closed, behind an open frame that started earlier; by firstMp
     std::optional<std::uint8_t> levels_; // of the last MP of the line since the recording started
     std::uint64_t loneErrors_ = 0;
+    std::uint64_t crowded_ = 0, following_ = 0;
 };
 
 } // namespace kestrel

@@ -17,6 +17,7 @@
 #include "record/record_reader.h"
 #include "record/recording_check.h"
 #include "support/recording_builder.h"
+#include "support/run_cli.h"
 #include "support/temp_dir.h"
 
 using kestrel::test::RecordingBuilder;
@@ -24,29 +25,9 @@ namespace test = kestrel::test;
 
 namespace {
 
-struct CliRun {
-    int code = -1;
-    std::string out; // standard output and error together
-};
+using test::CliRun;
 
-CliRun cli(const std::string &args)
-{
-    // bash, for process substitution; the time-out turns a hang into a failed run, not a stuck suite.
-    const std::string cmd = std::string("exec bash -c \"LANG=C LC_ALL=C timeout 20 '") + KESTREL_CLI_PATH + "' " +
-                            args + " 2>&1\"";
-    CliRun r;
-    std::FILE *p = popen(cmd.c_str(), "r");
-    if (!p)
-        return r;
-    std::array<char, 4096> buf;
-    std::size_t n;
-    while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0)
-        r.out.append(buf.data(), n);
-    const int status = pclose(p);
-    // A crash shows as a signal, never as an ordinary exit code.
-    r.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    return r;
-}
+CliRun cli(const std::string &args) { return test::RunCapture(KESTREL_CLI_PATH, args); }
 
 struct Files {
     test::TempDir dir;

@@ -89,12 +89,12 @@ TEST(ModbusRtu, AResponseIsPairedWithTheOtherCircuitsRequestByAddressFunctionAnd
     EXPECT_EQ(f["responseMs"], "5.000");
 
     // An exception answers too; a damaged answer is still the answer.
-    checker.check(frame(FrameCircuit::D1, {0x02, 0x06, 0x00, 0x01, 0x00, 0x03}, 100), 3);
+    (void)checker.check(frame(FrameCircuit::D1, {0x02, 0x06, 0x00, 0x01, 0x00, 0x03}, 100), 3);
     f = fields(checker.check(frame(FrameCircuit::D2, {0x02, 0x86, 0x02}, 110), 4));
     EXPECT_EQ(f["role"], "response");
     EXPECT_EQ(f["exception"], "true");
     EXPECT_EQ(f["exceptionCode"], "2");
-    checker.check(frame(FrameCircuit::D1, {0x02, 0x06, 0x00, 0x01, 0x00, 0x03}, 200), 5);
+    (void)checker.check(frame(FrameCircuit::D1, {0x02, 0x06, 0x00, 0x01, 0x00, 0x03}, 200), 5);
     Frame damaged = frame(FrameCircuit::D2, {0x02, 0x06, 0x00, 0x01, 0x00, 0x03}, 210);
     damaged.bytes[5] = 0x04;
     f = fields(checker.check(damaged, 6));
@@ -102,19 +102,19 @@ TEST(ModbusRtu, AResponseIsPairedWithTheOtherCircuitsRequestByAddressFunctionAnd
     EXPECT_EQ(f["replyTo"], "5");
 
     // Too late, another address, another function, a broadcast, the same circuit: no pairs.
-    checker.check(frame(FrameCircuit::D1, {0x01, 0x04, 0x00, 0x00, 0x00, 0x01}, 300), 7);
+    (void)checker.check(frame(FrameCircuit::D1, {0x01, 0x04, 0x00, 0x00, 0x00, 0x01}, 300), 7);
     EXPECT_EQ(fields(checker.check(frame(FrameCircuit::D2, {0x01, 0x04, 0x02, 0x00, 0x01}, 500), 8))["role"],
               "request");
-    checker.check(frame(FrameCircuit::D1, {0x01, 0x04, 0x00, 0x00, 0x00, 0x01}, 600), 9);
+    (void)checker.check(frame(FrameCircuit::D1, {0x01, 0x04, 0x00, 0x00, 0x00, 0x01}, 600), 9);
     EXPECT_EQ(fields(checker.check(frame(FrameCircuit::D2, {0x05, 0x04, 0x02, 0x00, 0x01}, 610), 10))["role"],
               "request");
-    checker.check(frame(FrameCircuit::D1, {0x01, 0x04, 0x00, 0x00, 0x00, 0x01}, 700), 11);
+    (void)checker.check(frame(FrameCircuit::D1, {0x01, 0x04, 0x00, 0x00, 0x00, 0x01}, 700), 11);
     EXPECT_EQ(fields(checker.check(frame(FrameCircuit::D2, {0x01, 0x03, 0x02, 0x00, 0x01}, 710), 12))["role"],
               "request");
-    checker.check(frame(FrameCircuit::D1, {0x00, 0x06, 0x00, 0x01, 0x00, 0x03}, 800), 13);
+    (void)checker.check(frame(FrameCircuit::D1, {0x00, 0x06, 0x00, 0x01, 0x00, 0x03}, 800), 13);
     EXPECT_EQ(fields(checker.check(frame(FrameCircuit::D2, {0x00, 0x06, 0x00, 0x01, 0x00, 0x03}, 810), 14))["role"],
               "request");
-    checker.check(frame(FrameCircuit::D1, {0x03, 0x01, 0x00, 0x01, 0x00, 0x08}, 900), 15);
+    (void)checker.check(frame(FrameCircuit::D1, {0x03, 0x01, 0x00, 0x01, 0x00, 0x08}, 900), 15);
     EXPECT_EQ(fields(checker.check(frame(FrameCircuit::D1, {0x03, 0x01, 0x01, 0xFF}, 910), 16))["role"], "request");
 }
 

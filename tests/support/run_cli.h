@@ -8,7 +8,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
+#include <cstdio>
 #include <csignal>
 #include <cstdlib>
 #include <string>
@@ -58,6 +60,31 @@ inline int WaitCli(pid_t pid, std::chrono::seconds timeout = std::chrono::second
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+struct CliRun {
+    int code = -1;
+    std::string out; // standard output and error together
+};
+
+// Runs `program args` through bash (args may use quoting and process substitution) in the
+// C locale; a time-out of 20 s turns a hang into a failed run, not a stuck suite.
+inline CliRun RunCapture(const std::string &program, const std::string &args, const std::string &env = {})
+{
+    const std::string cmd = "exec bash -c \"LANG=C LC_ALL=C " + env + " timeout 20 '" + program + "' " + args +
+                            " 2>&1\"";
+    CliRun r;
+    std::FILE *p = popen(cmd.c_str(), "r");
+    if (!p)
+        return r;
+    std::array<char, 4096> buf;
+    std::size_t n;
+    while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0)
+        r.out.append(buf.data(), n);
+    const int status = pclose(p);
+    // A crash shows as a signal, never as an ordinary exit code.
+    r.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return r;
 }
 
 } // namespace kestrel::test

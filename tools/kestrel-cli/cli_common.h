@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -39,6 +40,35 @@ inline std::string Printable(const std::string &text)
         }
     }
     return out;
+}
+
+// A text as a JSON string.
+inline std::string JsonString(const std::string &s)
+{
+    std::string out = "\"";
+    for (unsigned char c : s) {
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += static_cast<char>(c);
+        } else if (c < 0x20) {
+            char buf[8];
+            std::snprintf(buf, sizeof buf, "\\u%04x", c);
+            out += buf;
+        } else {
+            out += static_cast<char>(c);
+        }
+    }
+    return out + "\"";
+}
+
+// A date-time (days) as a JSON number; a damaged record's NaN or infinity has no JSON form.
+inline std::string JsonTime(double t)
+{
+    if (!std::isfinite(t))
+        return "null";
+    char buf[512];
+    std::snprintf(buf, sizeof buf, "%.10f", t);
+    return buf;
 }
 
 // A bad option or argument found after parsing: the message and where the options are described.

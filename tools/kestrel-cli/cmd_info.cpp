@@ -1,6 +1,5 @@
 // kestrel-cli info FILE.ksr [--json]: what a recording holds.
 
-#include <cmath>
 #include <memory>
 #include <cstdio>
 #include <string>
@@ -11,24 +10,6 @@
 
 namespace kestrel::cli {
 namespace {
-
-std::string jsonString(const std::string &s)
-{
-    std::string out = "\"";
-    for (unsigned char c : s) {
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += static_cast<char>(c);
-        } else if (c < 0x20) {
-            char buf[8];
-            std::snprintf(buf, sizeof buf, "\\u%04x", c);
-            out += buf;
-        } else {
-            out += static_cast<char>(c);
-        }
-    }
-    return out + "\"";
-}
 
 std::string markText(const MarkEntry &m)
 {
@@ -72,25 +53,15 @@ void printText(const std::string &path, const RecordingSummary &s)
                 static_cast<unsigned long long>(s.counterMismatches));
 }
 
-// A time as a JSON number; a damaged record's NaN or infinity has no JSON form.
-std::string jsonTime(double t)
-{
-    if (!std::isfinite(t))
-        return "null";
-    char buf[512];
-    std::snprintf(buf, sizeof buf, "%.10f", t);
-    return buf;
-}
-
 void printJson(const std::string &path, const RecordingSummary &s)
 {
     auto u = [](std::uint64_t v) { return static_cast<unsigned long long>(v); };
     std::printf("{\n  \"file\": %s,\n  \"size\": %llu,\n  \"mps\": %llu,\n  \"tornBytes\": %llu",
-                jsonString(path).c_str(), u(s.fileSize), u(s.mpCount), u(s.tornBytes));
+                JsonString(path).c_str(), u(s.fileSize), u(s.mpCount), u(s.tornBytes));
     if (s.mpCount > 0) {
         std::printf(",\n  \"firstTime\": %s,\n  \"firstTimeText\": \"%s\",\n  \"lastTime\": %s,\n"
                     "  \"lastTimeText\": \"%s\",\n",
-                    jsonTime(s.first.time).c_str(), FormatDateTimeIso(s.first.time).c_str(), jsonTime(s.last.time).c_str(),
+                    JsonTime(s.first.time).c_str(), FormatDateTimeIso(s.first.time).c_str(), JsonTime(s.last.time).c_str(),
                     FormatDateTimeIso(s.last.time).c_str());
         std::printf("  \"counters\": {\"d1\": %llu, \"d2\": %llu, \"pe\": %llu, \"fe\": %llu, \"le\": %llu},\n",
                     u(s.last.counts[0]), u(s.last.counts[1]), u(s.last.counts[2]), u(s.last.counts[3]),
@@ -104,7 +75,7 @@ void printJson(const std::string &path, const RecordingSummary &s)
         std::printf("%s\n    {\"mp\": %llu, \"type\": \"%s\", \"code\": %u, \"kind\": %u, \"extra\": %u, "
                     "\"time\": %s}",
                     i ? "," : "", u(m.mp), m.system() ? "system" : "trigger", m.code, m.kind, m.extra,
-                    jsonTime(m.time).c_str());
+                    JsonTime(m.time).c_str());
     }
     std::printf("%s],\n", s.marks.empty() ? "" : "\n  ");
     std::printf("  \"checks\": {\"sound\": %s, \"numberGaps\": %llu, \"timeBackwards\": %llu, "

@@ -41,6 +41,7 @@
 #include "trigger_engine/trigger_launcher.h"
 #include "triggers/trigger_texts.h"
 #include "cli_common.h"
+#include "cli_line.h"
 
 namespace kestrel::cli {
 namespace {
@@ -60,10 +61,6 @@ struct RecordOptions {
     int mode = RecordMode::None;
     std::optional<double> duration;
 };
-
-// The rules an environment's line settings must meet as well as the options.
-const CLI::Validator kBaudRule = WholeNumber(50L, 20'000'000L);
-const CLI::Validator kDataBitsRule = WholeNumber(5L, 8L);
 
 int usageError(const std::string &what)
 {
@@ -404,22 +401,11 @@ std::function<int()> declareRecord(CLI::App &cmd)
     CLI::Option *portA = cmd.add_option("--port-a", o->portA, "device of port A")->type_name("DEV")->check(kNotEmpty);
     CLI::Option *portB = cmd.add_option("--port-b", o->portB, "device of port B")->type_name("DEV")->check(kNotEmpty);
     simulate->excludes(portA)->excludes(portB);
-    cmd.add_option("--baud", o->texts.baud, "baud rate")
-        ->type_name("50..20000000")
-        ->check(kBaudRule)
-        ->each([o](const std::string &) { o->given.baud = true; });
-    cmd.add_option("--data-bits", o->texts.dataBits, "data bits")
-        ->type_name("5..8")
-        ->check(kDataBitsRule)
-        ->each([o](const std::string &) { o->given.dataBits = true; });
-    cmd.add_option("--parity", o->texts.parity, "none, even, odd, mark or space")
-        ->type_name("N|E|O|M|S")
-        ->transform(CLI::IsMember({"N", "E", "O", "M", "S"}, CLI::ignore_case).description(""))
-        ->each([o](const std::string &) { o->given.parity = true; });
-    cmd.add_option("--stop-bits", o->texts.stopBits, "stop bits")
-        ->type_name("1|1.5|2")
-        ->check(CLI::IsMember({"1", "1.5", "2"}).description(""))
-        ->each([o](const std::string &) { o->given.stopBits = true; });
+    const LineOptionHandles line = AddLineSettings(cmd, o->texts);
+    line.baud->each([o](const std::string &) { o->given.baud = true; });
+    line.dataBits->each([o](const std::string &) { o->given.dataBits = true; });
+    line.parity->each([o](const std::string &) { o->given.parity = true; });
+    line.stopBits->each([o](const std::string &) { o->given.stopBits = true; });
     CLI::Option *append =
         cmd.add_flag_callback("--append", [o] { o->mode = RecordMode::Append; }, "add to an existing recording");
     CLI::Option *replace =
