@@ -213,22 +213,19 @@ bool PcapStream::flush()
     return true;
 }
 
-ExportResult RunPcapExport(const RecordReader &reader, const PcapExportOptions &options, const ExportRange &range,
-                           ExportSink &sink, const ExportHooks &hooks)
+namespace {
+
+ExportResult walk(const RecordReader &reader, PcapStream &stream, const ExportRange &range, ExportSink &sink,
+                  const ExportHooks &hooks)
 {
     ExportResult result;
-    if (!ValidateRange(reader, range, result.error)) {
-        result.status = ExportStatus::BadRange;
-        return result;
-    }
-    PcapStream stream(options, sink);
-    auto failed = [&]() {
+    auto failed = [&](std::string error) {
         result.status = ExportStatus::WriteFailed;
-        result.error = stream.error();
+        result.error = std::move(error);
         return result;
     };
     if (!stream.begin())
-        return failed();
+        return failed(stream.error());
     BlockCursor cursor(reader, 16384);
     const std::uint64_t total = range.last - range.first + 1;
     std::uint64_t untilPump = 0;
@@ -238,8 +235,10 @@ ExportResult RunPcapExport(const RecordReader &reader, const PcapExportOptions &
             if (hooks.progress)
                 hooks.progress(static_cast<int>((n - range.first) * 100 / total));
             if (hooks.stop && hooks.stop->load(std::memory_order_relaxed)) {
-                if (!stream.finish() || !sink.finish())
-                    return failed();
+                if (!stream.finish())
+                    return failed(stream.error());
+                if (!sink.finish())
+                    return failed(sink.errorText());
                 result.status = ExportStatus::Stopped;
                 return result;
             }
@@ -249,18 +248,32 @@ ExportResult RunPcapExport(const RecordReader &reader, const PcapExportOptions &
         if (!raw)
             break; // the file was cut while we read it: what is there has been written
         if (!stream.add(n, DecodeMp(raw)))
-            return failed();
+            return failed(stream.error());
         ++result.exported;
     }
     if (!stream.finish())
-        return failed();
-    if (!sink.finish()) {
-        result.status = ExportStatus::WriteFailed;
-        result.error = sink.errorText();
-        return result;
-    }
+        return failed(stream.error());
+    if (!sink.finish())
+        return failed(sink.errorText());
     if (hooks.progress)
         hooks.progress(100);
+    return result;
+}
+
+} // namespace
+
+ExportResult RunPcapExport(const RecordReader &reader, const PcapExportOptions &options, const ExportRange &range,
+                           ExportSink &sink, const ExportHooks &hooks, PcapCounts *counts)
+{
+    ExportResult result;
+    if (!ValidateRange(reader, range, result.error)) {
+        result.status = ExportStatus::BadRange;
+        return result;
+    }
+    PcapStream stream(options, sink);
+    result = walk(reader, stream, range, sink, hooks);
+    if (counts)
+        *counts = stream.counts();
     return result;
 }
 

@@ -106,9 +106,11 @@ private:
     std::string error_;
 };
 
-// Walks the range into a capture file through a PcapStream.
+// Walks the range into a capture file through a PcapStream; counts, when given, receives
+// what was written.
 [[nodiscard]] ExportResult RunPcapExport(const RecordReader &reader, const PcapExportOptions &options,
-                                         const ExportRange &range, ExportSink &sink, const ExportHooks &hooks = {});
+                                         const ExportRange &range, ExportSink &sink, const ExportHooks &hooks = {},
+                                         PcapCounts *counts = nullptr);
 
 // RTAC serial control lines of an MP's status lines (frames/frame.h LevelBit).
 [[nodiscard]] std::uint8_t RtacLines(std::uint8_t levels);

@@ -68,11 +68,13 @@ struct CliRun {
 };
 
 // Runs `program args` through bash (args may use quoting and process substitution) in the
-// C locale; a time-out of 20 s turns a hang into a failed run, not a stuck suite.
-inline CliRun RunCapture(const std::string &program, const std::string &args, const std::string &env = {})
+// C locale; a time-out of 20 s turns a hang into a failed run, not a stuck suite. Standard
+// error joins the output unless withErrors is false (then it is dropped).
+inline CliRun RunCapture(const std::string &program, const std::string &args, const std::string &env = {},
+                         bool withErrors = true)
 {
     const std::string cmd = "exec bash -c \"LANG=C LC_ALL=C " + env + " timeout 20 '" + program + "' " + args +
-                            " 2>&1\"";
+                            (withErrors ? " 2>&1\"" : " 2>/dev/null\"");
     CliRun r;
     std::FILE *p = popen(cmd.c_str(), "r");
     if (!p)
