@@ -1,47 +1,26 @@
 // kestrel-cli record: records a line (real ports or the simulated line) into a
 // record file through the same capture, recorder and writer as the window.
 
-#include <QCoreApplication>
-#include <QSocketNotifier>
-#include <QTimer>
-
-#include <algorithm>
-#include <chrono>
-#include <cerrno>
 #include <charconv>
-#include <csignal>
-#include <sys/stat.h>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
-#include <fcntl.h>
-#include <unistd.h>
 
-#include "base/console_prompter.h"
+#include "base/string_table.h"
 #include "capture/capture.h"
-#include "capture/recording_session.h"
-#include "record/clock.h"
-#include "record/record_file.h"
-#include "record/recording_check.h"
-#include "record/record_store.h"
 #include "capture/recorder.h"
-#include "ports/port_texts.h"
-#include "ports/scenario.h"
-#include "ports/sim_port.h"
-#include "ports/termios_port.h"
+#include "cli_common.h"
+#include "cli_line.h"
+#include "cli_session.h"
 #include "config/data_folder.h"
 #include "config/date_time_text.h"
 #include "config/record_setup.h"
-#include "base/string_table.h"
-#include "trigger_engine/trigger_engine.h"
-#include "trigger_engine/trigger_launcher.h"
-#include "triggers/trigger_texts.h"
-#include "cli_common.h"
-#include "cli_line.h"
+#include "ports/port_texts.h"
+#include "ports/scenario.h"
+#include "ports/sim_port.h"
+#include "triggers/trigger_list.h"
 
 namespace kestrel::cli {
 namespace {
@@ -152,84 +131,6 @@ std::optional<int> completeOptions(RecordOptions &o)
     return std::nullopt;
 }
 
-// Ctrl-C and SIGTERM reach the event loop through a pipe.
-int g_signalPipe[2] = {-1, -1};
-
-void onStopSignal(int)
-{
-    const char c = 's';
-    const int saved = errno;
-    [[maybe_unused]] const ssize_t n = ::write(g_signalPipe[1], &c, 1);
-    errno = saved;
-}
-
-bool installStopSignals()
-{
-    if (::pipe2(g_signalPipe, O_CLOEXEC | O_NONBLOCK) != 0)
-        return false;
-    struct sigaction sa {};
-    sa.sa_handler = onStopSignal;
-    sigemptyset(&sa.sa_mask);
-    sa.sa_flags = SA_RESTART;
-    // A file-size limit (quota, ulimit -f) would kill us in the middle of a write; ignored, the
-    // write falls short and is reported and handled like a full disk.
-    std::signal(SIGXFSZ, SIG_IGN);
-    return ::sigaction(SIGINT, &sa, nullptr) == 0 && ::sigaction(SIGTERM, &sa, nullptr) == 0;
-}
-
-// The recorder tells us when it went idle by itself (port lost, disk full).
-class CliRecorderView final : public RecorderView {
-public:
-    void SetRecordOffControls() override
-    {
-        if (active)
-            QTimer::singleShot(0, qApp, [] { QCoreApplication::quit(); });
-    }
-    bool active = false;
-};
-
-// Trigger evaluation tells what it waits for and what fired.
-class CliTriggerView final : public TriggerEngineView {
-public:
-    void triggerStatusText(const std::string &text) override
-    {
-        if (!text.empty())
-            std::printf("kestrel-cli record: %s\n", text.c_str());
-    }
-    void triggerFired(const TriggerDef &t, std::uint32_t mp) override
-    {
-        std::printf("kestrel-cli record: trigger %d (%s) fired at MP %u: %s\n", t.number, Printable(t.Name).c_str(), mp,
-                    DescribeTrigger(t).c_str());
-        std::fflush(stdout);
-    }
-};
-
-// A file that is not a recording is never touched; a recording only with --append or --replace.
-std::optional<int> refuseOutput(const std::string &output, int mode)
-{
-    struct stat st {};
-    if (::stat(output.c_str(), &st) != 0)
-        return std::nullopt; // missing: the recorder makes it (and says why when it cannot)
-    RecordReader reader;
-    if (const Result opened = reader.open(output); !opened) {
-        std::fprintf(stderr, "kestrel-cli record: cannot use %s: %s\n", output.c_str(), opened.detail.c_str());
-        return kExitFailure;
-    }
-    const RecordingCheck found = CheckRecording(reader, CheckDepth::Writable);
-    if (found.kind == RecordingKind::NotRecording) {
-        std::fprintf(stderr,
-                     "kestrel-cli record: %s is not a Kestrel recording (%s); it is left unchanged. "
-                     "Remove it or record into another file.\n",
-                     output.c_str(), DescribeProblem(found).c_str());
-        return kExitFailure;
-    }
-    if (found.isRecording() && mode == RecordMode::None) {
-        std::fprintf(stderr, "kestrel-cli record: %s holds a recording; use --append or --replace\n", output.c_str());
-        return kExitUsage;
-    }
-    return std::nullopt;
-}
-
 int runRecord(RecordOptions o)
 {
     SetGlobalLang(cli::LanguageFromEnvironment()); // messages in German when the locale asks for it
@@ -237,134 +138,32 @@ int runRecord(RecordOptions o)
         return *exit;
 
     std::error_code ec;
-    const std::string output = std::filesystem::absolute(o.output, ec).lexically_normal().string();
-    if (const auto refused = refuseOutput(output, o.mode))
+    SessionRun run;
+    run.output = std::filesystem::absolute(o.output, ec).lexically_normal().string();
+    if (const auto refused = RefuseRecordFile("record", run.output, o.mode))
         return *refused;
 
-    std::optional<Scenario> scenario;
     if (o.simulate) {
         ScenarioError err;
-        scenario = o.scenario.empty() ? ParseScenario(DemoScenarioText(), err) : LoadScenarioFile(o.scenario, err);
-        if (!scenario) {
+        run.scenario = o.scenario.empty() ? ParseScenario(DemoScenarioText(), err) : LoadScenarioFile(o.scenario, err);
+        if (!run.scenario) {
             std::fprintf(stderr, "kestrel-cli record: %s: %s\n",
                          o.scenario.empty() ? "demo scenario" : Printable(o.scenario).c_str(), Printable(err.text()).c_str());
             return kExitUsage;
         }
         // A scenario faster than the line settings is recorded at its own rate unless --baud
         // says otherwise (a real UART could not receive faster than it is set).
-        if (!o.given.baud && scenario->baud > ParseBaudText(o.texts.baud).value_or(0))
-            o.texts.baud = std::to_string(scenario->baud);
+        if (!o.given.baud && run.scenario->baud > ParseBaudText(o.texts.baud).value_or(0))
+            o.texts.baud = std::to_string(run.scenario->baud);
     }
-
-    int argc = 1;
-    char name[] = "kestrel-cli";
-    char *argv[] = {name, nullptr};
-    QCoreApplication app(argc, argv);
-    if (!installStopSignals()) {
-        std::fprintf(stderr, "kestrel-cli record: cannot install signal handlers: %s\n", std::strerror(errno));
-        return kExitFailure;
-    }
-
-    ConsolePrompter prompter;
-    PromptReporter reporter(prompter);
-    std::unique_ptr<RecordingSession> session =
-        o.simulate ? RecordingSession::Simulated(std::move(*scenario), reporter)
-                   : RecordingSession::Serial({o.portA, o.portB}, reporter);
-    session->capture().setStoredIndexes(0, 1);
-    session->file().setPath(output);
-    Recorder &recorder = session->recorder();
-    CliRecorderView view;
-    recorder.setView(&view);
-    recorder.setDelay([](std::chrono::milliseconds) {}); // no redraw thread to wait for
-    recorder.setAppendReplace(o.mode);
-    SimLine *line = session->simLine();
-
-    CliTriggerView triggerView;
-    TriggerLauncher launcher(reporter);
-    launcher.setAllowed(o.allowActions);
-    launcher.setStatusSink([](const std::string &text) { std::fprintf(stderr, "kestrel-cli record: %s\n", text.c_str()); });
-    if (o.triggers.ActiveCount() > 0) {
-        auto engine = std::make_unique<TriggerEngine>();
-        engine->setTriggers(&o.triggers);
-        engine->setActions(&launcher);
-        engine->setView(&triggerView);
-        session->setTriggerHooks(std::move(engine));
-    }
-
-    // Prove the ports and settings before the file is touched: a busy port must not cost a recording.
-    bool portsOpen = true;
-    for (const Result &r : session->tryPorts(o.texts)) {
-        ReportCaptureResult(reporter, r);
-        portsOpen = portsOpen && IsCaptureWarning(r);
-    }
-    if (!portsOpen)
-        return kExitFailure;
-
-    session->record();
-    if (!session->recording())
-        return kExitFailure; // the reason was printed through the reporter
-    view.active = true;
-
-    auto stop = [&session] {
-        session->drainAndStop();
-        QCoreApplication::quit();
-    };
-    QSocketNotifier signalNotifier(g_signalPipe[0], QSocketNotifier::Read);
-    QObject::connect(&signalNotifier, &QSocketNotifier::activated, &app, [&] {
-        char buf[16];
-        while (::read(g_signalPipe[0], buf, sizeof buf) > 0) {
-        }
-        stop();
-    });
-    // A timer's interval is an int of milliseconds: recordings of weeks wait in steps of a day.
-    QTimer durationTimer;
-    durationTimer.setSingleShot(true);
-    durationTimer.setTimerType(Qt::PreciseTimer);
-    const auto deadline = std::chrono::steady_clock::now() +
-                          std::chrono::milliseconds(static_cast<std::int64_t>(o.duration.value_or(0) * 1000.0));
-    auto armDuration = [&] {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0)
-            stop();
-        else
-            durationTimer.start(static_cast<int>(std::min<std::int64_t>(left.count(), 86'400'000)));
-    };
-    QObject::connect(&durationTimer, &QTimer::timeout, &app, armDuration);
-    if (o.duration)
-        armDuration();
-    QTimer finishedWatch;
-    if (line) {
-        line->restart();
-        line->start();
-        if (!o.duration) {
-            QObject::connect(&finishedWatch, &QTimer::timeout, &app, [&] {
-                if (line->finished())
-                    stop();
-            });
-            finishedWatch.start(50);
-        }
-    }
-
-    app.exec();
-    if (line)
-        line->stopTimer();
-    if (session->loaded())
-        session->drainAndStop();
-    view.active = false;
-
-    RecordReader check;
-    const std::uint64_t mps = check.open(output) ? check.recordCount() : 0;
-    std::printf("kestrel-cli record: %s: %llu MPs in the file\n", output.c_str(),
-                 static_cast<unsigned long long>(mps));
-    if (!launcher.skipped().empty()) {
-        std::printf("kestrel-cli record: %zu trigger actions were not run (give --allow-actions to run them):\n",
-                    launcher.skipped().size());
-        for (const std::string &line : launcher.skipped())
-            std::printf("  %s\n", Printable(line).c_str());
-    }
-    if (recorder.writeFailed() || recorder.portLost())
-        return kExitFailure;
-    return kExitOk;
+    run.portA = o.portA;
+    run.portB = o.portB;
+    run.texts = o.texts;
+    run.mode = o.mode;
+    run.duration = o.duration;
+    run.triggers = o.triggers;
+    run.allowActions = o.allowActions;
+    return RunRecordingSession(run);
 }
 
 // A number of seconds above 0, at most 10^7 (nearly four months).
