@@ -19,6 +19,7 @@
 #include "base/string_table.h"
 #include "capture/recording_session.h"
 #include "cli_common.h"
+#include "ports/port_texts.h"
 #include "ports/sim_port.h"
 #include "record/record_reader.h"
 #include "record/recording_check.h"
@@ -113,6 +114,21 @@ std::optional<int> RefuseRecordFile(const char *command, const std::string &outp
     return std::nullopt;
 }
 
+
+bool LoadSessionScenario(SessionRun &run, const std::string &file, bool baudGiven)
+{
+    ScenarioError err;
+    run.scenario = LoadScenario(file, err);
+    if (!run.scenario) {
+        std::fprintf(stderr, "kestrel-cli %s: %s: %s\n", run.command,
+                     file.empty() ? "demo scenario" : Printable(file).c_str(), Printable(err.text()).c_str());
+        return false;
+    }
+    // A real UART could not receive faster than it is set; a scenario may.
+    if (!baudGiven && run.scenario->baud > ParseBaudText(run.texts.baud).value_or(0))
+        run.texts.baud = std::to_string(run.scenario->baud);
+    return true;
+}
 
 int RunRecordingSession(SessionRun &run)
 {

@@ -41,6 +41,11 @@ struct SessionRun {
 // a write that fell short, a port lost).
 [[nodiscard]] int RunRecordingSession(SessionRun &run);
 
+// The simulated line of a scenario file, or the built-in demo for an empty name; a
+// scenario faster than the line settings is recorded at its own rate unless the
+// baud rate was given. False, with the reason on standard error, when it cannot be read.
+[[nodiscard]] bool LoadSessionScenario(SessionRun &run, const std::string &file, bool baudGiven);
+
 // A file that is not a recording is never touched; a recording only when mode says
 // append or replace. The exit code and message when the file cannot be used.
 [[nodiscard]] std::optional<int> RefuseRecordFile(const char *command, const std::string &path, int mode);

@@ -143,22 +143,11 @@ int runRecord(RecordOptions o)
     if (const auto refused = RefuseRecordFile("record", run.output, o.mode))
         return *refused;
 
-    if (o.simulate) {
-        ScenarioError err;
-        run.scenario = o.scenario.empty() ? ParseScenario(DemoScenarioText(), err) : LoadScenarioFile(o.scenario, err);
-        if (!run.scenario) {
-            std::fprintf(stderr, "kestrel-cli record: %s: %s\n",
-                         o.scenario.empty() ? "demo scenario" : Printable(o.scenario).c_str(), Printable(err.text()).c_str());
-            return kExitUsage;
-        }
-        // A scenario faster than the line settings is recorded at its own rate unless --baud
-        // says otherwise (a real UART could not receive faster than it is set).
-        if (!o.given.baud && run.scenario->baud > ParseBaudText(o.texts.baud).value_or(0))
-            o.texts.baud = std::to_string(run.scenario->baud);
-    }
+    run.texts = o.texts;
+    if (o.simulate && !LoadSessionScenario(run, o.scenario, o.given.baud))
+        return kExitUsage;
     run.portA = o.portA;
     run.portB = o.portB;
-    run.texts = o.texts;
     run.mode = o.mode;
     run.duration = o.duration;
     run.triggers = o.triggers;
