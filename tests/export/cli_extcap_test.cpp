@@ -185,6 +185,15 @@ TEST_F(LiveCapture, AReaderThatGoesAwayEndsTheCaptureAndTheTemporaryRecording)
     EXPECT_TRUE(std::filesystem::is_empty(tmp)) << "the temporary recording is removed";
 }
 
+TEST(Extcap, PortsThatDoNotOpenEndTheCaptureWithAMessage)
+{
+    test::TempDir dir;
+    const test::CliRun r = cli("extcap --extcap-interface kestrel-ports --capture --fifo '" + dir.file("out") +
+                               "' --port-a /dev/kestrel-none-a --port-b /dev/kestrel-none-b");
+    EXPECT_EQ(r.code, 3) << r.out;
+    EXPECT_NE(r.out.find("The device does not exist."), std::string::npos) << r.out;
+}
+
 TEST(Extcap, InstallsItsEntryAndLeavesAForeignOneAlone)
 {
     test::TempDir home;

@@ -18,6 +18,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "base/string_table.h"
 #include "capture/recording_session.h"
 #include "cli_common.h"
 #include "cli_line.h"
@@ -138,6 +139,7 @@ private:
 
 int runCapture(ExtcapCommand &cl)
 {
+    SetGlobalLang(LanguageFromEnvironment()); // the ports' and recorder's messages
     const bool sim = cl.interface == kSimInterface;
     if (!sim && cl.interface != kPortsInterface)
         return UsageError("extcap", "unknown interface '" + Printable(cl.interface) + "' (known: " + kPortsInterface +
