@@ -27,15 +27,7 @@ test::CliRun cli(const std::string &args, const std::string &env = {})
     return test::RunCapture(KESTREL_CLI_PATH, args, env);
 }
 
-bool haveTshark() { return std::system("command -v tshark >/dev/null 2>&1") == 0; }
 
-std::string slurp(const std::string &path)
-{
-    std::ifstream f(path, std::ios::binary);
-    std::stringstream s;
-    s << f.rdbuf();
-    return s.str();
-}
 
 TEST(Extcap, AnswersWiresharksQuestions)
 {
@@ -126,9 +118,9 @@ TEST_F(LiveCapture, SigtermEndsTheCaptureCleanlyWithEveryByteDelivered)
                                      {"extcap", "--extcap-interface", "kestrel-sim", "--capture", "--fifo", fifo,
                                       "--record", ksr, "--protocol", "mbrtu"},
                                      log);
-    ASSERT_TRUE(waitFor(3000)) << slurp(log); // some frames have come
+    ASSERT_TRUE(waitFor(3000)) << test::ReadWholeFile(log); // some frames have come
     ASSERT_EQ(::kill(pid, SIGTERM), 0);
-    EXPECT_EQ(test::WaitCli(pid), 0) << slurp(log);
+    EXPECT_EQ(test::WaitCli(pid), 0) << test::ReadWholeFile(log);
     reader.join();
 
     const test::CaptureFile f = test::ReadPcapng(received);
@@ -181,7 +173,7 @@ TEST_F(LiveCapture, AReaderThatGoesAwayEndsTheCaptureAndTheTemporaryRecording)
         return p;
     }();
     reader.join(); // read 200 bytes and closed its end
-    EXPECT_EQ(test::WaitCli(pid, std::chrono::seconds(15)), 0) << slurp(log);
+    EXPECT_EQ(test::WaitCli(pid, std::chrono::seconds(15)), 0) << test::ReadWholeFile(log);
     EXPECT_TRUE(std::filesystem::is_empty(tmp)) << "the temporary recording is removed";
 }
 
@@ -212,12 +204,12 @@ TEST(Extcap, InstallsItsEntryAndLeavesAForeignOneAlone)
     r = cli("extcap --install", env);
     EXPECT_EQ(r.code, 2) << r.out;
     EXPECT_NE(r.out.find("is not Kestrel's"), std::string::npos) << r.out;
-    EXPECT_EQ(slurp(entry), "#!/bin/sh\necho someone else's\n");
+    EXPECT_EQ(test::ReadWholeFile(entry), "#!/bin/sh\necho someone else's\n");
 }
 
 TEST(Extcap, TsharkCapturesLiveFromTheSimulatedLine)
 {
-    if (!haveTshark())
+    if (!test::HaveTshark())
         GTEST_SKIP() << "tshark is not installed (apt-get install tshark)";
     test::TempDir home;
     const std::string env = "HOME='" + home.path().string() + "' XDG_CONFIG_HOME=";

@@ -24,10 +24,9 @@
 namespace kestrel {
 namespace {
 
-bool haveTshark() { return std::system("command -v tshark >/dev/null 2>&1") == 0; }
 
 #define NEED_TSHARK()                                                                                                  \
-    if (!haveTshark())                                                                                                 \
+    if (!test::HaveTshark())                                                                                                 \
     GTEST_SKIP() << "tshark is not installed (apt-get install tshark)"
 
 test::CliRun cli(const std::string &args) { return test::RunCapture(KESTREL_CLI_PATH, args, "TZ=Europe/Berlin"); }
@@ -51,13 +50,6 @@ std::vector<std::vector<std::string>> tshark(const std::string &file, const std:
     return rows;
 }
 
-std::string slurp(const std::string &path)
-{
-    std::ifstream f(path, std::ios::binary);
-    std::stringstream s;
-    s << f.rdbuf();
-    return s.str();
-}
 
 struct PcapCli : ::testing::Test {
     test::TempDir dir;
@@ -186,9 +178,9 @@ TEST_F(PcapCli, CaptureFilesAreNeverWrittenOverAndBadOptionsSayWhy)
         EXPECT_EQ(r.code, c.code) << c.args << "\n" << r.out;
         EXPECT_NE(r.out.find(c.says), std::string::npos) << c.args << "\n" << r.out;
     }
-    EXPECT_EQ(slurp(ng), "someone's capture");
+    EXPECT_EQ(test::ReadWholeFile(ng), "someone's capture");
     ASSERT_EQ(cli("export '" + ksr + "' --format pcapng --overwrite -o '" + ng + "'").code, 0);
-    EXPECT_EQ(slurp(ng).substr(0, 4), std::string("\x0a\x0d\x0d\x0a", 4));
+    EXPECT_EQ(test::ReadWholeFile(ng).substr(0, 4), std::string("\x0a\x0d\x0d\x0a", 4));
 }
 
 } // namespace

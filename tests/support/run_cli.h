@@ -89,4 +89,7 @@ inline CliRun RunCapture(const std::string &program, const std::string &args, co
     return r;
 }
 
+// Wireshark's tshark: the tests that read capture files with it are skipped without it.
+inline bool HaveTshark() { return std::system("command -v tshark >/dev/null 2>&1") == 0; }
+
 } // namespace kestrel::test

@@ -2,6 +2,8 @@
 // A fresh folder under the system temp folder, removed with everything in it.
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <random>
 #include <string>
 
@@ -29,5 +31,14 @@ public:
 private:
     std::filesystem::path path_;
 };
+
+// The whole content of a file (empty when it cannot be read).
+inline std::string ReadWholeFile(const std::string &path)
+{
+    std::ifstream f(path, std::ios::binary);
+    std::stringstream s;
+    s << f.rdbuf();
+    return s.str();
+}
 
 } // namespace kestrel::test

@@ -116,6 +116,20 @@ CLI::Validator WholeNumber(T lo, T hi)
         "");
 }
 
+// A decimal number above 0 and at most hi; what names the unit in the message ("seconds").
+inline CLI::Validator PositiveNumber(double hi, const std::string &what)
+{
+    return CLI::Validator(
+        [hi, what](std::string &text) {
+            double d = 0;
+            const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), d);
+            if (ec != std::errc() || end != text.data() + text.size() || !(d > 0) || d > hi)
+                return "needs a positive number of " + what + ", not '" + text + "'";
+            return std::string();
+        },
+        "");
+}
+
 inline const CLI::Validator kNotEmpty(
     [](std::string &text) { return text.empty() ? std::string("needs a value that is not empty") : std::string(); },
     "");

@@ -44,15 +44,7 @@ struct FrameOptions {
 };
 
 // A number of character times above 0, at most 10^6.
-inline const CLI::Validator kGapRule(
-    [](std::string &text) {
-        double d = 0;
-        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), d);
-        if (ec != std::errc() || end != text.data() + text.size() || !(d > 0) || d > 1e6)
-            return "takes a number of character times above 0, not '" + text + "'";
-        return std::string();
-    },
-    "");
+inline const CLI::Validator kGapRule = PositiveNumber(1e6, "character times");
 
 inline void AddFrameOptions(CLI::App &cmd, FrameOptions &o)
 {

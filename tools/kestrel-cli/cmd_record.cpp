@@ -156,15 +156,7 @@ int runRecord(RecordOptions o)
 }
 
 // A number of seconds above 0, at most 10^7 (nearly four months).
-const CLI::Validator kSecondsRule(
-    [](std::string &text) {
-        double d = 0;
-        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), d);
-        if (ec != std::errc() || end != text.data() + text.size() || !(d > 0) || d > 1e7)
-            return "needs a positive number of seconds, not '" + text + "'";
-        return std::string();
-    },
-    "");
+const CLI::Validator kSecondsRule = PositiveNumber(1e7, "seconds");
 
 std::function<int()> declareRecord(CLI::App &cmd)
 {
