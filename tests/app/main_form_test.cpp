@@ -35,6 +35,7 @@
 #include "base/string_table.h"
 #include "support/scripted_prompter.h"
 #include "support/stale_language.h"
+#include "support/screenshots.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
@@ -46,13 +47,7 @@ char g_arg0[] = "test_main_form";
 char *g_argv[] = {g_arg0, nullptr};
 const QApplication *const g_app = new QApplication(g_argc, g_argv);
 
-void pump(int ms)
-{
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-}
+void pump(int ms) { test::Pump(ms); }
 
 struct Marks {
     std::vector<std::pair<std::uint32_t, int>> system; // (MP number, mark code)

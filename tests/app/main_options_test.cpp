@@ -27,6 +27,7 @@
 #include "present/grid/grid_options.h"
 #include "present/grid/record_grid.h"
 #include "support/scripted_prompter.h"
+#include "support/screenshots.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
@@ -38,13 +39,7 @@ char g_arg0[] = "test_main_options";
 char *g_argv[] = {g_arg0, nullptr};
 const QApplication *const g_app = new QApplication(g_argc, g_argv);
 
-void pump(int ms)
-{
-    QElapsedTimer t;
-    t.start();
-    while (t.elapsed() < ms)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-}
+void pump(int ms) { test::Pump(ms); }
 
 std::string ReadAll(const std::filesystem::path &p)
 {
