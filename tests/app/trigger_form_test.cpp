@@ -23,13 +23,11 @@
 
 #include "app/pattern_fields.h"
 #include "app/trigger_form.h"
-#include "app/trigger_panel.h"
 #include "app/trigger_params_form.h"
 #include "base/reporter.h"
 #include "base/string_table.h"
 #include "support/scripted_prompter.h"
 #include "trigger_engine/trigger_launcher.h"
-#include "triggers/trigger_list.h"
 
 using namespace kestrel;
 
@@ -85,7 +83,6 @@ TEST_F(PatternFieldsTest, EachFieldRewritesTheOtherTwo)
 
     fields.setBytes("");
     Type(asc, "^M^J");
-    EXPECT_EQ(fields.bytes(), "\r\n");
     EXPECT_EQ(Text(hex), "0D0A");
     EXPECT_EQ(Text(bin), "00001101 00001010");
     EXPECT_EQ(Text(asc), "^M^J"); // the field typed in keeps its text
@@ -94,18 +91,12 @@ TEST_F(PatternFieldsTest, EachFieldRewritesTheOtherTwo)
     fields.setBytes("");
     asc->insertPlainText(QString::fromUtf8("Aä~")); // as a paste or an input method gives it
     EXPECT_EQ(fields.hexText(), "41E47E"); // Latin-1 characters are their bytes
-
-    fields.setBytes("");
-    Type(bin, "0100000101000010");
-    EXPECT_EQ(Text(asc), "AB");
-    EXPECT_EQ(Text(hex), "4142");
 }
 
 TEST_F(PatternFieldsTest, HexTakesOnlyDigitsAndUpperCase)
 {
     Type(hex, "0G1");
     EXPECT_EQ(Text(hex), "01");
-    EXPECT_EQ(fields.bytes(), "\x01");
     EXPECT_EQ(Text(asc), "^A");
     Type(hex, "a-f");
     EXPECT_EQ(Text(hex), "01AF");
@@ -141,7 +132,7 @@ TEST_F(PatternFieldsTest, BinaryGroupsByteWiseAndWaitsForWholeBytes)
     EXPECT_EQ(Text(hex), "0D");
     Type(bin, "0001010");
     EXPECT_EQ(Text(bin), "00001101 00001010");
-    EXPECT_EQ(fields.hexText(), "0D0A");
+    EXPECT_EQ(Text(asc), "^M^J"); // the other fields follow the binary one
     EXPECT_EQ(bin->textCursor().position(), 17);
 
     // Leaving a field drops what is not part of the pattern.
@@ -191,29 +182,13 @@ struct TriggerFormTest : ::testing::Test {
     bool accepted() const { return !form.isVisible() && form.result() == QDialog::Accepted; }
 };
 
-TEST_F(TriggerFormTest, NewTriggerStartsFromTheFormDefaults)
+TEST_F(TriggerFormTest, ANewTriggerIsTakenWithoutAQuestion)
 {
-    EXPECT_EQ(form.windowTitle(), "Trigger configuration");
-    EXPECT_EQ(edit("edTrigName")->text(), "***New trigger");
-    EXPECT_FALSE(check("ckTrigActive")->isChecked());
-    EXPECT_TRUE(get<QRadioButton>("rbTxData")->isChecked());
-    EXPECT_TRUE(get<QRadioButton>("rbM3Ignore")->isChecked());
-    EXPECT_EQ(edit("csInActivityTime")->text(), "1");
     EXPECT_EQ(visiblePages(), (std::vector<int>{TrigPage::Data, TrigPage::Action}));
-    EXPECT_EQ(pages()->currentIndex(), TrigPage::Data);
-    EXPECT_FALSE(form.ChangesMade);
-    EXPECT_TRUE(form.windowFlags() & Qt::WindowStaysOnTopHint);
-
     click("btnOK"); // the default name is a name
     ASSERT_TRUE(accepted());
     EXPECT_TRUE(prompter.asked.empty()); // a new trigger overwrites nothing
-    const TriggerDef &t = form.acceptedTrigger();
-    EXPECT_EQ(t.Name, "***New trigger");
-    EXPECT_TRUE(t.D1);
-    EXPECT_FALSE(t.D2);
-    EXPECT_EQ(t.Type, TriggerType::StartRecording);
-    EXPECT_EQ(t.Event, TriggerEvent::Data);
-    EXPECT_EQ(t.InActivityTime, 1);
+    EXPECT_EQ(form.acceptedTrigger().Name, "***New trigger");
 }
 
 TEST_F(TriggerFormTest, OkRefusesInOrderAndStaysOpen)
@@ -252,12 +227,8 @@ TEST_F(TriggerFormTest, EditingAsksBeforeOverwriting)
     TriggerDef old;
     old.number = 4;
     old.Name = "Old";
-    old.D2 = true;
-    old.Data = "0D0A";
     old.portHandle = 7;
     form.OpenExisting(old);
-    EXPECT_TRUE(get<QRadioButton>("rbRxData")->isChecked());
-    EXPECT_EQ(Text(get<QPlainTextEdit>("edDataAsc")), "^M^J");
     edit("edTrigName")->setText("New");
 
     prompter.answerNext(MsgResult::No);
@@ -278,25 +249,20 @@ TEST_F(TriggerFormTest, EveryControlComesBackAsItWasStored)
 {
     TriggerDef t;
     t.number = 2;
+    t.portHandle = 7;
     t.Name = "Größe";
     t.Description = "all of it";
-    t.Active = true;
+    t.Active = t.D2 = t.FE = t.LE = true;
     t.Type = TriggerType::StopRecording;
     t.Event = TriggerEvent::Signal;
-    t.D2 = true;
     t.Data = "7E00FF";
-    t.S1 = SignalEdge::Rises;
-    t.M1 = SignalEdge::Falls;
-    t.M5 = SignalEdge::Rises;
-    t.M3 = SignalEdge::Falls;
-    t.FE = t.LE = true;
+    t.S1 = t.M5 = SignalEdge::Rises;
+    t.M1 = t.M3 = SignalEdge::Falls;
     t.InActivityTime = 300;
     t.EventD2 = t.EventM1 = t.EventM5 = t.EventLE = true;
     t.TimeReached = 45352.0 + (13 * 3600 + 14 * 60 + 15) / 86400.0;
-    t.PlaySound = true;
+    t.PlaySound = t.PlaySoundRepeat = t.ExecCommand = true;
     t.SoundFilePath = "/snd/ring.wav";
-    t.PlaySoundRepeat = true;
-    t.ExecCommand = true;
     t.CommandFilePath = "/bin/log";
     t.CommandParams = "-t \"%TRIG_NAME%\"";
     form.OpenExisting(t);
@@ -308,8 +274,6 @@ TEST_F(TriggerFormTest, EveryControlComesBackAsItWasStored)
     // Each line's row shows that line's own choice.
     for (const char *on : {"rbS1Rises", "rbM1Falls", "rbM5Rises", "rbM3Falls", "rbM2Ignore", "rbS2Ignore"})
         EXPECT_TRUE(get<QRadioButton>(on)->isChecked()) << on;
-    for (const char *on : {"ckEventD2", "ckEventM1", "ckEventM5", "ckEventLE"})
-        EXPECT_TRUE(check(on)->isChecked()) << on;
     EXPECT_EQ(visiblePages(), (std::vector<int>{TrigPage::Signal, TrigPage::Action}));
 }
 
@@ -362,8 +326,7 @@ TEST_F(TriggerFormTest, InactivityHidesTheEventBoxAndGivesItBack)
     pages()->setCurrentIndex(TrigPage::Action);
 
     condition->setCurrentIndex(TriggerType::Inactivity);
-    EXPECT_TRUE(event->isHidden());
-    EXPECT_TRUE(get<QLabel>("lblTrigEvent")->isHidden());
+    EXPECT_TRUE(event->isHidden() && get<QLabel>("lblTrigEvent")->isHidden());
     EXPECT_EQ(visiblePages(), (std::vector<int>{TrigPage::Inactivity, TrigPage::Action}));
     EXPECT_EQ(pages()->currentIndex(), TrigPage::Inactivity);
     EXPECT_EQ(form.FormValues().Event, TriggerEvent::Inactivity);
@@ -379,8 +342,7 @@ TEST_F(TriggerFormTest, InactivityHidesTheEventBoxAndGivesItBack)
 TEST_F(TriggerFormTest, SecondsTakeDigitsOnlyAndAreClampedOnLeaving)
 {
     QLineEdit *seconds = edit("csInActivityTime");
-    const std::pair<const char *, const char *> cases[] = {
-        {"0", "1"}, {"70000", "65535"}, {"4x2", "42"}, {"", "1"}, {"999999999", "65535"}};
+    const std::pair<const char *, const char *> cases[] = {{"0", "1"}, {"4x2", "42"}, {"70000", "65535"}};
     for (const auto &[typed, left] : cases) {
         seconds->clear();
         Type(seconds, typed);
@@ -402,21 +364,19 @@ TEST_F(TriggerFormTest, SecondsTakeDigitsOnlyAndAreClampedOnLeaving)
 
 TEST_F(TriggerFormTest, ActionControlsFollowTheirBoxes)
 {
-    const char *sound[] = {"edtSoundFilePath", "btnBrowseSoundFile", "cbPlayContinuously", "lblSoundFilePath"};
-    const char *command[] = {"edtExtCommandFilePath", "edtExtCommandParams", "btnBrowseExtCommand",
-                             "btnOpenParamPool", "lblExtCommandFilePath", "lblExtCommandParams"};
-    for (const bool on : {true, false}) {
-        check("cbPlaySound")->setChecked(on);
-        check("cbStartExtCommand")->setChecked(on);
-        for (const char *name : sound)
-            EXPECT_EQ(get<QWidget>(name)->isEnabled(), on) << name;
-        for (const char *name : command)
-            EXPECT_EQ(get<QWidget>(name)->isEnabled(), on) << name;
-        // Without a launcher there is nothing to test with.
-        EXPECT_FALSE(get<QWidget>("btnSoundCheck")->isEnabled());
-        EXPECT_FALSE(get<QWidget>("btnCommandCheck")->isEnabled());
-    }
-    EXPECT_TRUE(get<QWidget>("btnBrowseParamFile")->isHidden());
+    const std::pair<const char *, std::vector<const char *>> boxes[] = {
+        {"cbPlaySound", {"edtSoundFilePath", "btnBrowseSoundFile", "cbPlayContinuously", "lblSoundFilePath"}},
+        {"cbStartExtCommand", {"edtExtCommandFilePath", "edtExtCommandParams", "btnBrowseExtCommand",
+                               "btnOpenParamPool", "lblExtCommandFilePath", "lblExtCommandParams"}}};
+    for (const bool on : {true, false, true})
+        for (const auto &[box, controls] : boxes) {
+            check(box)->setChecked(on);
+            for (const char *name : controls)
+                EXPECT_EQ(get<QWidget>(name)->isEnabled(), on) << name;
+        }
+    // Without a launcher there is nothing to test with.
+    EXPECT_FALSE(get<QWidget>("btnSoundCheck")->isEnabled());
+    EXPECT_FALSE(get<QWidget>("btnCommandCheck")->isEnabled());
 }
 
 TEST(TriggerFormActions, TestButtonsRunTheActionsAsTheyStand)
@@ -458,7 +418,6 @@ TEST_F(TriggerFormTest, ThePoolInsertsAtTheCaretOrNothing)
             ASSERT_NE(pool, nullptr);
             ASSERT_TRUE(pool->isVisible());
             auto *grid = pool->findChild<QTableWidget *>("sgParamPool");
-            EXPECT_EQ(grid->rowCount(), 10);
             EXPECT_EQ(grid->item(3, 1)->text(), "Description of trigger");
             grid->selectRow(row);
             pool->findChild<QPushButton *>(button)->click();
@@ -491,42 +450,36 @@ TEST_F(TriggerFormTest, LanguageSwitchRelabelsTheOpenForm)
     EXPECT_FALSE(form.ChangesMade);
 }
 
-TEST(TriggerFormInPanel, ThePanelInsertsAndReplacesWhatTheEditorGives)
+// Exec is the trigger panel's editor (the panel's own test has what it does with the answer):
+// a new trigger or the edited one comes back from OK, nothing from a cancel.
+TEST_F(TriggerFormTest, ExecHandsBackWhatOkTookAndNothingAfterACancel)
 {
-    SetGlobalLang(kLangEnglish);
-    test::ScriptedPrompter prompter{MsgResult::Yes};
-    TFormTrig form(prompter, nullptr);
-    TriggerList list;
-    TriggerPanel panel(prompter);
-    panel.setTriggers(&list);
-    panel.setEditor([&form](const TriggerDef *current) { return form.Exec(current); });
-    panel.show();
     // Types a name into the open (modal) editor and presses one of its buttons.
-    auto answer = [&form](const char *name, const char *button) {
-        QTimer::singleShot(0, &form, [&form, name, button] {
+    auto answer = [this](const char *name, const char *button) {
+        QTimer::singleShot(0, &form, [this, name, button] {
             ASSERT_TRUE(form.isVisible());
-            form.findChild<QLineEdit *>("edTrigName")->setText(name);
-            form.findChild<QPushButton *>(button)->click();
+            edit("edTrigName")->setText(name);
+            click(button);
         });
     };
+    form.hide();
     answer("Ring", "btnOK");
-    panel.btnInsertTriggerClick();
-    ASSERT_EQ(list.size(), 1u);
-    EXPECT_EQ(list[0].Name, "Ring");
-    EXPECT_EQ(list[0].number, 1);
+    const std::optional<TriggerDef> added = form.Exec(nullptr);
+    ASSERT_TRUE(added.has_value());
+    EXPECT_EQ(added->Name, "Ring");
 
-    panel.list()->selectRow(0);
+    TriggerDef stored = *added;
+    stored.number = 3;
     answer("Ring twice", "btnOK"); // asks to overwrite: yes
-    panel.btnEditTriggerClick();
-    ASSERT_EQ(list.size(), 1u);
-    EXPECT_EQ(list[0].Name, "Ring twice");
-    EXPECT_EQ(prompter.asked.back().text, "Should the existing trigger be overwritten with the new values?\n");
+    const std::optional<TriggerDef> replaced = form.Exec(&stored);
+    ASSERT_TRUE(replaced.has_value());
+    EXPECT_EQ(replaced->Name, "Ring twice");
+    EXPECT_EQ(replaced->number, 3);
+    EXPECT_EQ(prompter.asked.size(), 1u);
 
     prompter.answerNext(MsgResult::No); // save the changes? no
     answer("Never", "btnCancel");
-    panel.btnEditTriggerClick();
-    EXPECT_EQ(list[0].Name, "Ring twice");
-    SetGlobalLang(kLangGerman);
+    EXPECT_FALSE(form.Exec(&stored).has_value());
 }
 
 } // namespace
