@@ -63,8 +63,8 @@ struct Form {
     explicit Form(const std::string &file = "/srv/setups/line 7.kef")
     {
         SetGlobalLang(kLangEnglish);
-        form.setEnvironment(&env, file);
         form.setChangeHandler([this] { ++changes; });
+        form.setEnvironment(&env, file);
     }
     QLineEdit *edit(const std::string &name) { return form.findChild<QLineEdit *>(QString::fromStdString(name)); }
     QPlainTextEdit *memo() { return form.findChild<QPlainTextEdit *>("memEnvDescription"); }
@@ -93,35 +93,27 @@ TEST(EnvConfForm, FieldsShowTheHeaderAndEachEditGoesToItsOwnKey)
 {
     Form f;
     EXPECT_EQ(f.form.findChild<QLabel *>("lblEnvFileName")->text(), "/srv/setups/line 7.kef");
-    for (const auto &k : kGeneralKeys) {
-        ASSERT_NE(f.edit(std::string("edtGen") + k.key), nullptr) << k.key;
-        EXPECT_EQ(f.edit(std::string("edtGen") + k.key)->text().toStdString(), f.env.general.*k.field);
-    }
-    for (const auto &k : kCustomerKeys) {
-        ASSERT_NE(f.edit(std::string("edtCust") + k.key), nullptr) << k.key;
-        EXPECT_EQ(f.edit(std::string("edtCust") + k.key)->text().toStdString(), f.env.customer.*k.field);
-    }
     EXPECT_EQ(f.memo()->toPlainText(), "first line\n\nthird line");
     EXPECT_EQ(f.changes, 0) << "showing the environment is no change";
 
-    // One field at a time: only its own key changes, and every one marks the environment changed.
+    // One field at a time: it shows its own key, an edit changes only that key and marks the environment changed.
     Environment expected = f.env;
-    for (const auto &k : kGeneralKeys) {
-        const int before = f.changes;
-        f.edit(std::string("edtGen") + k.key)->setText(QString("new ") + k.key);
-        expected.general.*k.field = std::string("new ") + k.key;
-        EXPECT_EQ(f.env.general, expected.general) << k.key;
-        EXPECT_GT(f.changes, before) << k.key;
-    }
-    for (const auto &k : kCustomerKeys) {
-        const int before = f.changes;
-        QLineEdit *edit = f.edit(std::string("edtCust") + k.key);
-        edit->end(false); // a long text shows its start: type behind its end
-        QTest::keyClicks(edit, "!");
-        expected.customer.*k.field += "!";
-        EXPECT_EQ(f.env.customer, expected.customer) << k.key;
-        EXPECT_GT(f.changes, before) << k.key;
-    }
+    auto typeIntoEach = [&](const char *prefix, const auto &keys, const auto &shown, auto &mended) {
+        for (const auto &k : keys) {
+            QLineEdit *edit = f.edit(prefix + std::string(k.key));
+            ASSERT_NE(edit, nullptr) << k.key;
+            EXPECT_EQ(edit->text().toStdString(), shown.*k.field);
+            const int before = f.changes;
+            edit->end(false); // a long text shows its start: type behind its end
+            QTest::keyClicks(edit, "!");
+            mended.*k.field += "!";
+            EXPECT_EQ(f.env.general, expected.general) << k.key;
+            EXPECT_EQ(f.env.customer, expected.customer) << k.key;
+            EXPECT_GT(f.changes, before) << k.key;
+        }
+    };
+    typeIntoEach("edtGen", kGeneralKeys, f.env.general, expected.general);
+    typeIntoEach("edtCust", kCustomerKeys, f.env.customer, expected.customer);
     const int before = f.changes;
     f.memo()->setPlainText("one\n\nthree\n"); // the line end after the last line starts none
     EXPECT_EQ(f.env.description, (std::vector<std::string>{"one", "", "three"}));
