@@ -36,12 +36,6 @@ char g_arg0[] = "test_env_conf_form";
 char *g_argv[] = {g_arg0, nullptr};
 const QApplication *const g_app = new QApplication(g_argc, g_argv);
 
-std::string Read(const std::filesystem::path &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 // Every header key with a value of its own, so that a field mixed up with another shows.
 Environment Filled()
 {
@@ -285,7 +279,7 @@ TEST(EnvConfForm, MainWindowOpensItAndItsHeaderGoesToTheFileAtTheNextSave)
     win.pickFile(win.dir.file("pumps")); // typed without the extension
     win.act("actSaveEnvironment")->trigger();
     EXPECT_EQ(win.w->environmentFile(), kef);
-    EXPECT_NE(Read(kef).find("[Customer]\nCompany=Harbour Pumps Ltd\n"), std::string::npos) << Read(kef);
+    EXPECT_NE(test::ReadWholeFile(kef).find("[Customer]\nCompany=Harbour Pumps Ltd\n"), std::string::npos) << test::ReadWholeFile(kef);
     EXPECT_FALSE(win.w->isEnvironmentChanged());
     EXPECT_EQ(win.title(), Str(1) + " - pumps.kef");
     EXPECT_TRUE(win.prompter.asked.empty());
@@ -316,14 +310,14 @@ TEST(EnvConfForm, SavingIntoAFileThatIsNoEnvironmentAsksFirst)
     ASSERT_EQ(win.prompter.asked.size(), 1u);
     EXPECT_NE(win.prompter.asked[0].text.find(notes), std::string::npos) << win.prompter.asked[0].text;
     EXPECT_EQ(win.prompter.asked[0].buttons, Buttons::YesNoDefaultNo);
-    EXPECT_EQ(Read(notes), text);
+    EXPECT_EQ(test::ReadWholeFile(notes), text);
     EXPECT_EQ(win.w->environmentFile(), before);
 
     win.prompter.answerNext(MsgResult::Yes);
     win.pickFile(notes);
     win.act("actSaveEnvironment")->trigger();
     EXPECT_EQ(win.prompter.asked.size(), 2u);
-    const std::string saved = Read(notes);
+    const std::string saved = test::ReadWholeFile(notes);
     EXPECT_EQ(saved.rfind(text, 0), 0u) << "what the file held stays: " << saved;
     EXPECT_NE(saved.find("[ComA]"), std::string::npos) << saved;
     EXPECT_EQ(win.title(), Str(1) + " - notes.txt");

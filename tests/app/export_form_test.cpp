@@ -23,7 +23,6 @@
 #include <algorithm>
 #include <csignal>
 #include <fstream>
-#include <sstream>
 
 #include "app/action_registry.h"
 #include "app/background_sink.h"
@@ -46,14 +45,6 @@ int g_argc = 1;
 char g_arg0[] = "test_export_form";
 char *g_argv[] = {g_arg0, nullptr};
 const QApplication *const g_app = new QApplication(g_argc, g_argv);
-
-std::string ReadFile(const std::string &path)
-{
-    std::ifstream f(path, std::ios::binary);
-    std::ostringstream s;
-    s << f.rdbuf();
-    return s.str();
-}
 
 // A recording with something in every column: both circuits, a double quote, control
 // bytes, level changes, errors, a trigger mark; then `extra` plain MPs.
@@ -110,8 +101,8 @@ std::string RunCli(const std::string &recording, const std::string &out, const s
     args.insert(args.end(), more.begin(), more.end());
     const std::string log = dir.file("cli.log");
     const int code = test::WaitCli(test::StartCli(KESTREL_CLI_PATH, args, log));
-    EXPECT_EQ(code, 0) << ReadFile(log);
-    return ReadFile(out);
+    EXPECT_EQ(code, 0) << test::ReadWholeFile(log);
+    return test::ReadWholeFile(out);
 }
 
 } // namespace
@@ -173,7 +164,7 @@ TEST(ExportForm, WritesTheSameBytesAsTheCommandLine)
     d.exportNow();
     EXPECT_FALSE(d.form.isVisible()) << "a finished export closes the window";
     EXPECT_EQ(d.prompter.asked.size(), 0u);
-    const std::string csv = ReadFile(out);
+    const std::string csv = test::ReadWholeFile(out);
     EXPECT_EQ(csv, RunCli(d.rec, cli, {"--separator", "comma", "--frame", "single", "--columns",
                            "-oct,-m5", "--range", "5:40", "--time", "relative", "--naming", "rs232", "--language",
                            "en"},
@@ -192,7 +183,7 @@ TEST(ExportForm, WritesTheSameBytesAsTheCommandLine)
     d.check("cbEventM5", true);
     d.check("rbtMPAll", true);
     d.exportNow();
-    EXPECT_EQ(ReadFile(out), RunCli(d.rec, cli, {"--separator", "tab", "--frame", "none",
+    EXPECT_EQ(test::ReadWholeFile(out), RunCli(d.rec, cli, {"--separator", "tab", "--frame", "none",
                                      "--no-header", "--language", "de"},
                                     d.dir));
 
@@ -202,7 +193,7 @@ TEST(ExportForm, WritesTheSameBytesAsTheCommandLine)
     d.find<QComboBox>("cbExportFormat")->setCurrentIndex(0);
     d.check("cbEventD1", false);
     d.exportNow();
-    const std::string raw = ReadFile(out);
+    const std::string raw = test::ReadWholeFile(out);
     EXPECT_EQ(raw, RunCli(d.rec, cli, {"--format", "raw", "--columns", "-d1"}, d.dir));
     EXPECT_EQ(raw.substr(0, 3), std::string("\x01\xE9\x7F", 3));
 }
@@ -232,7 +223,7 @@ TEST(ExportForm, StopAndClosingEndARunningExportAtOnce)
         EXPECT_TRUE(d.form.stateText().contains("stopped")) << d.form.stateText().toStdString();
         // What was written is whole lines, the head line and MP 0 onwards, and no more
         // than one pump interval past the stop.
-        const std::string text = ReadFile(out);
+        const std::string text = test::ReadWholeFile(out);
         const auto lines = static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
         EXPECT_EQ(text.substr(text.size() - 2), "\r\n");
         const std::uint64_t total = 400009 + 1; // MPs and the head line
@@ -250,11 +241,11 @@ TEST(ExportForm, AnExistingFileIsReplacedOnlyAfterYes)
     ASSERT_EQ(d.prompter.asked.size(), 1u);
     EXPECT_EQ(d.prompter.asked[0].buttons, Buttons::YesNoDefaultNo);
     EXPECT_NE(d.prompter.asked[0].text.find(out), std::string::npos);
-    EXPECT_EQ(ReadFile(out), "precious");
+    EXPECT_EQ(test::ReadWholeFile(out), "precious");
     EXPECT_TRUE(d.form.isVisible());
 
     // The recording itself, a folder and a pipe are never targets: one message each, nothing asked.
-    const std::string recording = ReadFile(d.rec);
+    const std::string recording = test::ReadWholeFile(d.rec);
     const std::string fifo = d.dir.file("pipe");
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     for (const std::string &target : {d.rec, d.dir.path().string(), fifo}) {
@@ -265,13 +256,13 @@ TEST(ExportForm, AnExistingFileIsReplacedOnlyAfterYes)
         EXPECT_EQ(d.prompter.asked[0].buttons, Buttons::Ok);
         EXPECT_EQ(d.prompter.asked[0].icon, Icon::Error);
     }
-    EXPECT_EQ(ReadFile(d.rec), recording);
+    EXPECT_EQ(test::ReadWholeFile(d.rec), recording);
 
     d.prompter.asked.clear();
     d.target = QString::fromStdString(out);
     d.prompter.answerNext(MsgResult::Yes);
     d.exportNow();
-    EXPECT_EQ(ReadFile(out).rfind("\"Mark/Trigger\";", 0), 0u);
+    EXPECT_EQ(test::ReadWholeFile(out).rfind("\"Mark/Trigger\";", 0), 0u);
 }
 
 TEST(ExportForm, ATargetThatCannotBeWrittenGivesOneMessage)
@@ -428,7 +419,7 @@ TEST(ExportForm, MainWindowKeepsItsPlaceAndClosesItForARecording)
     EXPECT_GT(form->rangeLast(), 0u) << "the recording just made is there to export";
     form->move(210, 220);
     w->quitCleanly();
-    const IniFile ini = IniFile::Parse(ReadFile((dir.path() / "Kestrel.ini").string()));
+    const IniFile ini = IniFile::Parse(test::ReadWholeFile((dir.path() / "Kestrel.ini").string()));
     EXPECT_EQ(ini.ReadInteger("EXWindow", "Left", 0), 210);
     EXPECT_EQ(ini.ReadInteger("EXWindow", "Top", 0), 220);
     EXPECT_TRUE(ini.ReadBool("EXWindow", "Visible", false));
