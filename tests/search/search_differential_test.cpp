@@ -106,9 +106,10 @@ TEST(SearchDifferential, BlockSearchAgreesWithOneByOneReference)
             case 1: b.d2(static_cast<std::uint8_t>('a' + pick(3))); break;
             case 2: b.both(static_cast<std::uint8_t>('a' + pick(3)), static_cast<std::uint8_t>('a' + pick(3))); break;
             case 3: b.level(pick(6), static_cast<std::uint8_t>(pick(2))).plain(); break;
-            case 4:
+            case 4: // one to three error flags, on either port or across both
                 b.plain();
-                (&b.last().peD1)[pick(6)] = 1;
+                for (int e = pick(3); e >= 0; --e)
+                    (&b.last().peD1)[pick(6)] = 1;
                 break;
             default:
                 if (pick(50) == 0)

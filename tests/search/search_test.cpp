@@ -78,39 +78,6 @@ TEST(SearchLoop, EndMpIsNeverTested)
     EXPECT_EQ(RunSearch(g.reader, back).mp, 0);
 }
 
-TEST(SearchLoop, ErrorCriteriaHoldOnOnePortsTripleOnly)
-{
-    RecordingBuilder b;
-    b.d1('a');
-    b.last().peD2 = 1; // PE on port A ...
-    b.last().feD1 = 1; // ... FE on port B: no single port has both
-    b.d1('b');
-    b.last().peD1 = 1;
-    b.last().feD1 = 1; // MP 3: both on port B, LE clear
-    b.d2('c');
-    b.last().peD2 = 1;
-    b.last().feD2 = 1;
-    b.last().leD2 = 1; // MP 4: all on port A
-    Fixture f(b);
-
-    SearchCriteria c;
-    c.kind = SearchKind::Error;
-    c.error.flag[0] = 2; // PE set
-    c.error.flag[1] = 2; // FE set
-    EXPECT_EQ(f.run(c, +1, -1).mp, 3);
-    c.error.flag[2] = 1; // LE must be clear: MP 4 fails it on port A, and port B has no PE there
-    SearchOutcome o = f.run(c, +1, 3);
-    EXPECT_EQ(o.status, SearchStatus::NotFound);
-    EXPECT_EQ(o.messageNo, 2202);
-    c.error.flag[2] = 2;
-    EXPECT_EQ(f.run(c, -1, 5).mp, 4);
-    // Only "PE clear" asked: MP 2 has PE on port A but none on port B, so it holds there.
-    SearchCriteria clear;
-    clear.kind = SearchKind::Error;
-    clear.error.flag[0] = 1;
-    EXPECT_EQ(f.run(clear, +1, 1).mp, 2);
-}
-
 // After a partial match the next MP is skipped (the differential test pins that); the
 // step of two must not jump over the end and run on.
 TEST(DataSearch, APartialMatchDoesNotStepOverTheEnd)
