@@ -173,10 +173,7 @@ TEST_F(RecorderFixture, ExistingFileWithoutChoiceRecordsNothing)
 // user is asked, "no" leaves it as it was, and it is never appended to.
 TEST_F(RecorderFixture, OnlyEmptyFilesAndRecordingsAreWrittenWithoutAsking)
 {
-    auto readAll = [&] {
-        std::ifstream in(file.path(), std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    };
+    auto readAll = [&] { return test::ReadWholeFile(file.path()); };
     std::ofstream(file.path()).close();
     rec.setAppendReplace(RecordMode::Append); // the window's default
     rec.record();

@@ -90,7 +90,7 @@ TEST(EnvironmentGolden, SavingAKnownSetUpGivesTheGoldenFile)
     const auto path = dir.path() / "set up.kef";
     const Result saved = SaveEnvironment(KnownEnvironment(), path);
     ASSERT_TRUE(saved.ok()) << saved.detail;
-    EXPECT_EQ(test::FileBytes(path), test::FileBytes(test::GoldenFile("two_triggers.kef")));
+    EXPECT_EQ(test::ReadWholeFile(path), test::ReadWholeFile(test::GoldenFile("two_triggers.kef")));
 }
 
 TEST(EnvironmentGolden, LoadingTheGoldenFileGivesEveryValue)
@@ -113,7 +113,7 @@ TEST(EnvironmentGolden, MissingKeysLoadTheirDefaults)
     const EnvLoadResult loaded = LoadEnvironment(IniFile::Parse("[Trigger0]\n"), Context());
     IniFile stored;
     StoreEnvironment(loaded.env, stored);
-    EXPECT_EQ(stored.ToText(), test::FileBytes(test::GoldenFile("defaults.kef")));
+    EXPECT_EQ(stored.ToText(), test::ReadWholeFile(test::GoldenFile("defaults.kef")));
 }
 
 TEST(Environment, ListsEndAtTheFirstGapAndSavingAShorterListErasesStaleEntries)
@@ -221,8 +221,7 @@ TEST(Environment, SavingLeavesWhatIsNotASettingsFileAlone)
     const Result overRecording = SaveEnvironment(KnownEnvironment(), recording);
     EXPECT_EQ(overRecording.code, kMsgEnvironmentNotSaved);
     EXPECT_NE(overRecording.detail.find("not a settings file"), std::string::npos) << overRecording.detail;
-    std::ifstream in(recording, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), mps);
+    EXPECT_EQ(test::ReadWholeFile(recording), mps);
 
     // A pipe is refused at once instead of waiting for a writer, on loading and on saving.
     const auto pipe = dir.path() / "pipe.kef";

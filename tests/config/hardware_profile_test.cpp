@@ -37,7 +37,7 @@ TEST(HardwareProfileGolden, WritingAKnownProfileGivesTheGoldenFileAndReadingItGi
     test::TempDir dir;
     const Result written = WriteHardwareProfile(Sample(), dir.path() / "y.ksh");
     ASSERT_TRUE(written.ok()) << written.detail;
-    EXPECT_EQ(test::FileBytes(dir.path() / "y.ksh"), test::FileBytes(test::GoldenFile("profile.ksh")));
+    EXPECT_EQ(test::ReadWholeFile(dir.path() / "y.ksh"), test::ReadWholeFile(test::GoldenFile("profile.ksh")));
     EXPECT_EQ(ReadHardwareProfile(test::GoldenFile("profile.ksh"), kInUse), Sample());
 }
 
@@ -47,7 +47,7 @@ TEST(HardwareProfileGolden, AMissingFileReadsAsTheDefaults)
     test::TempDir dir;
     IniFile stored;
     StoreHardwareProfile(ReadHardwareProfile(dir.path() / "none.ksh", StandardPortValueLists()), stored);
-    EXPECT_EQ(stored.ToText(), test::FileBytes(test::GoldenFile("defaults.ksh")));
+    EXPECT_EQ(stored.ToText(), test::ReadWholeFile(test::GoldenFile("defaults.ksh")));
 }
 
 TEST(HardwareProfile, MissingKeysKeepTheListsInUseAndPort17IsIgnored)

@@ -85,7 +85,7 @@ TEST(ProgramConfigGolden, SavingKnownValuesGivesTheGoldenFile)
     const auto path = dir.path() / kConfigFileName;
     const Result saved = SaveConfiguration(KnownConfig(), path);
     ASSERT_TRUE(saved.ok()) << saved.detail;
-    EXPECT_EQ(test::FileBytes(path), test::FileBytes(test::GoldenFile("kestrel.ini")));
+    EXPECT_EQ(test::ReadWholeFile(path), test::ReadWholeFile(test::GoldenFile("kestrel.ini")));
 }
 
 TEST(ProgramConfigGolden, LoadingTheGoldenFileGivesEveryValue)
@@ -114,7 +114,7 @@ TEST(ProgramConfigGolden, AFirstStartWritesEveryDefault)
     for (const char *form : kForms)
         LoadConfiguration(path, form, cfg);
     ASSERT_TRUE(SaveConfiguration(cfg, path).ok());
-    EXPECT_EQ(test::FileBytes(path), test::FileBytes(test::GoldenFile("first_start.ini")));
+    EXPECT_EQ(test::ReadWholeFile(path), test::ReadWholeFile(test::GoldenFile("first_start.ini")));
 }
 
 // A Kestrel.ini left full of NUL bytes (a crash on some file systems) is replaced
@@ -125,7 +125,7 @@ TEST(ProgramConfig, ADamagedFileIsReplacedOnTheNextSave)
     const auto path = dir.path() / kConfigFileName;
     std::ofstream(path, std::ios::binary) << std::string(4096, '\0');
     ASSERT_TRUE(SaveConfiguration(KnownConfig(), path).ok());
-    EXPECT_EQ(test::FileBytes(path), test::FileBytes(test::GoldenFile("kestrel.ini")));
+    EXPECT_EQ(test::ReadWholeFile(path), test::ReadWholeFile(test::GoldenFile("kestrel.ini")));
 
     // A folder in its place cannot be replaced: the result says so.
     std::filesystem::remove(path);

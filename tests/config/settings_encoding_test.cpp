@@ -38,7 +38,6 @@ TEST(SettingsEncoding, AnEnvironmentSavedByTheWindowsProgramLoadsItsUmlauts)
     // Saved again it is UTF-8 throughout, and loads the same.
     ASSERT_TRUE(SaveEnvironment(r.env, path).ok());
     EXPECT_EQ(LoadEnvironment(path, EnvLoadContext{dir.path(), std::nullopt, 0.0}).env, r.env);
-    std::ifstream in(path, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(in), {});
+    const std::string text = test::ReadWholeFile(path);
     EXPECT_NE(text.find("Title=Prüfstand"), std::string::npos);
 }

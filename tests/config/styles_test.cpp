@@ -16,12 +16,6 @@ using namespace kestrel;
 
 namespace {
 
-std::string ReadAll(const std::filesystem::path &p)
-{
-    std::ifstream in(p, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
 ProgramConfig Loaded(const std::filesystem::path &dataFolder)
 {
     ProgramConfig cfg;
@@ -44,7 +38,7 @@ TEST_F(StyleFolder, TheFirstStartInstallsTheShippedStylesAndTheirSlotsOnce)
     EXPECT_TRUE(first.status.ok()) << first.status.detail;
     for (const ShippedStyle &style : ShippedStyles()) {
         ASSERT_FALSE(style.sheet.empty()) << style.name;
-        EXPECT_EQ(ReadAll(themes() / (std::string(style.name) + ".qss")), style.sheet) << style.name;
+        EXPECT_EQ(test::ReadWholeFile(themes() / (std::string(style.name) + ".qss")), style.sheet) << style.name;
     }
     const ProgramConfig cfg = Loaded(dir.path());
     ASSERT_GE(cfg.skins.size(), 3u);
@@ -55,10 +49,10 @@ TEST_F(StyleFolder, TheFirstStartInstallsTheShippedStylesAndTheirSlotsOnce)
 
     // Once there is a [Skin] section, nothing is installed again, even when the files went.
     std::filesystem::remove(themes() / "Dark.qss");
-    const std::string ini = ReadAll(dir.path() / kConfigFileName);
+    const std::string ini = test::ReadWholeFile(dir.path() / kConfigFileName);
     EXPECT_FALSE(InstallShippedStylesOnFirstStart(dir.path()).installed);
     EXPECT_FALSE(std::filesystem::exists(themes() / "Dark.qss"));
-    EXPECT_EQ(ReadAll(dir.path() / kConfigFileName), ini);
+    EXPECT_EQ(test::ReadWholeFile(dir.path() / kConfigFileName), ini);
 }
 
 TEST_F(StyleFolder, TheUsersOwnFilesAreNeverReplaced)
@@ -68,7 +62,7 @@ TEST_F(StyleFolder, TheUsersOwnFilesAreNeverReplaced)
     std::ofstream(themes() / "light.QSS") << "/* mine */";
     std::ofstream(dir.path() / kConfigFileName) << "[Modes]\nGlobalLang=10000\n";
     EXPECT_TRUE(InstallShippedStylesOnFirstStart(dir.path()).installed);
-    EXPECT_EQ(ReadAll(themes() / "light.QSS"), "/* mine */");
+    EXPECT_EQ(test::ReadWholeFile(themes() / "light.QSS"), "/* mine */");
     EXPECT_FALSE(std::filesystem::exists(themes() / "Light.qss"));
     EXPECT_EQ(FindStyleFile(dir.path(), "Light"), themes() / "light.QSS");
     EXPECT_EQ(Loaded(dir.path()).GlobalLang, 10000);
@@ -79,7 +73,7 @@ TEST_F(StyleFolder, TheUsersOwnFilesAreNeverReplaced)
     const std::string damaged = std::string("[Modes]\n") + '\0' + "x\n";
     std::ofstream(other.path() / kConfigFileName, std::ios::binary) << damaged;
     EXPECT_FALSE(InstallShippedStylesOnFirstStart(other.path()).installed);
-    EXPECT_EQ(ReadAll(other.path() / kConfigFileName), damaged);
+    EXPECT_EQ(test::ReadWholeFile(other.path() / kConfigFileName), damaged);
     EXPECT_TRUE(std::filesystem::is_empty(other.path() / kThemesFolder));
     std::filesystem::remove(other.path() / kConfigFileName);
     std::filesystem::create_directory(other.path() / kConfigFileName);

@@ -97,9 +97,7 @@ TEST(CliRecordings, ExportAndDumpWriteWhatTheyShould)
     const std::string out = f.dir.file("out.csv");
     CliRun r = cli("export " + f.rec + " -o " + out + " --columns mp,d1 --frame none --separator comma --range 2:3");
     ASSERT_EQ(r.code, 0) << r.out;
-    std::ifstream in(out, std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(text, "Event no.,D1 [RAW],\r\n2,H,\r\n3,i,\r\n");
+    EXPECT_EQ(test::ReadWholeFile(out), "Event no.,D1 [RAW],\r\n2,H,\r\n3,i,\r\n");
 
     r = cli("export " + f.rec + " --format raw --columns d2");
     EXPECT_EQ(r.code, 0);

@@ -42,14 +42,6 @@ RecordingBuilder craftedRecording()
     return b;
 }
 
-std::string readFile(const std::string &path)
-{
-    std::ifstream f(path, std::ios::binary);
-    std::stringstream s;
-    s << f.rdbuf();
-    return s.str();
-}
-
 struct GoldenCase {
     std::string file;
     ExportOptions options;
@@ -120,7 +112,7 @@ TEST_P(GoldenExport, MatchesTheGoldenFile)
     }
     std::ifstream probe(path, std::ios::binary);
     ASSERT_TRUE(probe.good()) << path << " is missing; create it with KESTREL_UPDATE_GOLDEN=1 and review it";
-    const std::string want = readFile(path);
+    const std::string want = test::ReadWholeFile(path);
     ASSERT_EQ(sink.data.size(), want.size()) << gc.file;
     EXPECT_EQ(sink.data, want) << gc.file;
 }

@@ -106,8 +106,7 @@ TEST(RecordPaths, SaveAsCopiesEverythingAndRefusesBadTargets)
     CopyResult r = SaveRecordFileAs(src, dir.file("copy.ksr"));
     ASSERT_TRUE(r.ok) << r.error;
     EXPECT_EQ(r.bytes, sizeOf(src));
-    std::ifstream a(src, std::ios::binary), b(dir.file("copy.ksr"), std::ios::binary);
-    EXPECT_TRUE(std::equal(std::istreambuf_iterator<char>(a), {}, std::istreambuf_iterator<char>(b)));
+    EXPECT_TRUE(test::ReadWholeFile(src) == test::ReadWholeFile(dir.file("copy.ksr")));
 
     r = SaveRecordFileAs(src, src); // would truncate the source
     EXPECT_FALSE(r.ok);
@@ -117,16 +116,6 @@ TEST(RecordPaths, SaveAsCopiesEverythingAndRefusesBadTargets)
     EXPECT_NE(r.error.find("missing/x.ksr"), std::string::npos);
 }
 
-namespace {
-
-std::string contents(const std::string &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-} // namespace
-
 // A second recorder that starts on the same file never changes it: not when the
 // first one holds it already, and not when the first one gets in between the
 // second one's open and its lock.
@@ -135,14 +124,14 @@ TEST(RecordFile, ASecondRecorderNeverEmptiesAFileTheFirstHolds)
     test::TempDir dir;
     const std::string path = dir.file("race.ksr");
     RecordingBuilder().d1('a').d1('b').write(path);
-    const std::string before = contents(path);
+    const std::string before = test::ReadWholeFile(path);
 
     RecordFile first, second;
     first.setPath(path);
     second.setPath(path);
     ASSERT_TRUE(first.open(RecordHandle::Record));
     EXPECT_EQ(second.create(RecordHandle::Record).code, kRecordFileBusy);
-    EXPECT_EQ(contents(path), before);
+    EXPECT_EQ(test::ReadWholeFile(path), before);
     first.close(RecordHandle::Record);
 
     const std::string fresh = dir.file("fresh.ksr");
@@ -198,7 +187,7 @@ TEST(RecordingCheck, OnlyEmptyFilesAndRecordingsPassTheWritersCheck)
         EXPECT_EQ(got.kind, c.kind) << c.name;
         EXPECT_EQ(got.problem, c.problem) << c.name;
         f.close(RecordHandle::Record);
-        EXPECT_EQ(contents(path), c.bytes) << c.name << ": looking changed the file";
+        EXPECT_EQ(test::ReadWholeFile(path), c.bytes) << c.name << ": looking changed the file";
     }
     // The readers' check is milder: numbering only.
     RecordReader reader;

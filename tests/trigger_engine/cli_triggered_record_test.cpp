@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "record/record_reader.h"
 #include "support/run_cli.h"
@@ -37,14 +36,6 @@ b "more data after the call"
 wait 300ms
 )";
 
-std::string Read(const std::string &path)
-{
-    std::ifstream f(path);
-    std::stringstream s;
-    s << f.rdbuf();
-    return s.str();
-}
-
 struct TriggeredRecord : ::testing::Test {
     test::TempDir dir;
     std::string scenario = dir.file("dialup.ksc");
@@ -73,7 +64,7 @@ struct TriggeredRecord : ::testing::Test {
 
 TEST_F(TriggeredRecord, OnlyTheCallIsRecordedAndTheStopTriggerEndsTheCommand)
 {
-    ASSERT_EQ(record(), 0) << Read(out);
+    ASSERT_EQ(record(), 0) << test::ReadWholeFile(out);
     RecordReader reader;
     ASSERT_TRUE(reader.open(ksr));
     std::vector<MpRecord> recs;
@@ -86,7 +77,7 @@ TEST_F(TriggeredRecord, OnlyTheCallIsRecordedAndTheStopTriggerEndsTheCommand)
         if (recs[i].isTriggerMark() && recs[i].markCode == 2)
             stop = i;
     }
-    ASSERT_GT(start, 0u) << Read(out);
+    ASSERT_GT(start, 0u) << test::ReadWholeFile(out);
     ASSERT_GT(stop, start);
     for (std::size_t i = 0; i < start; ++i)
         EXPECT_TRUE(recs[i].isSystemMark()) << "MP " << i << " before the start mark";
@@ -109,16 +100,16 @@ TEST_F(TriggeredRecord, OnlyTheCallIsRecordedAndTheStopTriggerEndsTheCommand)
 
     // Without --allow-actions the hang-up command was only listed.
     EXPECT_FALSE(std::filesystem::exists(argsFile));
-    EXPECT_NE(Read(out).find("trigger 2: run"), std::string::npos) << Read(out);
+    EXPECT_NE(test::ReadWholeFile(out).find("trigger 2: run"), std::string::npos) << test::ReadWholeFile(out);
 }
 
 TEST_F(TriggeredRecord, AllowedActionsRunWithTheirArguments)
 {
-    ASSERT_EQ(record({"--allow-actions"}), 0) << Read(out);
+    ASSERT_EQ(record({"--allow-actions"}), 0) << test::ReadWholeFile(out);
     for (int i = 0; i < 500 && !std::filesystem::exists(argsFile); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_EQ(Read(argsFile), "2\nhang up\n");
-    EXPECT_EQ(Read(out).find("were not run"), std::string::npos);
+    EXPECT_EQ(test::ReadWholeFile(argsFile), "2\nhang up\n");
+    EXPECT_EQ(test::ReadWholeFile(out).find("were not run"), std::string::npos);
 }
 
 } // namespace
