@@ -6,13 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstdio>
 #include <string>
 #include <vector>
-#include <sys/wait.h>
 
+#include "support/run_cli.h"
 #include "support/temp_dir.h"
 #include "wav_bytes.h"
 
@@ -27,26 +25,16 @@ struct ChimerResult {
 };
 
 // Runs the chimer with the given arguments, each quoted; envPrefix may replace the environment
-// ("env -i ..."). timeout turns a hang into exit code 124, not a stuck suite.
+// ("env -i ..."). A time-out turns a hang into exit code 124, not a stuck suite.
 ChimerResult chimer(const std::vector<std::string> &args, const std::string &envPrefix = "")
 {
-    std::string cmd = envPrefix + " timeout 20 '" KESTREL_CHIMER_PATH "'";
+    std::string quoted;
     for (const auto &a : args)
-        cmd += " '" + a + "'";
-    cmd += " 2>&1";
-    ChimerResult r;
+        quoted += " '" + a + "'";
     const auto start = std::chrono::steady_clock::now();
-    std::FILE *p = popen(cmd.c_str(), "r");
-    if (!p)
-        return r;
-    std::array<char, 4096> buf;
-    std::size_t n;
-    while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0)
-        r.out.append(buf.data(), n);
-    const int status = pclose(p);
-    r.tookMs = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
-    r.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    return r;
+    const test::CliRun run = test::RunCapture(KESTREL_CHIMER_PATH, quoted, envPrefix);
+    const auto took = std::chrono::steady_clock::now() - start;
+    return {run.code, run.out, std::chrono::duration_cast<std::chrono::milliseconds>(took).count()};
 }
 
 long lineCount(const std::string &s) { return std::count(s.begin(), s.end(), '\n'); }
