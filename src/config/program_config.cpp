@@ -141,6 +141,8 @@ constexpr auto kProgramConfigSettings = SettingsTable(
     GridViewSettingsOf<&C::dispMode1>("DispMode1"),
     NumberedIntSetting<&C::triggerListColumns>("TriggerList", kColumn, 0),
     BoolSetting<&C::CheckForUpdatesAtProgStart>("WebUpdate", "CheckForUpdatesAtProgStart", false),
+    TextSetting<&C::VersionFileUrl>("WebUpdate", "VersionFileUrl", kDefaultVersionFileUrl),
+    TextSetting<&C::ReportAddress>("Support", "ReportAddress", kDefaultReportAddress),
     BoolSetting<&C::DisplayHoldOnProgStart>("ProgramStart", "DisplayHoldOnProgStart", false),
     BoolSetting<&C::BeginRecordOnProgStart>("ProgramStart", "BeginRecordOnProgStart", false),
     // Styles: kept in the file by hand or by the installer, never written.

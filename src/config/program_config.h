@@ -18,6 +18,9 @@
 namespace kestrel {
 
 inline constexpr const char *kConfigFileName = "Kestrel.ini";
+// Where the update check asks for the newest version, and where problem reports go.
+inline constexpr const char *kDefaultVersionFileUrl = "https://kestrel.example.org/download/kestrel-version.txt";
+inline constexpr const char *kDefaultReportAddress = "support@kestrel.example.org";
 inline constexpr int kBuiltInColumnWidth = 32; // the grid's default column width
 
 inline constexpr int kDispMode4Columns = 35;
@@ -121,6 +124,8 @@ struct ProgramConfig {
     std::vector<int> triggerListColumns{kDefaultTriggerListWidths.begin(), kDefaultTriggerListWidths.end()};
 
     bool CheckForUpdatesAtProgStart = false;
+    std::string VersionFileUrl; // the update check's version file (http or https)
+    std::string ReportAddress;  // the recipient of problem reports
     bool DisplayHoldOnProgStart = false;
     bool BeginRecordOnProgStart = false;
 

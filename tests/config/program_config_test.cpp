@@ -72,6 +72,8 @@ ProgramConfig KnownConfig()
     c.dispMode1.CharacterMode2 = 10;
     c.triggerListColumns = {170, 71, 141, 131, 231, 121};
     c.CheckForUpdatesAtProgStart = true;
+    c.VersionFileUrl = "http://updates.lab.example.net/kestrel.txt";
+    c.ReportAddress = "serial-lab@example.net";
     c.DisplayHoldOnProgStart = false;
     c.BeginRecordOnProgStart = true;
     return c;
