@@ -27,6 +27,7 @@
 #include "app/line_gauge.h"
 #include "app/message_form.h"
 #include "app/options_form.h"
+#include "app/problem_report_form.h"
 #include "app/progress_form.h"
 #include "present/grid/grid_layout.h"
 #include "present/grid/record_grid.h"
@@ -47,6 +48,8 @@
 #include "config/startup_settings.h"
 #include "base/build_info.h"
 #include "base/string_table.h"
+#include "support/error_history.h"
+#include "support/update_check.h"
 
 namespace kestrel {
 
@@ -85,7 +88,9 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     config_ = std::make_unique<ProgramConfig>();
     env_ = std::make_unique<Environment>();
     messageForm_ = std::make_unique<TMessageForm>(this);
-    prompter_ = options.prompter != nullptr ? options.prompter : messageForm_.get();
+    // Every box passes the error history on its way, so a problem report can name the last errors.
+    createSupport(options.prompter != nullptr ? *options.prompter : *messageForm_);
+    prompter_ = rememberingPrompter_.get();
 
     ActionManager1 = new ActionManager(this);
     addActions(ActionManager1->actions()); // shortcuts work with the menu closed
@@ -304,6 +309,8 @@ void TFormMain::ApplyLanguage()
     if (FormGoto != nullptr)
         FormGoto->InitialLoads();
     FormExport->InitialLoads();
+    if (FormProblemReport != nullptr)
+        FormProblemReport->InitialLoads();
     optionsLanguageLoads();
     DrawGrid1->InitialLoads(); // its status line ("day(s)", the copy item) in the new language at once
     showPortDevices(); // "(simulated line)" beside the devices
@@ -392,6 +399,7 @@ void TFormMain::FormShow()
     DrawGrid1->setFocus(); // Home, End and the page keys work without a click first
     if (config_->exWindow.Visible)
         FormExport->show(); // open at the last save: open again
+    startUpdateCheckAtStart(); // in the background; its answer is one status line at most
     if (args_.recordAtStart && !quitting_)
         btnRecordClick();
 }

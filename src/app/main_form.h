@@ -61,7 +61,12 @@ class TriggerPanel;
 class TFormTrig;
 class TFormGoto;
 class TFormOptions;
+class TFormProblemReport;
 struct OptionsChoice;
+class ErrorHistory;
+class RememberingPrompter;
+class UpdateCheck;
+struct UpdateCheckResult;
 
 struct MainFormOptions {
     StartupArgs args;
@@ -127,6 +132,9 @@ public slots:
     void actLangGermanExecute();
     void actLangEnglishExecute();
     void actAboutExecute();
+    // support (main_form_support.cpp)
+    void actWebSupportExecute();
+    void actWebUpdateExecute();
     // options (main_form_options.cpp)
     void actOptionsExecute();
     void actPortOptionsExecute();
@@ -168,6 +176,10 @@ private:
     void startRedrawThread() override;
     void stopRedrawThread() override;
     void createSession(const MainFormOptions &options);
+    // support (main_form_support.cpp): the error history behind the message box, the update check
+    void createSupport(Prompter &shown);
+    void startUpdateCheckAtStart();
+    void updateCheckFinished(const UpdateCheckResult &result);
     // export window (main_form_export.cpp)
     void createExportWindow();
     void actExportToFileExecute();
@@ -238,7 +250,12 @@ private:
     bool skipUnloadDelay_ = false;
 
     std::unique_ptr<TMessageForm> messageForm_;
+    std::unique_ptr<ErrorHistory> errorHistory_;               // the last errors shown, for problem reports
+    std::unique_ptr<RememberingPrompter> rememberingPrompter_; // the message box (or the tests' prompter), remembering
     Prompter *prompter_ = nullptr;
+    UpdateCheck *updateCheck_ = nullptr;
+    bool updateCheckAsked_ = false; // from the Help menu: the answer in a box; at start-up: a status line
+    TFormProblemReport *FormProblemReport = nullptr;
     std::unique_ptr<Reporter> reporter_; // failures of the session, shown through prompter_
     std::unique_ptr<RecordingSession> session_;
     TFormConfirmRecordMode *confirmRecordMode_ = nullptr;

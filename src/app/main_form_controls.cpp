@@ -46,6 +46,8 @@ void TFormMain::connectActions()
     on("actLangGerman", &TFormMain::actLangGermanExecute);
     on("actLangEnglish", &TFormMain::actLangEnglishExecute);
     on("actAbout", &TFormMain::actAboutExecute);
+    on("actWebSupport", &TFormMain::actWebSupportExecute);
+    on("actWebUpdate", &TFormMain::actWebUpdateExecute);
     on("actOptions", &TFormMain::actOptionsExecute);
     on("actPortOptions", &TFormMain::actPortOptionsExecute);
     on("actNewRecordFile", &TFormMain::btnNewRecordFileClick);
