@@ -23,7 +23,8 @@ namespace {
 QString S(int n) { return QString::fromStdString(Str(n)); }
 
 constexpr int kFileTitle = 3000; // file operations
-constexpr int kReportColumns = 84;
+// Room for the report's longest usual lines (a by-id device name) and most of its text.
+constexpr int kReportColumns = 96;
 constexpr int kReportRows = 24;
 
 } // namespace
@@ -51,8 +52,8 @@ TFormProblemReport::TFormProblemReport(Prompter &prompter, QWidget *parent) : QD
     memReport->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     memReport->setLineWrapMode(QPlainTextEdit::WidgetWidth);
     const QFontMetrics fm(memReport->font());
-    memReport->setMinimumSize(std::min(fm.averageCharWidth() * kReportColumns, 900),
-                              std::min(fm.lineSpacing() * kReportRows, 480));
+    memReport->setMinimumSize(std::min(fm.averageCharWidth() * kReportColumns, 860),
+                              std::min(fm.lineSpacing() * kReportRows, 440));
     lblStatus = new QLabel(this);
     lblStatus->setObjectName("lblStatus");
     lblStatus->setWordWrap(true);
@@ -85,7 +86,9 @@ TFormProblemReport::TFormProblemReport(Prompter &prompter, QWidget *parent) : QD
     box->addWidget(lblIntro);
     box->addWidget(lblRecipient);
     box->addWidget(memReport, 1);
+    box->addSpacing(4);
     box->addWidget(lblStatus);
+    box->addSpacing(4);
     box->addLayout(buttons);
     InitialLoads();
 }
