@@ -125,10 +125,13 @@ void TFormProblemReport::btnSendMailClick()
     using namespace support_txt;
     const MailtoLink link = ReportMailto(recipient_, Str(kReportHeading), reportText());
     if (!link.problem.ok()) {
+        // The settings name no usable recipient: said once in a box; copying and saving still work.
         prompter_.ShowMessage(Str(205), Str(link.problem.code) + link.problem.detail, Buttons::Ok, Icon::Warning);
-        lastSaid_ = kNoMailHandler;
-        lastArg_ = QString::fromStdString(recipient_);
-    } else if (openUrl_(link.url)) {
+        lastSaid_ = 0;
+        lblStatus->clear();
+        return;
+    }
+    if (openUrl_(link.url)) {
         lastSaid_ = kMailOpened;
         lastArg_ = QString();
     } else {
