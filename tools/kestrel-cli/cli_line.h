@@ -9,6 +9,7 @@
 
 #include "capture/capture.h"
 #include "cli_common.h"
+#include "export/capture_frame_texts.h"
 #include "frames/frame_rules.h"
 #include "ports/port_support.h"
 #include "ports/scenario.h"
@@ -44,29 +45,23 @@ struct FrameOptions {
 };
 
 // A number of character times above 0, at most 10^6.
-inline const CLI::Validator kGapRule = PositiveNumber(1e6, "character times");
+inline const CLI::Validator kGapRule = PositiveNumber(kMaxGapChars, "character times");
 
 inline void AddFrameOptions(CLI::App &cmd, FrameOptions &o)
 {
     AddLineSettings(cmd, o.line);
     cmd.add_option_function<std::string>(
            "--gap",
-           [&o](const std::string &text) {
-               double d = 0;
-               std::from_chars(text.data(), text.data() + text.size(), d);
-               o.gapChars = d;
-           },
+           [&o](const std::string &text) { o.gapChars = ParseGapChars(text); },
            "idle character times that end a frame (default 3.5, and at least 1.75 ms above 19200 baud)")
         ->type_name("N")
         ->check(kGapRule);
     cmd.add_option_function<std::string>(
            "--end-byte",
            [&o](const std::string &text) {
-               std::string why;
-               const auto bytes = ParseByteItems(text, why);
-               if (!bytes || bytes->size() != 1)
+               o.endByte = ParseEndByte(text);
+               if (!o.endByte)
                    throw CLI::ValidationError("--end-byte", "takes one byte (0A, <ETX>, '\\n'), not '" + text + "'");
-               o.endByte = bytes->front();
            },
            "a byte that ends a frame as well: hex (0A), a control name (<ETX>) or quoted ('\\n')")
         ->type_name("BYTE");
@@ -78,9 +73,7 @@ inline FrameRules RulesOf(const FrameOptions &o, PortSettings *settings = nullpt
     const PortSettings s = SettingsFromTexts(o.line);
     if (settings)
         *settings = s;
-    FrameRules r = ModbusRtuRules(s.baud, CharacterBitsTimesTwo(s) / 2.0, o.gapChars);
-    r.endByte = o.endByte;
-    return r;
+    return LineFrameRules(s, o.gapChars, o.endByte);
 }
 
 } // namespace kestrel::cli
