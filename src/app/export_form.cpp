@@ -15,6 +15,7 @@
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -25,7 +26,9 @@
 #include "app/range_controls.h"
 #include "base/prompt.h"
 #include "base/string_table.h"
+#include "config/port_value_lists.h"
 #include "export/export_run.h"
+#include "export/pcap_export.h"
 #include "record/recording_check.h"
 
 namespace kestrel {
@@ -42,12 +45,20 @@ constexpr std::uint64_t kPumpInterval = 4096;
 
 constexpr int kFormatRaw = 0; // the order of cbExportFormat's items
 constexpr int kFormatCsv = 1;
+constexpr int kFormatPcapng = 2;
+constexpr int kFormatPcap = 3;
 
-// The two file types of the save dialog: name with mask, mask, extension, default name.
+// The file types of the save dialog: name with mask, mask, extension, default name.
 struct FileType {
     int name, mask, suffix, defaultName;
 };
-constexpr FileType kFileTypes[2] = {{8579, 8580, 8581, 8582}, {8583, 8584, 8585, 8586}}; // CSV, DAT
+constexpr FileType kFileTypes[4] = {
+    {8579, 8580, 8581, 8582}, {8583, 8584, 8585, 8586}, {7724, 7725, 7726, 8582}, {7727, 7728, 7729, 8582}};
+// The file type of each format, in the order of cbExportFormat's items.
+constexpr int kFileTypeOfFormat[4] = {1, 0, 2, 3};
+
+// Dissectors Wireshark has for serial protocols; any other name may be typed.
+constexpr const char *kDissectors[] = {"mbrtu", "dnp3"};
 
 QString FilterOf(const FileType &t)
 {
@@ -121,8 +132,8 @@ void TFormExport::buildControls()
     lblExportFormat->setObjectName("lblExportFormat");
     cbExportFormat = new QComboBox(this);
     cbExportFormat->setObjectName("cbExportFormat");
-    cbExportFormat->addItem(QString());
-    cbExportFormat->addItem(QString());
+    for (int i = 0; i < 4; ++i)
+        cbExportFormat->addItem(QString());
     cbExportFormat->setCurrentIndex(kFormatCsv);
     lblExportFormat->setBuddy(cbExportFormat);
     connect(cbExportFormat, &QComboBox::currentIndexChanged, this, &TFormExport::cbExportFormatChange);
@@ -273,10 +284,81 @@ void TFormExport::buildControls()
     buttons->addWidget(btnClose);
     auto *all = new QVBoxLayout(this);
     all->addLayout(columns);
+    all->addWidget(buildCaptureFrames());
     all->addWidget(gbRange);
     all->addWidget(ProgressBar1);
     all->addWidget(lblExportState);
     all->addLayout(buttons);
+}
+
+QWidget *TFormExport::buildCaptureFrames()
+{
+    gbCaptureFrames = new QGroupBox(this);
+    gbCaptureFrames->setObjectName("gbCaptureFrames");
+    auto label = [this](const char *name) {
+        auto *l = new QLabel(gbCaptureFrames);
+        l->setObjectName(name);
+        return l;
+    };
+    auto combo = [this](const char *name, const std::vector<std::string> &items, bool editable) {
+        auto *c = new QComboBox(gbCaptureFrames);
+        c->setObjectName(name);
+        c->setEditable(editable);
+        for (const std::string &item : items)
+            c->addItem(Q(item));
+        return c;
+    };
+    auto field = [this](const char *name) {
+        auto *e = new QLineEdit(gbCaptureFrames);
+        e->setObjectName(name);
+        return e;
+    };
+    lblBaudRate = label("lblBaudRate");
+    cbBaudRate = combo("cbBaudRate", StandardBaudRates(), true);
+    lblDataBits = label("lblDataBits");
+    cbDataBits = combo("cbDataBits", StandardDataBits(), false);
+    lblParity = label("lblParity");
+    cbParity = combo("cbParity", StandardParities(), false);
+    lblStopBits = label("lblStopBits");
+    cbStopBits = combo("cbStopBits", StandardStopBits(), false);
+    lblFrameGap = label("lblFrameGap");
+    edtFrameGap = field("edtFrameGap");
+    edtFrameGap->setPlaceholderText(QStringLiteral("3.5"));
+    lblEndByte = label("lblEndByte");
+    edtEndByte = field("edtEndByte");
+    lblDissector = label("lblDissector");
+    cbDissector = combo("cbDissector", {""}, true); // the first item is "{none}"
+    for (const char *name : kDissectors)
+        cbDissector->addItem(QString::fromLatin1(name));
+    cbDissector->setInsertPolicy(QComboBox::NoInsert);
+    takeLineSettings(PortComboTexts{});
+
+    // Line settings in the first row, the frame rule in the second.
+    auto *grid = new QGridLayout(gbCaptureFrames);
+    const std::pair<QLabel *, QWidget *> cells[] = {
+        {lblBaudRate, cbBaudRate}, {lblDataBits, cbDataBits}, {lblParity, cbParity}, {lblStopBits, cbStopBits},
+        {lblFrameGap, edtFrameGap}, {lblEndByte, edtEndByte}, {lblDissector, cbDissector}};
+    for (int i = 0; i < 7; ++i) {
+        const int row = i / 4;
+        const int col = (i % 4) * 2;
+        cells[i].first->setBuddy(cells[i].second);
+        grid->addWidget(cells[i].first, row, col);
+        // The dissector takes the rest of its row: names like "mbrtu" and "{none}" need room.
+        grid->addWidget(cells[i].second, row, col + 1, 1, i == 6 ? 3 : 1);
+    }
+    for (int col : {1, 3, 5, 7})
+        grid->setColumnStretch(col, 1);
+    return gbCaptureFrames;
+}
+
+void TFormExport::takeLineSettings(const PortComboTexts &line)
+{
+    cbBaudRate->setCurrentText(Q(line.baud));
+    for (auto [box, text] : {std::pair{cbDataBits, &line.dataBits}, {cbParity, &line.parity}, {cbStopBits, &line.stopBits}}) {
+        const int i = box->findText(Q(*text));
+        if (i >= 0)
+            box->setCurrentIndex(i);
+    }
 }
 
 void TFormExport::InitialLoads()
@@ -286,6 +368,23 @@ void TFormExport::InitialLoads()
     lblExportFormat->setText(S(Format));
     cbExportFormat->setItemText(kFormatRaw, S(FormatRaw));
     cbExportFormat->setItemText(kFormatCsv, S(FormatCsv));
+    cbExportFormat->setItemText(kFormatPcapng, S(FormatPcapng));
+    cbExportFormat->setItemText(kFormatPcap, S(FormatPcap));
+    gbCaptureFrames->setTitle(S(CaptureFrames));
+    lblBaudRate->setText(S(LineBaudRate));
+    lblDataBits->setText(S(LineDataBits));
+    lblParity->setText(S(LineParity));
+    lblStopBits->setText(S(LineStopBits));
+    for (QWidget *w : {static_cast<QWidget *>(cbBaudRate), static_cast<QWidget *>(cbDataBits),
+                       static_cast<QWidget *>(cbParity), static_cast<QWidget *>(cbStopBits)})
+        w->setToolTip(S(LineHint));
+    lblFrameGap->setText(S(FrameGap));
+    edtFrameGap->setToolTip(S(GapHint));
+    lblEndByte->setText(S(EndByte));
+    edtEndByte->setToolTip(S(EndByteHint));
+    lblDissector->setText(S(Dissector));
+    cbDissector->setItemText(0, S(NoDissector));
+    cbDissector->setToolTip(S(DissectorHint));
     cbExportFormat->setToolTip(S(RawHint));
     gbSeparator->setTitle(S(Separator));
     rbComma->setText(S(Comma) + " ( , )");
@@ -355,15 +454,23 @@ void TFormExport::cbExportFormatChange() { SetupActiveElements(); }
 void TFormExport::SetupActiveElements()
 {
     // Raw mode writes the bare data bytes: only the data lines and the range count.
+    // A capture file takes both data lines and every event; its frames are cut by
+    // the line settings and the frame rule, and only pcapng has the dissector's interface.
     const bool csv = cbExportFormat->currentIndex() == kFormatCsv;
+    const bool capture = captureFormat();
     for (QWidget *w : {static_cast<QWidget *>(gbSeparator), static_cast<QWidget *>(lblTextFrame),
                        static_cast<QWidget *>(cbTextFrame), static_cast<QWidget *>(cbColumnHeader),
                        static_cast<QWidget *>(gbNumberColumns), static_cast<QWidget *>(gbStatusLines),
                        static_cast<QWidget *>(gbPrefix), static_cast<QWidget *>(gbPostfix)})
         w->setEnabled(csv && !running_);
     for (QWidget *w : {static_cast<QWidget *>(lblExportFormat), static_cast<QWidget *>(cbExportFormat),
-                       static_cast<QWidget *>(gbDataLines), static_cast<QWidget *>(gbRange)})
+                       static_cast<QWidget *>(gbRange)})
         w->setEnabled(!running_);
+    gbDataLines->setEnabled(!capture && !running_);
+    gbCaptureFrames->setEnabled(capture && !running_);
+    const bool pcapng = cbExportFormat->currentIndex() == kFormatPcapng;
+    lblDissector->setEnabled(pcapng);
+    cbDissector->setEnabled(pcapng);
     rangeControls->setEnabled(!running_ && rbtMPRange->isChecked() && rangeControls->hasMps());
     btnExport->setEnabled(!running_ && rangeControls->hasMps());
     btnStop->setEnabled(running_);
@@ -404,6 +511,26 @@ ExportOptions TFormExport::options() const
     return o;
 }
 
+bool TFormExport::captureFormat() const
+{
+    const int f = cbExportFormat->currentIndex();
+    return f == kFormatPcapng || f == kFormatPcap;
+}
+
+CaptureFrameTexts TFormExport::captureTexts() const
+{
+    CaptureFrameTexts t;
+    t.line = {cbBaudRate->currentText().toStdString(), cbDataBits->currentText().toStdString(),
+              cbParity->currentText().toStdString(), cbStopBits->currentText().toStdString()};
+    t.gap = edtFrameGap->text().toStdString();
+    t.endByte = edtEndByte->text().toStdString();
+    // "{none}" is the first item; a name typed over it counts.
+    const QString dissector = cbDissector->currentText().trimmed();
+    if (dissector != cbDissector->itemText(0))
+        t.dissector = dissector.toStdString();
+    return t;
+}
+
 std::uint64_t TFormExport::rangeFirst() const
 {
     if (!rangeControls->hasMps())
@@ -435,23 +562,33 @@ void TFormExport::btnExportClick()
         return;
     }
     const ExportSource src = source_();
+    // A capture file's options are read before the save dialog: a typing error costs no file.
+    Expected<PcapExportOptions> capture;
+    if (captureFormat()) {
+        capture = CaptureOptionsOf(captureTexts(), cbExportFormat->currentIndex() == kFormatPcapng);
+        if (!capture) {
+            fail(capture.result.code, Q(capture.result.detail));
+            return;
+        }
+        capture.value.langOffset = GlobalLang();
+    }
     const QString path = chooseTarget();
     if (path.isEmpty() || !confirmTarget(path))
         return;
-    runExport(path, src);
+    runExport(path, src, captureFormat() ? &capture.value : nullptr);
 }
 
 QString TFormExport::chooseTarget()
 {
-    const bool csv = cbExportFormat->currentIndex() == kFormatCsv;
-    const FileType &type = kFileTypes[csv ? 0 : 1];
+    const int typeNo = kFileTypeOfFormat[cbExportFormat->currentIndex()];
+    const FileType &type = kFileTypes[typeNo];
     ExportFileQuestion q;
     q.title = S(ExportFormMsg::Title);
     for (const FileType &t : kFileTypes) {
         q.filters << FilterOf(t);
         q.suffixes << S(t.suffix);
     }
-    q.selectedFilter = csv ? 0 : 1;
+    q.selectedFilter = typeNo;
     const QString folder = lastFolder_.isEmpty() ? QDir::homePath() : lastFolder_;
     q.startPath = QDir(folder).filePath(S(type.defaultName) + "." + S(type.suffix));
     // The save dialog adds the chosen type's extension to a name typed without one.
@@ -478,7 +615,7 @@ bool TFormExport::confirmTarget(const QString &path)
            MsgResult::Yes;
 }
 
-void TFormExport::runExport(const QString &path, const ExportSource &src)
+void TFormExport::runExport(const QString &path, const ExportSource &src, const PcapExportOptions *capture)
 {
     RecordReader reader;
     std::string error;
@@ -500,9 +637,6 @@ void TFormExport::runExport(const QString &path, const ExportSource &src)
         return;
     }
     lastFolder_ = QFileInfo(path).absolutePath();
-    ExportTimeState time(TimeLocale::System(), o.langOffset);
-    SeedExportTime(reader, range, time);
-
     ExportHooks hooks;
     hooks.stop = &stop_;
     hooks.pumpInterval = kPumpInterval;
@@ -515,7 +649,14 @@ void TFormExport::runExport(const QString &path, const ExportSource &src)
     ProgressBar1->setValue(0);
     setState(ExportFormMsg::Running, {Num(range.first), Num(range.last)});
     setRunning(true);
-    const ExportResult r = RunExport(reader, o, range, sink, time, hooks);
+    ExportResult r;
+    if (capture != nullptr) {
+        r = RunPcapExport(reader, *capture, range, sink, hooks);
+    } else {
+        ExportTimeState time(TimeLocale::System(), o.langOffset);
+        SeedExportTime(reader, range, time);
+        r = RunExport(reader, o, range, sink, time, hooks);
+    }
     setRunning(false);
 
     switch (r.status) {
@@ -596,6 +737,15 @@ void TFormExport::showEvent(QShowEvent *event)
     QDialog::showEvent(event);
     if (!placed_)
         applyPlacement();
+    // A recording was most likely made with the settings the main window shows; what
+    // was typed here stays while the same recording is exported again.
+    if (source_ && !running_) {
+        const ExportSource src = source_();
+        if (src.recordFile != lineSettingsFor_) {
+            takeLineSettings(src.line);
+            lineSettingsFor_ = src.recordFile;
+        }
+    }
     refreshLimits();
 }
 

@@ -1,11 +1,14 @@
 #pragma once
 // The export window: writes the loaded recording, or a range of it, as the
-// raw data stream (.dat) or as CSV lines with a free choice of columns
-// (.csv). Its controls keep the names of the form's components (cbExportFormat,
+// raw data stream (.dat), as CSV lines with a free choice of columns (.csv),
+// or as a capture file for Wireshark (.pcapng, .pcap) with the frames cut by
+// the line settings, gap and end byte given (the line settings start as the
+// main window shows them when the window opens for another recording). Its controls keep the names of the form's components (cbExportFormat,
 // rbSemicolon, cbEventD1, edtMPStart, btnStop, ...) as objectName.
 //
 // An export runs on the GUI thread through the same engine as
-// `kestrel-cli export` (RunExport over a RecordReader into a FileSink); its
+// `kestrel-cli export` (RunExport or RunPcapExport over a RecordReader, the
+// capture options read by CaptureOptionsOf, into a background writer); its
 // progress hook lets the event loop run every few thousand MPs, so the window
 // stays alive and btnStop ends the export at the next such point. A target
 // file that exists is replaced only after the user said yes; a target that
@@ -21,7 +24,9 @@
 #include <functional>
 #include <string>
 
+#include "capture/capture.h"
 #include "config/program_config.h"
+#include "export/capture_frame_texts.h"
 #include "export/export_options.h"
 
 class QButtonGroup;
@@ -29,6 +34,7 @@ class QCheckBox;
 class QComboBox;
 class QGroupBox;
 class QLabel;
+class QLineEdit;
 class QProgressBar;
 class QPushButton;
 class QRadioButton;
@@ -78,9 +84,27 @@ inline constexpr int ExportButton = 7542;  // "&Export..."
 inline constexpr int StopButton = 7552;    // "Stop"
 inline constexpr int NoRecording = 7731;   // "No recording open"
 inline constexpr int BadRange = 8590;      // the export range cannot be read
-// The save dialog's file types: name, mask, extension, default name (CSV, then DAT).
+inline constexpr int FormatPcapng = 7700;
+inline constexpr int FormatPcap = 7701;
+inline constexpr int CaptureFrames = 7702; // group of the capture files' frame options
+inline constexpr int FrameGap = 7703;
+inline constexpr int EndByte = 7704;
+inline constexpr int Dissector = 7705;
+inline constexpr int NoDissector = 7706; // "{none}"
+inline constexpr int LineBaudRate = 7712;
+inline constexpr int LineDataBits = 7713;
+inline constexpr int LineParity = 7714;
+inline constexpr int LineStopBits = 7715;
+inline constexpr int LineHint = 7716;      // tooltip of the line settings
+inline constexpr int GapHint = 7717;
+inline constexpr int EndByteHint = 7718;
+inline constexpr int DissectorHint = 7719;
+// 7720-7723: what cannot be read (CaptureFrameMsg)
+// The save dialog's file types: name, mask, extension, default name (CSV, DAT, pcapng, pcap).
 inline constexpr int CsvFileType = 8579;
 inline constexpr int DatFileType = 8583;
+inline constexpr int PcapngFileType = 7724;
+inline constexpr int PcapFileType = 7727;
 } // namespace ExportFormMsg
 
 // What is exported and how the main window shows it at the moment of the export.
@@ -88,9 +112,10 @@ struct ExportSource {
     std::string recordFile;
     int timeMode = 0; // the grid's time display mode
     int naming = 0;   // circuit names (0) or pin names (1)
+    PortComboTexts line; // the line settings the main window shows
 };
 
-// The save dialog's question: title, the two file types (CSV first), the one to
+// The save dialog's question: title, the file types (CSV, DAT, pcapng, pcap), the one to
 // preselect, and the folder and name to start with.
 struct ExportFileQuestion {
     QString title;
@@ -114,6 +139,8 @@ public:
 
     // The settings as the controls show them (the options of `kestrel-cli export`).
     [[nodiscard]] ExportOptions options() const;
+    // The capture file's frame options as typed (only for pcapng and pcap).
+    [[nodiscard]] CaptureFrameTexts captureTexts() const;
     // The MPs an export would write now; first > last when the recording holds none.
     [[nodiscard]] std::uint64_t rangeFirst() const;
     [[nodiscard]] std::uint64_t rangeLast() const;
@@ -145,9 +172,12 @@ protected:
 
 private:
     void buildControls();
+    [[nodiscard]] QWidget *buildCaptureFrames();
+    void takeLineSettings(const PortComboTexts &line);
+    [[nodiscard]] bool captureFormat() const;
     [[nodiscard]] QString chooseTarget();
     [[nodiscard]] bool confirmTarget(const QString &path);
-    void runExport(const QString &path, const ExportSource &src);
+    void runExport(const QString &path, const ExportSource &src, const PcapExportOptions *capture);
     void setRunning(bool on);
     void fail(int textNo, const QString &detail);
     // The line under the progress bar: a text number and its arguments, kept so that a
@@ -164,6 +194,7 @@ private:
     ToolWindowPlacement placement_;
     bool placed_ = false;  // the saved placement has been applied
     QString lastFolder_;
+    std::string lineSettingsFor_; // the recording the line settings were taken for
     int stateNo_ = 0;
     QStringList stateArgs_;
 
@@ -200,6 +231,21 @@ private:
     QCheckBox *cbEventTimestamp = nullptr;
     QGroupBox *gbPostfix = nullptr;
     QCheckBox *cbDescription = nullptr;
+    QGroupBox *gbCaptureFrames = nullptr;
+    QLabel *lblBaudRate = nullptr;
+    QComboBox *cbBaudRate = nullptr;
+    QLabel *lblDataBits = nullptr;
+    QComboBox *cbDataBits = nullptr;
+    QLabel *lblParity = nullptr;
+    QComboBox *cbParity = nullptr;
+    QLabel *lblStopBits = nullptr;
+    QComboBox *cbStopBits = nullptr;
+    QLabel *lblFrameGap = nullptr;
+    QLineEdit *edtFrameGap = nullptr;
+    QLabel *lblEndByte = nullptr;
+    QLineEdit *edtEndByte = nullptr;
+    QLabel *lblDissector = nullptr;
+    QComboBox *cbDissector = nullptr;
     QGroupBox *gbRange = nullptr;
     QRadioButton *rbtMPAll = nullptr;
     QRadioButton *rbtMPRange = nullptr;

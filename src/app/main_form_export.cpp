@@ -18,7 +18,7 @@ void TFormMain::createExportWindow()
 {
     FormExport = new TFormExport(*prompter_, this);
     FormExport->setSourceProvider([this] {
-        return ExportSource{recordFile(), DrawGrid1->modes().timeMode(), pinNaming_};
+        return ExportSource{recordFile(), DrawGrid1->modes().timeMode(), pinNaming_, comboTexts()};
     });
     // The window's own section, read when the window is made; the save writes it back.
     (void)LoadConfiguration(std::filesystem::path(configPath()), "TFormExport", *config_);

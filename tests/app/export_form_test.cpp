@@ -1,7 +1,9 @@
 // The export window and its range controls, driven by objectName on the
 // offscreen platform: the same bytes as kestrel-cli export, a stop that ends an
 // export at once, no file replaced without a yes, one message for a target that
-// cannot be written, the raw/CSV rule, and [EXWindow] through the main window.
+// cannot be written, which controls each format takes, capture files as
+// kestrel-cli writes them and tshark reads them, and [EXWindow] through the
+// main window.
 
 #include <gtest/gtest.h>
 
@@ -23,6 +25,7 @@
 #include <algorithm>
 #include <csignal>
 #include <fstream>
+#include <sstream>
 
 #include "app/action_registry.h"
 #include "app/background_sink.h"
@@ -125,9 +128,22 @@ TEST(ExportForm, RawFormatRestsTheCsvControls)
     EXPECT_FALSE(d.find<QWidget>("edtMPStart")->isEnabled()) << "all MPs: the range fields rest";
     d.check("rbtMPRange", true);
     EXPECT_TRUE(d.find<QWidget>("edtMPStart")->isEnabled());
+    EXPECT_FALSE(d.find<QWidget>("cbBaudRate")->isEnabled());
     d.find<QComboBox>("cbExportFormat")->setCurrentIndex(1);
     for (const char *n : csvOnly)
         EXPECT_TRUE(d.find<QWidget>(n)->isEnabled()) << n;
+
+    // A capture file takes every event: neither CSV columns nor data lines apply, the
+    // frame options do; the dissector's second interface exists in pcapng alone.
+    for (const int format : {2, 3}) {
+        d.find<QComboBox>("cbExportFormat")->setCurrentIndex(format);
+        for (const char *n : csvOnly)
+            EXPECT_FALSE(d.find<QWidget>(n)->isEnabled()) << n;
+        EXPECT_FALSE(d.find<QWidget>("cbEventD1")->isEnabled());
+        for (const char *n : {"cbBaudRate", "cbParity", "edtFrameGap", "edtEndByte", "btnExport"})
+            EXPECT_TRUE(d.find<QWidget>(n)->isEnabled()) << n;
+        EXPECT_EQ(d.find<QWidget>("cbDissector")->isEnabled(), format == 2);
+    }
 }
 
 TEST(ExportForm, ALanguageSwitchLeavesNoTextOfTheOtherLanguage)
@@ -196,6 +212,104 @@ TEST(ExportForm, WritesTheSameBytesAsTheCommandLine)
     const std::string raw = test::ReadWholeFile(out);
     EXPECT_EQ(raw, RunCli(d.rec, cli, {"--format", "raw", "--columns", "-d1"}, d.dir));
     EXPECT_EQ(raw.substr(0, 3), std::string("\x01\xE9\x7F", 3));
+}
+
+// Bursts on D1 with a pause that ends a frame at 19200 baud but not at 9600, an answer
+// on D2 that LF cuts in two, and a trigger mark: frames and comments show whether the
+// window's settings arrive.
+void WriteBursts(const std::string &path)
+{
+    test::RecordingBuilder b(45000.5, 0.001);
+    for (int burst = 0; burst < 6; ++burst) {
+        b.d1(0x01).d1(0x03).d1(static_cast<std::uint8_t>(burst)).gap(0.0015).d1(0xC4).d1(0x0B);
+        b.gap(0.004).d2(0x0A).d2(0x41).mark(1, 0, 2).gap(0.05);
+    }
+    b.write(path);
+}
+
+TEST(ExportForm, CaptureFilesAreTheCommandLinesAndTsharkReadsThem)
+{
+    Dialog d;
+    WriteBursts(d.rec);
+    d.form.refreshLimits();
+    const std::string cli = d.dir.file("cli.pcapng");
+    d.target = QString::fromStdString(d.dir.file("out.pcapng"));
+    std::vector<ExportFileQuestion> asked;
+    d.form.setFileChooser([&](const ExportFileQuestion &q) {
+        asked.push_back(q);
+        return d.target;
+    });
+
+    // A typing error costs neither a save dialog nor a file: one message says which field.
+    auto *format = d.find<QComboBox>("cbExportFormat");
+    format->setCurrentIndex(2);
+    d.find<QLineEdit>("edtFrameGap")->setText("2,5");
+    d.exportNow();
+    ASSERT_EQ(d.prompter.asked.size(), 1u);
+    EXPECT_NE(d.prompter.asked[0].text.find("gap"), std::string::npos) << d.prompter.asked[0].text;
+    EXPECT_NE(d.prompter.asked[0].text.find("2,5"), std::string::npos);
+    EXPECT_TRUE(asked.empty());
+    d.prompter.asked.clear();
+    d.find<QLineEdit>("edtFrameGap")->setText("2.5");
+    d.find<QComboBox>("cbDissector")->setCurrentText("mb rtu");
+    d.exportNow();
+    ASSERT_EQ(d.prompter.asked.size(), 1u);
+    EXPECT_NE(d.prompter.asked[0].text.find("mb rtu"), std::string::npos);
+
+    // pcapng with all frame options: the bytes of kestrel-cli with the same options.
+    d.prompter.asked.clear();
+    d.find<QComboBox>("cbBaudRate")->setCurrentText("19200");
+    d.find<QComboBox>("cbParity")->setCurrentText("E");
+    d.find<QLineEdit>("edtEndByte")->setText("<LF>");
+    d.find<QComboBox>("cbDissector")->setCurrentText("mbrtu");
+    d.exportNow();
+    EXPECT_EQ(d.prompter.asked.size(), 0u);
+    ASSERT_EQ(asked.size(), 1u);
+    EXPECT_TRUE(asked[0].filters.value(asked[0].selectedFilter).contains("*.pcapng"));
+    EXPECT_EQ(asked[0].suffixes.value(asked[0].selectedFilter), "pcapng");
+    const std::string ng = test::ReadWholeFile(d.target.toStdString());
+    EXPECT_EQ(ng, RunCli(d.rec, cli, {"--format", "pcapng", "--baud", "19200", "--parity", "E", "--gap", "2.5",
+                                      "--end-byte", "0A", "--protocol", "mbrtu", "--language", "en"},
+                         d.dir));
+    EXPECT_NE(ng, RunCli(d.rec, d.dir.file("cli-9600.pcapng"), {"--format", "pcapng", "--gap", "2.5", "--end-byte", "0A", "--protocol", "mbrtu",
+                                      "--language", "en"},
+                         d.dir))
+        << "the line settings cut these frames differently at 9600 baud";
+
+    // Classic pcap: no dissector even when one is typed, and an existing file needs a yes.
+    // The settings typed stay while the same recording is exported again.
+    d.form.show();
+    format->setCurrentIndex(3);
+    d.target = QString::fromStdString(d.dir.file("out.pcap"));
+    std::ofstream(d.target.toStdString()) << "someone's capture";
+    d.exportNow();
+    ASSERT_EQ(d.prompter.asked.size(), 1u);
+    EXPECT_EQ(test::ReadWholeFile(d.target.toStdString()), "someone's capture");
+    d.prompter.answerNext(MsgResult::Yes);
+    d.exportNow();
+    EXPECT_EQ(asked.back().suffixes.value(asked.back().selectedFilter), "pcap");
+    const std::string classic = test::ReadWholeFile(d.target.toStdString());
+    EXPECT_EQ(classic, RunCli(d.rec, d.dir.file("cli.pcap"),
+                              {"--format", "pcap", "--baud", "19200", "--parity", "E", "--gap", "2.5", "--end-byte",
+                               "0A", "--language", "en"},
+                              d.dir));
+
+    if (!test::HaveTshark())
+        GTEST_SKIP() << "tshark is not installed (apt-get install tshark)";
+    // Every frame is a TX or RX packet on interface 0 and again on interface 1 for the dissector.
+    const test::CliRun r = test::RunCapture(
+        "tshark", "-r '" + cli + "' -T fields -e frame.interface_id -e rtacser.eventtype -e frame.comment", {}, false);
+    ASSERT_EQ(r.code, 0) << r.out;
+    int frames = 0, again = 0, comments = 0;
+    std::istringstream in(r.out);
+    for (std::string line; std::getline(in, line);) {
+        frames += line.rfind("0\t0x01\t", 0) == 0 || line.rfind("0\t0x02\t", 0) == 0;
+        again += line.rfind("1\t", 0) == 0;
+        comments += !line.empty() && line.back() != '\t';
+    }
+    EXPECT_EQ(frames, 6 * 4) << r.out; // each burst: D1 in two, LF, then "A"
+    EXPECT_EQ(again, frames);
+    EXPECT_EQ(comments, 6 + 2) << r.out; // the trigger marks, start and stop
 }
 
 TEST(ExportForm, StopAndClosingEndARunningExportAtOnce)

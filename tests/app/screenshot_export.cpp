@@ -1,5 +1,5 @@
 // Photographs the export window in German and English on a 1024 x 768 screen:
-// as it comes up (CSV), in raw mode, with a range and a field that was put
+// as it comes up (CSV), in raw mode, as pcapng with its frame options, with a range and a field that was put
 // back, and during an export. Saves the window and the whole screen into the
 // folder given as the first argument. Run under Xvfb by the screenshot test;
 // fails when a picture is missing or blank, or the window does not fit the
@@ -92,6 +92,15 @@ int main(int argc, char **argv)
 
         form.findChild<QComboBox *>("cbExportFormat")->setCurrentIndex(0);
         shoot(std::string(lang) + "-raw");
+
+        // pcapng: the frame options live, the CSV ones resting.
+        form.findChild<QComboBox *>("cbExportFormat")->setCurrentIndex(2);
+        form.findChild<QComboBox *>("cbBaudRate")->setCurrentText("115200");
+        form.findChild<QLineEdit *>("edtEndByte")->setText("<ETX>");
+        form.findChild<QComboBox *>("cbDissector")->setCurrentText("mbrtu");
+        shoot(std::string(lang) + "-pcapng");
+        form.findChild<QComboBox *>("cbDissector")->setCurrentIndex(0);
+        shoot(std::string(lang) + "-pcapng-none");
 
         form.findChild<QComboBox *>("cbExportFormat")->setCurrentIndex(1);
         form.findChild<QRadioButton *>("rbtMPRange")->setChecked(true);
