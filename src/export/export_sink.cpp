@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <poll.h>
 #include <sys/stat.h>
 
 namespace kestrel {
@@ -45,6 +46,11 @@ bool FileSink::open(const std::string &path, const std::string &source)
         fail("cannot create");
         return false;
     }
+    // A pipe's reader (Wireshark on a live capture) waits for each piece the moment it
+    // is handed over, not for a full buffer; the writers hand over large pieces anyway.
+    struct stat st {};
+    if (::fstat(::fileno(file_), &st) == 0 && S_ISFIFO(st.st_mode))
+        std::setvbuf(file_, nullptr, _IONBF, 0);
     return true;
 }
 
@@ -57,6 +63,15 @@ bool FileSink::write(std::string_view bytes)
         return false;
     }
     return true;
+}
+
+bool FileSink::readerClosed() const
+{
+    if (file_ == nullptr)
+        return false;
+    // The writing end of a pipe reports POLLERR once no reader is left; a file never does.
+    pollfd p{::fileno(file_), 0, 0};
+    return ::poll(&p, 1, 0) > 0 && (p.revents & (POLLERR | POLLHUP)) != 0;
 }
 
 bool FileSink::finish()

@@ -43,6 +43,9 @@ public:
     // Flushes and closes; false when the last bytes could not be written (disk full).
     bool finish() override;
     [[nodiscard]] std::string errorText() const override { return error_; }
+    // A pipe or FIFO whose reader has closed its end: nothing written would arrive.
+    // Asks without writing, so a quiet writer notices it too.
+    [[nodiscard]] bool readerClosed() const;
 
 private:
     void fail(const char *what);

@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <poll.h>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -47,6 +48,18 @@ TEST(Extcap, AnswersWiresharksQuestions)
                              "--end-byte", "--protocol", "--record"})
         EXPECT_NE(r.out.find(std::string("{call=") + call + "}"), std::string::npos) << call;
     EXPECT_EQ(r.out.find("--scenario"), std::string::npos);
+    // The ports found here are offered to choose from, A on the first and B on the second;
+    // with none found, a text field takes any device.
+    r = cli("extcap --extcap-interface kestrel-ports --extcap-config", "KESTREL_PORTS=/dev/ttyUSB0:/dev/ttyS1");
+    ASSERT_EQ(r.code, 0) << r.out;
+    EXPECT_NE(r.out.find("{call=--port-a}{display=Port A}{type=selector}"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("value {arg=0}{value=/dev/ttyUSB0}{display=/dev/ttyUSB0}{default=true}\n"
+                         "value {arg=0}{value=/dev/ttyS1}{display=/dev/ttyS1}{default=false}\n"),
+              std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("value {arg=1}{value=/dev/ttyS1}{display=/dev/ttyS1}{default=true}\n"), std::string::npos);
+    r = cli("extcap --extcap-interface kestrel-ports --extcap-config", "KESTREL_PORTS=:");
+    EXPECT_NE(r.out.find("{call=--port-b}{display=Port B}{type=string}"), std::string::npos) << r.out;
+    EXPECT_EQ(r.out.find("value {arg=0}"), std::string::npos);
     r = cli("extcap --extcap-interface kestrel-sim --extcap-config");
     EXPECT_NE(r.out.find("{call=--scenario}"), std::string::npos);
     EXPECT_EQ(r.out.find("--port-a"), std::string::npos);
@@ -175,6 +188,34 @@ TEST_F(LiveCapture, AReaderThatGoesAwayEndsTheCaptureAndTheTemporaryRecording)
     reader.join(); // read 200 bytes and closed its end
     EXPECT_EQ(test::WaitCli(pid, std::chrono::seconds(15)), 0) << test::ReadWholeFile(log);
     EXPECT_TRUE(std::filesystem::is_empty(tmp)) << "the temporary recording is removed";
+}
+
+// Wireshark stops a capture by closing the FIFO, most often while the line is quiet.
+TEST_F(LiveCapture, AReaderThatGoesAwayWhileTheLineIsQuietEndsTheCaptureAtOnce)
+{
+    const std::string scenario = dir.file("quiet.ksc");
+    std::ofstream(scenario) << "b 01 02 03\nwait 60s\n";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const pid_t pid = test::StartCli(KESTREL_CLI_PATH,
+                                     {"extcap", "--extcap-interface", "kestrel-sim", "--capture", "--fifo", fifo,
+                                      "--scenario", scenario, "--record", ksr},
+                                     log);
+    // Read until the line has been quiet for half a second, then close: nothing more
+    // is written that could fail and give the capture away.
+    const int fd = ::open(fifo.c_str(), O_RDONLY);
+    ASSERT_GE(fd, 0);
+    pollfd p{fd, POLLIN, 0};
+    char buf[4096];
+    for (ssize_t n; ::poll(&p, 1, 500) > 0 && (n = ::read(fd, buf, sizeof buf)) > 0;)
+        received.append(buf, static_cast<std::size_t>(n));
+    ::close(fd);
+    const auto closed = std::chrono::steady_clock::now();
+    EXPECT_FALSE(received.empty()) << "the packets of the line came while it was open";
+    EXPECT_EQ(test::WaitCli(pid, std::chrono::seconds(10)), 0) << test::ReadWholeFile(log);
+    EXPECT_LT(std::chrono::steady_clock::now() - closed, std::chrono::seconds(2));
+    RecordReader rec;
+    ASSERT_TRUE(rec.open(ksr));
+    EXPECT_TRUE(SummarizeRecording(rec).endsWithStopMark());
 }
 
 TEST(Extcap, PortsThatDoNotOpenEndTheCaptureWithAMessage)

@@ -4,7 +4,8 @@
 // as kestrel-cli record, follows the record file while it grows, and writes
 // its frames, status changes, errors and marks to Wireshark's FIFO as pcapng
 // (as kestrel-cli export --format pcapng would). Wireshark ends a capture with
-// SIGTERM or by closing the FIFO; either stops the recording in good order.
+// SIGTERM or by closing the FIFO (seen within a tick, even on a quiet line);
+// either stops the recording in good order.
 
 #include <csignal>
 #include <cstdio>
@@ -26,6 +27,7 @@
 #include "command.h"
 #include "export/export_sink.h"
 #include "export/pcap_export.h"
+#include "ports/port_scan.h"
 #include "record/record_reader.h"
 
 namespace kestrel::cli {
@@ -51,14 +53,44 @@ void printInterfaces()
     std::printf("interface {value=%s}{display=Kestrel: simulated line}\n", kSimInterface);
 }
 
+// The serial ports found here, as the options dialog lists them; a name that would
+// break the extcap syntax is left out (it can still be given on the command line).
+std::vector<std::string> ExtcapPortList()
+{
+    std::vector<std::string> ports;
+    for (const std::string &device : AvailablePorts())
+        if (device.find_first_of("{}\n") == std::string::npos)
+            ports.push_back(device);
+    return ports;
+}
+
+// A port option: a selector of the ports found, the default one marked; a text field when
+// none was found (Wireshark 4.0 has no selector that also takes typed text).
+void printPortArg(int number, const char *call, const char *display, const char *tooltip,
+                  const std::vector<std::string> &ports, int preferred)
+{
+    if (ports.empty()) {
+        std::printf("arg {number=%d}{call=%s}{display=%s}{type=string}{required=true}"
+                    "{tooltip=%s; no serial port was found, e.g. /dev/ttyUSB0}{group=Line}\n",
+                    number, call, display, tooltip);
+        return;
+    }
+    std::printf("arg {number=%d}{call=%s}{display=%s}{type=selector}{required=true}{tooltip=%s}{group=Line}\n", number,
+                call, display, tooltip);
+    for (std::size_t i = 0; i < ports.size(); ++i)
+        std::printf("value {arg=%d}{value=%s}{display=%s}{default=%s}\n", number, ports[i].c_str(),
+                    PortDisplayName(ports[i]).c_str(), static_cast<int>(i) == preferred ? "true" : "false");
+}
+
 void printConfig(const std::string &interface)
 {
     int n = 0;
     if (interface == kPortsInterface) {
-        std::printf("arg {number=%d}{call=--port-a}{display=Port A}{type=string}{required=true}"
-                    "{tooltip=Device that receives Rx (D2) and DSR, CTS, DCD, RI, e.g. /dev/ttyUSB0}{group=Line}\n", n++);
-        std::printf("arg {number=%d}{call=--port-b}{display=Port B}{type=string}{required=true}"
-                    "{tooltip=Device that receives Tx (D1) and DTR, RTS on its DSR and CTS inputs}{group=Line}\n", n++);
+        const std::vector<std::string> ports = ExtcapPortList();
+        const PortChoice choice = ChoosePorts(static_cast<int>(ports.size()), 0, 1);
+        printPortArg(n++, "--port-a", "Port A", "Device that receives Rx (D2) and DSR, CTS, DCD, RI", ports, choice.a);
+        printPortArg(n++, "--port-b", "Port B", "Device that receives Tx (D1) and DTR, RTS on its DSR and CTS inputs",
+                     ports, choice.b);
     } else {
         std::printf("arg {number=%d}{call=--scenario}{display=Scenario}{type=fileselect}{mustexist=true}"
                     "{tooltip=A scenario file (.ksc); empty: the built-in demo line}{group=Line}\n", n++);
@@ -198,6 +230,8 @@ int runCapture(ExtcapCommand &cl)
     Follower follower(record.path, stream);
     bool readerGone = false;
     run.tick = [&](RecordingSession &session, bool stopped) {
+        // Wireshark stops by closing the FIFO: a quiet line would not notice it at a write.
+        readerGone = readerGone || fifo.readerClosed();
         if (readerGone)
             return false;
         readerGone = !follower.poll(session, stopped);
