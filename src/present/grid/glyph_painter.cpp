@@ -15,11 +15,14 @@ namespace {
 
 constexpr int kCaretLetterPoints = 8; // the letter under the caret
 
+// The sizes are given in points at 96 dpi and set in pixels, like the grid's
+// text font: a glyph keeps its size in the fixed-height row on any screen and
+// on a printed page, whose painter maps 96 units to the inch.
 QFont CellFont(double pointSize)
 {
     QFont f(QString::fromLatin1(kCellFontFamily.data(), static_cast<int>(kCellFontFamily.size())));
     f.setStyleHint(QFont::Monospace);
-    f.setPointSizeF(pointSize);
+    f.setPixelSize(std::max(1, static_cast<int>(pointSize * 96.0 / 72.0 + 0.5)));
     f.setBold(false);
     f.setItalic(false);
     return f;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "present/grid/cell_painter.h"
 #include "present/grid/glyph_painter.h"
 #include "present/grid/grid_options.h"
 #include "present/grid/grid_texts.h"
@@ -979,76 +980,14 @@ void RecordGrid::DrawGrid1DrawCell(QPainter &p, int col, int row, const QRect &r
         p.fillRect(r, colours_.currentCell);
 
     if (!cleared_) {
-        const GridCell cell = DescribeCell(Frame(), col, row, *times_);
-        const QColor fore = palette().text().color();
-        switch (cell.kind) {
-        case ContentKind::Empty:
-            break;
-        case ContentKind::Text: {
-            p.save();
-            p.setClipRect(r);
-            QColor c = fore;
-            if (cell.tone == TextTone::Description)
-                c = colours_.description;
-            else if (cell.tone == TextTone::Dim)
-                c = palette().mid().color();
-            if (cell.tone == TextTone::LineName) {
-                QFont bold = textFont_;
-                bold.setBold(true);
-                p.setFont(bold);
-            }
-            p.setPen(c);
-            p.drawText(r.adjusted(kCellTextDx, kCellTextDy, 0, 0), Qt::AlignLeft | Qt::AlignTop, Q(cell.text));
-            p.restore();
-            break;
-        }
-        case ContentKind::Byte:
-            p.setPen(cell.tone == TextTone::Dim ? palette().mid().color() : fore);
-            DrawByteCell(p, r, cell.byte, textFont_, zoom_);
-            break;
-        case ContentKind::Waveform:
-            DrawWaveform(p, r, cell.waveCase, modes_.fillWaveform(), colours_.waveLine, colours_.waveFill);
-            break;
-        case ContentKind::Mark: {
-            const auto mark = static_cast<std::size_t>(MarkIndex(cell.mark));
-            const QRect badge = r.adjusted(2, 1, -2, -2);
-            p.save();
-            p.setRenderHint(QPainter::Antialiasing, true);
-            p.setPen(colours_.markText[mark]);
-            p.setBrush(colours_.markBack[mark]);
-            p.drawRoundedRect(badge, 3, 3);
-            QFont f = textFont_;
-            f.setBold(true);
-            f.setPixelSize(Zoomed(10, zoom_));
-            p.setFont(f);
-            p.setClipRect(badge);
-            // Bottom-aligned inside the border, so that the low line of
-            // "T_4" or "E_0" stays clear of the tag's edge.
-            p.drawText(badge.adjusted(1, 0, -1, -1), Qt::AlignHCenter | Qt::AlignBottom, Q(cell.text));
-            p.restore();
-            break;
-        }
-        case ContentKind::Errors: {
-            // One small red tile per error, in the order P, F, L.
-            p.save();
-            QFont f = textFont_;
-            f.setBold(true);
-            f.setPixelSize(Zoomed(9, zoom_));
-            p.setFont(f);
-            p.setClipRect(r);
-            int x = r.left() + 2;
-            const std::string letters = ErrorLetters(cell.errors);
-            for (char letter : letters) {
-                const QRect tile(x, r.top() + 3, 9, r.height() - 6);
-                p.fillRect(tile, colours_.errorBack);
-                p.setPen(colours_.errorText);
-                p.drawText(tile, Qt::AlignCenter, QString(QChar::fromLatin1(letter)));
-                x += 11;
-            }
-            p.restore();
-            break;
-        }
-        }
+        CellPaintStyle style;
+        style.textFont = textFont_;
+        style.zoomPercent = zoom_;
+        style.text = palette().text().color();
+        style.dim = palette().mid().color();
+        style.colours = colours_;
+        style.fillWaveform = modes_.fillWaveform();
+        PaintCellContent(p, r, DescribeCell(Frame(), col, row, *times_), style);
     }
 
 }
