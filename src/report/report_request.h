@@ -16,10 +16,18 @@ namespace kestrel::report {
 enum class ReportBody { Vertical, Dump, DataOnly };
 enum class PaperSize { A4, Letter };
 
+// One port's line settings as the environment keeps them.
+struct ReportPortSettings {
+    std::string name;   // "A" or "B"
+    std::string device; // device path, or "COM n" when the environment names a number only
+    int baud = 0, dataBits = 8, parity = 0, stopBits = 1; // parity: 0 N, 1 O, 2 E, 3 M, 4 S
+};
+
 // The environment's descriptive data; empty fields are left out of the page.
 struct ReportHeader {
     std::string title, author, company, customer;
     std::vector<std::string> description;
+    std::vector<ReportPortSettings> ports; // shown among the details; none without an environment
 };
 
 struct ReportRequest {
@@ -37,6 +45,10 @@ struct ReportRequest {
     int lang = 0;                       // 0 German, 10000 English
     PaperSize paper = PaperSize::A4;
     bool landscape = false;
+    int namingSet = 0;                  // circuit names: 0 D1, D2, S1 ...; 1 Tx, Rx, DTR ...
+    // WriteReportPdf replaces an existing file that is not a PDF only when the
+    // user said so (kestrel-cli --force); the recording itself never.
+    bool replaceNonPdf = false;
 };
 
 struct ReportProgress {
