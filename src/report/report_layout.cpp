@@ -72,8 +72,15 @@ bool ReportLayout::Plan(double pageHeight, const std::vector<TextLine> &before, 
         if (unitsPerPage_ == 0)
             return false;
         unitsFirstPage_ = fit(pageHeight - at.y);
-        if (unitsFirstPage_ == 0)
-            at = {at.page + 1, 0};
+        if (unitsFirstPage_ == 0) {
+            // A heading right above the body goes over with it.
+            if (!before.empty() && before.back().kind == LineKind::Heading && before_.back().y > 0) {
+                before_.back() = {at.page + 1, 0};
+                at = {at.page + 1, LineHeight(LineKind::Heading)};
+            } else {
+                at = {at.page + 1, 0};
+            }
+        }
         unitsFirstPage_ = std::min(fit(pageHeight - at.y), body.count);
         bodyFirstPage_ = at.page;
         bodyFirstY_ = at.y;

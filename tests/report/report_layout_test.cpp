@@ -37,7 +37,13 @@ Reference PlaceOneByOne(double pageHeight, const std::vector<TextLine> &before, 
     for (std::uint64_t u = 0; u < body.count; ++u) {
         const double head = headOnPage == at.page ? 0 : body.headHeight;
         if (at.y + head + body.unitHeight > pageHeight + 1e-9) {
+            const bool headingAbove = u == 0 && !before.empty() && before.back().kind == LineKind::Heading &&
+                                      ref.before.back().y > 0;
             at = {at.page + 1, 0};
+            if (headingAbove) { // the body's heading goes over with it
+                ref.before.back() = at;
+                at.y = LineHeight(LineKind::Heading);
+            }
         }
         if (headOnPage != at.page) {
             at.y += body.headHeight;
@@ -70,8 +76,10 @@ TEST(ReportLayout, AgreesWithPlacingEveryLineAndUnitInTurn)
         ASSERT_TRUE(layout.Plan(pageHeight, before, body, after));
         const Reference ref = PlaceOneByOne(pageHeight, before, body, after);
         ASSERT_EQ(layout.pageCount(), ref.pages) << "round " << round;
-        for (std::size_t i = 0; i < before.size(); ++i)
+        for (std::size_t i = 0; i < before.size(); ++i) {
             ASSERT_EQ(layout.beforePlaces()[i].page, ref.before[i].page) << "round " << round;
+            ASSERT_NEAR(layout.beforePlaces()[i].y, ref.before[i].y, 1e-6) << "round " << round;
+        }
         for (std::size_t i = 0; i < after.size(); ++i) {
             ASSERT_EQ(layout.afterPlaces()[i].page, ref.after[i].page) << "round " << round << " line " << i;
             ASSERT_NEAR(layout.afterPlaces()[i].y, ref.after[i].y, 1e-6) << "round " << round;
