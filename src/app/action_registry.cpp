@@ -125,7 +125,7 @@ constexpr std::array kActions = {
     ActionDef{"actLangGerman",         7622, 0, nullptr, true,  false, nullptr, "language"},
     ActionDef{"actLangEnglish",        7623, 0, nullptr, true,  false, nullptr, "language"},
     // help and web
-    ActionDef{"actHelp",               7626, 0, nullptr, false, true,  "F1",    nullptr},
+    ActionDef{"actHelp",               7626, 0, nullptr, false, false, "F1",    nullptr},
     ActionDef{"actWebUpdate",          7627, 0, nullptr, false, false, nullptr, nullptr},
     ActionDef{"actWebSupport",         7628, 0, nullptr, false, false, nullptr, nullptr},
     ActionDef{"actAbout",              7629, 0, ":/images/kestrel.svg", false, false, nullptr, nullptr},

@@ -1,12 +1,11 @@
 #include "app/confirm_record_mode_form.h"
 
 #include <QGroupBox>
-#include <QHBoxLayout>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QToolTip>
 #include <QVBoxLayout>
 
+#include "app/dialog_buttons.h"
 #include "base/string_table.h"
 
 namespace kestrel {
@@ -30,25 +29,15 @@ TFormConfirmRecordMode::TFormConfirmRecordMode(QWidget *parent) : QDialog(parent
     gl->addWidget(rbRecReplace);
     gl->addWidget(rbRecAppend);
 
-    btnOK = new QPushButton(this);
-    btnOK->setObjectName("btnOK");
-    btnOK->setDefault(true);
-    btnCancel = new QPushButton(this);
-    btnCancel->setObjectName("btnCancel");
-    btnHelp = new QPushButton(this);
-    btnHelp->setObjectName("btnHelp");
+    const DialogButtons buttons = MakeDialogButtons(this);
+    btnOK = buttons.ok;
+    btnCancel = buttons.cancel;
+    btnHelp = buttons.help;
     connect(btnOK, &QPushButton::clicked, this, &TFormConfirmRecordMode::btnOKClick);
     connect(btnCancel, &QPushButton::clicked, this, &TFormConfirmRecordMode::btnCancelClick);
-    connect(btnHelp, &QPushButton::clicked, this, &TFormConfirmRecordMode::btnHelpClick);
-
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(btnOK);
-    buttons->addWidget(btnCancel);
-    buttons->addWidget(btnHelp);
     auto *box = new QVBoxLayout(this);
     box->addWidget(gbExistingData);
-    box->addLayout(buttons);
+    box->addLayout(buttons.row);
     InitialLoads();
 }
 
@@ -84,11 +73,6 @@ void TFormConfirmRecordMode::btnCancelClick()
 {
     recordMode_ = 0;
     reject();
-}
-
-void TFormConfirmRecordMode::btnHelpClick()
-{
-    QToolTip::showText(btnHelp->mapToGlobal(QPoint(0, btnHelp->height())), S(7525), btnHelp);
 }
 
 } // namespace kestrel

@@ -24,7 +24,6 @@ public:
 private slots:
     void btnOKClick();
     void btnCancelClick();
-    void btnHelpClick();
 
 private:
     QGroupBox *gbExistingData;

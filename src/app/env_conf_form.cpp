@@ -2,18 +2,17 @@
 
 #include <QFormLayout>
 #include <QGroupBox>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QTabWidget>
-#include <QToolTip>
 #include <QVBoxLayout>
 #include <filesystem>
 #include <string_view>
 
+#include "app/dialog_buttons.h"
 #include "app/elided_label.h"
 #include "base/prompt.h"
 #include "base/string_table.h"
@@ -35,7 +34,6 @@ constexpr int kEnvironmentFile = 7950;
 constexpr int kPageGeneral = 7951;
 constexpr int kPageCustomer = 7952;
 constexpr int kPageDescription = 7953;
-constexpr int kHelpText = 7968;
 constexpr int kFileNotReadAgain = 7969;
 constexpr int kTitleBarButtons = 140; // icon, close, minimize and maximize of a title bar
 constexpr int kFieldChars = 50;       // a title or an e-mail address shows whole
@@ -129,27 +127,16 @@ TFormEnvConf::TFormEnvConf(Prompter &prompter, QWidget *parent) : QDialog(parent
         fieldChanged();
     });
 
-    btnOK = new QPushButton(this);
-    btnOK->setObjectName("btnOK");
-    btnOK->setDefault(true);
-    btnCancel = new QPushButton(this);
-    btnCancel->setObjectName("btnCancel");
-    btnHelp = new QPushButton(this);
-    btnHelp->setObjectName("btnHelp");
-    btnHelp->setAutoDefault(false);
+    const DialogButtons buttons = MakeDialogButtons(this);
+    btnOK = buttons.ok;
+    btnCancel = buttons.cancel;
+    btnHelp = buttons.help;
     connect(btnOK, &QPushButton::clicked, this, &TFormEnvConf::btnOKClick);
     connect(btnCancel, &QPushButton::clicked, this, &TFormEnvConf::btnCancelClick);
-    connect(btnHelp, &QPushButton::clicked, this, &TFormEnvConf::btnHelpClick);
-
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(btnOK);
-    buttons->addWidget(btnCancel);
-    buttons->addWidget(btnHelp);
     auto *box = new QVBoxLayout(this);
     box->addWidget(gbEnvFile);
     box->addWidget(PageControl1, 1);
-    box->addLayout(buttons);
+    box->addLayout(buttons.row);
     InitialLoads();
 }
 
@@ -281,10 +268,5 @@ void TFormEnvConf::btnCancelClick()
 }
 
 void TFormEnvConf::reject() { btnCancelClick(); }
-
-void TFormEnvConf::btnHelpClick()
-{
-    QToolTip::showText(btnHelp->mapToGlobal(QPoint(0, btnHelp->height())), S(kHelpText), btnHelp);
-}
 
 } // namespace kestrel

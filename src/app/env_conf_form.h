@@ -54,7 +54,6 @@ public slots:
 private slots:
     void btnOKClick();
     void btnCancelClick();
-    void btnHelpClick();
 
 private:
     struct Field {

@@ -105,7 +105,7 @@ TFormExport::TFormExport(Prompter &prompter, QWidget *parent)
 {
     setObjectName("TFormExport");
     setModal(false);
-    buildControls();
+    buildControls(); // F1 is the main window's Help action, which a tool window shares
     InitialLoads();
     refreshLimits();
     SetupActiveElements();

@@ -20,6 +20,7 @@
 #include <QTimeEdit>
 #include <QVBoxLayout>
 
+#include "app/help_request.h"
 #include "app/pattern_fields.h"
 #include "app/range_controls.h"
 #include "app/up_down.h"
@@ -102,7 +103,8 @@ TFormGoto::TFormGoto(Prompter &prompter, grid::RecordGrid &grid, std::function<s
     button(btnHelp, "btnHelp", Txt::Help);
     box->addLayout(buttons);
     btnSearchStop->setEnabled(false);
-    btnHelp->setEnabled(false); // the manual comes with the help system
+    // F1 is the main window's Help action, which a tool window shares.
+    connect(btnHelp, &QPushButton::clicked, this, [this] { ShowHelpFor(this); });
     connect(btnSearchForward, &QPushButton::clicked, this, &TFormGoto::btnSearchForwardClick);
     connect(btnSearchReverse, &QPushButton::clicked, this, &TFormGoto::btnSearchReverseClick);
     connect(btnSearchStop, &QPushButton::clicked, this, &TFormGoto::btnSearchStopClick);

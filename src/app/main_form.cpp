@@ -24,6 +24,7 @@
 #include "app/action_registry.h"
 #include "app/confirm_record_mode_form.h"
 #include "app/export_form.h"
+#include "app/help_window.h"
 #include "app/line_gauge.h"
 #include "app/message_form.h"
 #include "app/options_form.h"
@@ -312,6 +313,8 @@ void TFormMain::ApplyLanguage()
     if (FormProblemReport != nullptr)
         FormProblemReport->InitialLoads();
     optionsLanguageLoads();
+    if (auto *help = findChild<THelpWindow *>(QString(), Qt::FindDirectChildrenOnly))
+        help->InitialLoads(); // the page shown reopens in the new language
     DrawGrid1->InitialLoads(); // its status line ("day(s)", the copy item) in the new language at once
     showPortDevices(); // "(simulated line)" beside the devices
     // "Ready" in the free status panel follows the language; other texts there last only a moment.

@@ -2,6 +2,7 @@
 // combos, the lights on LEDToggleTimer, view hold, and the action wiring.
 
 #include <QAction>
+#include <QApplication>
 #include <QActionGroup>
 #include <QComboBox>
 #include <QLabel>
@@ -10,6 +11,7 @@
 #include <QToolButton>
 
 #include "app/action_registry.h"
+#include "app/help_request.h"
 #include "app/main_form.h"
 #include "app/signal_light.h"
 #include "app/signal_light_controller.h"
@@ -48,6 +50,12 @@ void TFormMain::connectActions()
     on("actAbout", &TFormMain::actAboutExecute);
     on("actWebSupport", &TFormMain::actWebSupportExecute);
     on("actWebUpdate", &TFormMain::actWebUpdateExecute);
+    // The manual at the page of what has the focus: the trigger panel has one of its own, and
+    // so has each tool window, which shares this action's F1 with the main window.
+    connect(ActionManager1->action("actHelp"), &QAction::triggered, this, [this] {
+        QWidget *focus = QApplication::focusWidget();
+        ShowHelpFor(focus != nullptr ? focus : this);
+    });
     on("actOptions", &TFormMain::actOptionsExecute);
     on("actPortOptions", &TFormMain::actPortOptionsExecute);
     on("actNewRecordFile", &TFormMain::btnNewRecordFileClick);

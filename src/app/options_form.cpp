@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "app/dialog_buttons.h"
 #include "app/selector_form.h"
 #include "base/prompt.h"
 #include "base/string_table.h"
@@ -230,27 +231,16 @@ TFormOptions::TFormOptions(Prompter &prompter, QWidget *parent) : QDialog(parent
     pcOptions->addTab(tabInterface, QString());
     pcOptions->addTab(tabUpdate, QString());
 
-    btnOK = new QPushButton(this);
-    btnOK->setObjectName("btnOK");
-    btnOK->setDefault(true);
-    btnAbort = new QPushButton(this);
-    btnAbort->setObjectName("btnAbort");
+    const DialogButtons buttons = MakeDialogButtons(this, "btnAbort");
+    btnOK = buttons.ok;
+    btnAbort = buttons.cancel;
     btnAbort->setAutoDefault(false);
-    btnHelp = new QPushButton(this);
-    btnHelp->setObjectName("btnHelp");
-    btnHelp->setAutoDefault(false);
-    btnHelp->setEnabled(false); // the manual comes in a later version
+    btnHelp = buttons.help;
     connect(btnOK, &QPushButton::clicked, this, &TFormOptions::btnOKClick);
     connect(btnAbort, &QPushButton::clicked, this, &TFormOptions::btnAbortClick);
-
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(btnOK);
-    buttons->addWidget(btnAbort);
-    buttons->addWidget(btnHelp);
     auto *box = new QVBoxLayout(this);
     box->addWidget(pcOptions, 1);
-    box->addLayout(buttons);
+    box->addLayout(buttons.row);
     setMinimumWidth(600);
     InitialLoads();
 }
@@ -295,7 +285,6 @@ void TFormOptions::InitialLoads()
     btnOK->setText(S(6006));
     btnAbort->setText(S(6003));
     btnHelp->setText(S(7524));
-    btnHelp->setToolTip(S(7625));
     if (FormSelector != nullptr)
         FormSelector->InitialLoads();
     // The fields of the three groups line up, whatever the language makes of the labels.

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/help_request.h"
 #include "base/prompt.h"
 #include "base/string_table.h"
 #include "config/options_fields.h"
@@ -24,7 +25,6 @@ constexpr int kSelected = 9252;
 constexpr int kSave = 9253;
 constexpr int kCancel = 6003;
 constexpr int kHelp = 7524;
-constexpr int kLaterHint = 7625;
 constexpr int kNotAValue = 9248;
 constexpr int kWarningTitle = 205;
 
@@ -91,7 +91,9 @@ TFormSelector::TFormSelector(Prompter &prompter, QWidget *parent) : QDialog(pare
     button(btnCancel, "btnCancel", QString(), &TFormSelector::btnCancelClick);
     btnHelp = new QPushButton(this);
     btnHelp->setObjectName("btnHelp");
-    btnHelp->setEnabled(false); // the manual comes in a later version
+    btnHelp->setAutoDefault(false);
+    connect(btnHelp, &QPushButton::clicked, this, [this] { ShowHelpFor(this); });
+    InstallHelpKey(this);
     for (QPushButton *b : {btnAddValue, btnDelValue})
         b->setFixedWidth(32);
     for (QPushButton *b : {btnToSelected, ToAvailable, btnResetValues})
@@ -149,7 +151,6 @@ void TFormSelector::InitialLoads()
     btnSave->setText(S(kSave));
     btnCancel->setText(S(kCancel));
     btnHelp->setText(S(kHelp));
-    btnHelp->setToolTip(S(kLaterHint));
 }
 
 void TFormSelector::Open(PortValueKind kind, const std::vector<std::string> &current)

@@ -19,11 +19,11 @@
 #include <QTabWidget>
 #include <QTimeEdit>
 #include <QToolButton>
-#include <QToolTip>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
 
+#include "app/dialog_buttons.h"
 #include "app/pattern_fields.h"
 #include "app/trigger_params_form.h"
 #include "base/prompt.h"
@@ -45,7 +45,7 @@ constexpr int kNameLabel = 7460, kDescrLabel = 7461, kConditionLabel = 7462, kAt
               kRxData = 7469, kParityError = 7471, kFramingError = 7472, kLineError = 7473, kTimeReached = 7474,
               kNow = 7475, kInactiveIf = 7476, kSeconds = 7477, kInactiveEvents = 7478, kDataLines = 7479,
               kControlLines = 7480, kErrorsBox = 7481, kParity = 7482, kFraming = 7483, kLine = 7484,
-              kCancel = 7485, kHelpText = 7489, kOk = 6006, kHelp = 7524;
+              kCancel = 7485, kOk = 6006, kHelp = 7524;
 constexpr int kPlaySound = 7803, kSoundFile = 7804, kPlayContinuously = 7805, kSoundCheck = 7806,
               kStartCommand = 7807, kCommandFile = 7808, kCommandParams = 7809, kParamPool = 7810,
               kCommandCheck = 7811, kOpenSoundFile = 7812, kOpenFile = 7813, kOpenParamFile = 7814,
@@ -160,20 +160,14 @@ TFormTrig::TFormTrig(Prompter &prompter, TriggerLauncher *launcher, QWidget *par
     pcTrigger->addTab(buildActionPage(), QString());
     box->addWidget(pcTrigger);
 
-    btnOK = NewButton(this, "btnOK");
-    btnOK->setDefault(true);
-    btnOK->setAutoDefault(true);
-    btnCancel = NewButton(this, "btnCancel");
-    btnHelp = NewButton(this, "btnHelp");
+    const DialogButtons buttons = MakeDialogButtons(this);
+    btnOK = buttons.ok;
+    btnCancel = buttons.cancel;
+    btnCancel->setAutoDefault(false); // Enter on any field accepts, even after Cancel had the focus
+    btnHelp = buttons.help;
     connect(btnOK, &QPushButton::clicked, this, &TFormTrig::btnOKClick);
     connect(btnCancel, &QPushButton::clicked, this, &TFormTrig::btnCancelClick);
-    connect(btnHelp, &QPushButton::clicked, this, &TFormTrig::btnHelpClick);
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(btnOK);
-    buttons->addWidget(btnCancel);
-    buttons->addWidget(btnHelp);
-    box->addLayout(buttons);
+    box->addLayout(buttons.row);
 
     connect(cbTrigRec, &QComboBox::currentIndexChanged, this, &TFormTrig::cbTrigRecChange);
     connect(cbTrigEvent, &QComboBox::currentIndexChanged, this, &TFormTrig::cbTrigEventChange);
@@ -719,11 +713,6 @@ void TFormTrig::btnGetTimeNowClick()
     const QDateTime now = QDateTime::currentDateTime();
     pkTrigDate->setDate(now.date());
     pkTrigTime->setTime(now.time());
-}
-
-void TFormTrig::btnHelpClick()
-{
-    QToolTip::showText(btnHelp->mapToGlobal(QPoint(0, btnHelp->height())), S(kHelpText), btnHelp);
 }
 
 void TFormTrig::btnBrowseSoundFileClick()

@@ -89,7 +89,6 @@ public slots:
     void reject() override; // Escape and the close box
 
 private slots:
-    void btnHelpClick();
     void btnGetTimeNowClick();
     void cbTrigRecChange();
     void cbTrigEventChange();

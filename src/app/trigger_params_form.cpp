@@ -7,6 +7,7 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include "app/help_request.h"
 #include "base/string_table.h"
 #include "trigger_engine/command_params.h"
 
@@ -55,6 +56,7 @@ TFormTrigParams::TFormTrigParams(QWidget *parent) : QDialog(parent)
     box->addWidget(sgParamPool);
     box->addLayout(buttons);
     box->setSizeConstraint(QLayout::SetFixedSize);
+    InstallHelpKey(this); // the editor's page: the placeholders are described there
     sgParamPool->selectRow(0);
     InitialLoads();
 }
