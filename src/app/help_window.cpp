@@ -1,6 +1,7 @@
 #include "app/help_window.h"
 
 #include <QApplication>
+#include <algorithm>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -106,8 +107,11 @@ THelpWindow::THelpWindow(QWidget *parent) : QWidget(parent, Qt::Window)
     // A readable page beside the contents, on any screen from 1024 x 768 up.
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
     resize(std::min(980, screen.width() * 9 / 10), std::min(720, screen.height() * 9 / 10));
-    split->setSizes({width() * 3 / 10, width() * 7 / 10});
     InitialLoads();
+    // The contents as wide as their longest title, up to a third of the window.
+    tvContents->resizeColumnToContents(0);
+    const int contents = std::min(width() / 3, tvContents->columnWidth(0) + 2 * tvContents->indentation());
+    split->setSizes({std::max(width() * 3 / 10, contents), width() - std::max(width() * 3 / 10, contents)});
 }
 
 void THelpWindow::InitialLoads()
@@ -182,9 +186,14 @@ void THelpWindow::searchChanged()
         return;
     const std::vector<help::SearchHit> hits = help::SearchPages(query, GlobalLang());
     for (const help::SearchHit &hit : hits) {
-        auto *item = new QListWidgetItem(hit.title + "\n" + hit.snippet, lbSearchResults);
-        item->setData(kPageRole, hit.id);
-        item->setToolTip(hit.snippet);
+        // The title in bold over its snippet; either one opens the page.
+        auto *title = new QListWidgetItem(hit.title, lbSearchResults);
+        QFont bold = title->font();
+        bold.setBold(true);
+        title->setFont(bold);
+        auto *snippet = new QListWidgetItem(hit.snippet, lbSearchResults);
+        for (QListWidgetItem *item : {title, snippet})
+            item->setData(kPageRole, hit.id);
     }
     if (hits.empty()) {
         auto *none = new QListWidgetItem(S(kNoHits), lbSearchResults);

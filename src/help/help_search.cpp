@@ -50,8 +50,11 @@ QString PlainText(const QString &markdown)
     QString text = markdown;
     static const QRegularExpression link(QStringLiteral(R"(!?\[([^\]]*)\]\([^)]*\))"));
     text.replace(link, QStringLiteral("\\1"));
-    static const QRegularExpression marks(QStringLiteral(R"([`*_#|>]|^-{3,}|\|?-{3,}\|)"),
-                                          QRegularExpression::MultilineOption);
+    // Emphasis and code marks go without a trace ("**Title**:" reads "Title:"); headings,
+    // table bars and rules become blanks.
+    static const QRegularExpression emphasis(QStringLiteral("[`*]"));
+    text.remove(emphasis);
+    static const QRegularExpression marks(QStringLiteral(R"([#|>]|^-{3,}|\|?-{3,}\|)"), QRegularExpression::MultilineOption);
     text.replace(marks, QStringLiteral(" "));
     return text.simplified();
 }
