@@ -10,16 +10,13 @@
 #include "app/message_form.h"
 #include "base/error_report.h"
 #include "base/string_table.h"
+#include "support/widget_app.h"
 
 using namespace kestrel;
 
 namespace {
 
-// Widgets need an application object before the first test runs.
-int g_argc = 1;
-char g_arg0[] = "test_message_form";
-char *g_argv[] = {g_arg0, nullptr};
-const QApplication *const g_app = new QApplication(g_argc, g_argv);
+const QApplication &g_app = test::WidgetApp(); // before the first widget
 
 // Presses a button of the box as soon as the box waits, and records what the box showed.
 struct Seen {

@@ -27,15 +27,13 @@
 #include "support/scripted_prompter.h"
 #include "support/stale_language.h"
 #include "support/temp_dir.h"
+#include "support/widget_app.h"
 
 using namespace kestrel;
 
 namespace {
 
-int g_argc = 1;
-char g_arg0[] = "test_options_form";
-char *g_argv[] = {g_arg0, nullptr};
-const QApplication *const g_app = new QApplication(g_argc, g_argv);
+const QApplication &g_app = test::WidgetApp(); // before the first widget
 
 using V = std::vector<std::string>;
 

@@ -27,16 +27,14 @@
 #include "base/reporter.h"
 #include "base/string_table.h"
 #include "support/scripted_prompter.h"
+#include "support/widget_app.h"
 #include "trigger_engine/trigger_launcher.h"
 
 using namespace kestrel;
 
 namespace {
 
-int g_argc = 1;
-char g_arg0[] = "test_trigger_form";
-char *g_argv[] = {g_arg0, nullptr};
-const QApplication *const g_app = new QApplication(g_argc, g_argv);
+const QApplication &g_app = test::WidgetApp(); // before the first widget
 
 template <class W>
 W *child(const QObject &parent, const char *name)

@@ -13,15 +13,13 @@
 #include "base/prompt.h"
 #include "base/string_table.h"
 #include "support/scripted_prompter.h"
+#include "support/widget_app.h"
 
 using namespace kestrel;
 
 namespace {
 
-int g_argc = 1;
-char g_arg0[] = "test_trigger_panel";
-char *g_argv[] = {g_arg0, nullptr};
-const QApplication *const g_app = new QApplication(g_argc, g_argv);
+const QApplication &g_app = test::WidgetApp(); // before the first widget
 
 TriggerDef Named(const std::string &name, bool active = false)
 {

@@ -11,17 +11,15 @@
 
 #include "alert_window.h"
 #include "base/string_table.h"
+#include "support/widget_app.h"
 
 using namespace kestrel;
 using namespace kestrel::chimer;
 
 namespace {
 
-int g_argc = 1;
-char g_arg0[] = "test_chimer";
-char *g_argv[] = {g_arg0, nullptr};
 // Widgets and players need an application object before the first test runs.
-const QApplication *const g_app = new QApplication(g_argc, g_argv);
+const QApplication &g_app = test::WidgetApp();
 
 QLabel *fileLabel(AlertWindow &w) { return w.findChild<QLabel *>("lblAlertFile"); }
 QLabel *messageLabel(AlertWindow &w) { return w.findChild<QLabel *>("lblAlertMessage"); }

@@ -18,22 +18,12 @@
 #include "record/mp_record.h"
 #include "record/record_codes.h"
 #include "support/temp_dir.h"
+#include "support/widget_app.h"
 
 using namespace kestrel;
 using namespace kestrel::grid;
 
 namespace {
-
-QApplication &ColoursApp()
-{
-    static int argc = 1;
-    static char name[] = "test_gridview";
-    static char *argv[] = {name, nullptr};
-    if (auto *made = qobject_cast<QApplication *>(QCoreApplication::instance()))
-        return *made;
-    static QApplication *app = new QApplication(argc, argv);
-    return *app;
-}
 
 // WCAG relative luminance and contrast ratio.
 double Luminance(const QColor &c)
@@ -71,7 +61,7 @@ void ExpectReadable(const GridColours &c, const QColor &base, const std::string 
 }
 
 struct ColourFixture : ::testing::Test {
-    QApplication &app = ColoursApp();
+    QApplication &app = test::WidgetApp(); // before any widget
     QWidget window;
     RecordGrid *grid = nullptr;
     void SetUp() override

@@ -27,24 +27,12 @@
 #include "present/grid/record_grid.h"
 #include "base/string_table.h"
 #include "support/temp_dir.h"
+#include "support/widget_app.h"
 
 using namespace kestrel;
 using namespace kestrel::grid;
 
 namespace {
-
-QApplication &App()
-{
-    static int argc = 1;
-    static char name[] = "test_gridview";
-    static char *argv[] = {name, nullptr};
-    // Never destroyed: tearing Qt down during static destruction crashes. Another test
-    // file of this program may have made it already.
-    if (auto *made = qobject_cast<QApplication *>(QCoreApplication::instance()))
-        return *made;
-    static QApplication *app = new QApplication(argc, argv);
-    return *app;
-}
 
 constexpr double kT0 = 46000.25;
 
@@ -100,7 +88,7 @@ void Wheel(RecordGrid *grid, int angle)
 
 struct GridFixture : ::testing::Test {
     test::TempDir dir;
-    QApplication &app = App(); // before any widget
+    QApplication &app = test::WidgetApp(); // before any widget
     QWidget window;
     RecordGrid *grid = nullptr;
     void SetUp() override
