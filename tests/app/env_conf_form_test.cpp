@@ -24,17 +24,14 @@
 #include "app/main_form.h"
 #include "base/string_table.h"
 #include "config/environment.h"
-#include "support/scripted_prompter.h"
+#include "support/main_window.h"
 #include "support/temp_dir.h"
 
 using namespace kestrel;
 
 namespace {
 
-int g_argc = 1;
-char g_arg0[] = "test_env_conf_form";
-char *g_argv[] = {g_arg0, nullptr};
-const QApplication *const g_app = new QApplication(g_argc, g_argv);
+const QApplication &g_app = test::WidgetApp(); // before the first widget
 
 // Every header key with a value of its own, so that a field mixed up with another shows.
 Environment Filled()
@@ -209,40 +206,12 @@ TEST(EnvConfForm, SwitchingTheLanguageRelabelsTheDialog)
 
 namespace {
 
-// A main window on the simulated line in a data folder of its own.
-struct Window {
-    test::TempDir dir;
-    test::ScriptedPrompter prompter{MsgResult::Yes};
-    std::unique_ptr<TFormMain> w;
-
-    Window()
-    {
-        SetGlobalLang(kLangEnglish);
-        std::filesystem::create_directories(dir.path() / "recordings");
-        MainFormOptions o;
-        o.args = ParseStartupArgs({"kestrel", "--simulate"});
-        o.dataFolder = dir.path().string() + "/";
-        o.prompter = &prompter;
-        o.skipUnloadDelay = true;
-        w = std::make_unique<TFormMain>(std::move(o));
-        w->FormShow();
-        prompter.asked.clear();
-    }
-    QAction *act(const char *name) { return w->actions().action(name); }
+// The main window, its start-up questions forgotten.
+struct Window : test::MainWindow {
+    Window() : test::MainWindow({.lang = kLangEnglish}) { prompter.asked.clear(); }
     TFormEnvConf *envConf() { return w->findChild<TFormEnvConf *>(); }
     std::string title() { return w->windowTitle().toStdString(); }
 
-    // The file dialog the action opens picks path.
-    void pickFile(const std::string &path)
-    {
-        QTimer::singleShot(0, [path] {
-            for (QWidget *top : QApplication::topLevelWidgets())
-                if (auto *d = qobject_cast<QFileDialog *>(top); d != nullptr && d->isVisible()) {
-                    d->selectFile(QString::fromStdString(path));
-                    QMetaObject::invokeMethod(d, "accept");
-                }
-        });
-    }
     // The environment information dialog: inside() acts on it while it is open.
     void openEnvConf(const std::function<void(TFormEnvConf &)> &inside)
     {
@@ -275,8 +244,8 @@ TEST(EnvConfForm, MainWindowOpensItAndItsHeaderGoesToTheFileAtTheNextSave)
     });
     EXPECT_TRUE(win.w->isEnvironmentChanged());
 
-    const std::string kef = win.dir.file("pumps.kef");
-    win.pickFile(win.dir.file("pumps")); // typed without the extension
+    const std::string kef = win.file("pumps.kef");
+    test::PickFile(win.file("pumps")); // typed without the extension
     win.act("actSaveEnvironment")->trigger();
     EXPECT_EQ(win.w->environmentFile(), kef);
     EXPECT_NE(test::ReadWholeFile(kef).find("[Customer]\nCompany=Harbour Pumps Ltd\n"), std::string::npos) << test::ReadWholeFile(kef);
@@ -300,12 +269,12 @@ TEST(EnvConfForm, SavingIntoAFileThatIsNoEnvironmentAsksFirst)
 {
     Window win;
     const std::string before = win.w->environmentFile();
-    const std::string notes = win.dir.file("notes.txt");
+    const std::string notes = win.file("notes.txt");
     const std::string text = "Line 7: call the customer before the weekend.\n";
     std::ofstream(notes) << text;
 
     win.prompter.answerNext(MsgResult::No);
-    win.pickFile(notes);
+    test::PickFile(notes);
     win.act("actSaveEnvironment")->trigger();
     ASSERT_EQ(win.prompter.asked.size(), 1u);
     EXPECT_NE(win.prompter.asked[0].text.find(notes), std::string::npos) << win.prompter.asked[0].text;
@@ -314,7 +283,7 @@ TEST(EnvConfForm, SavingIntoAFileThatIsNoEnvironmentAsksFirst)
     EXPECT_EQ(win.w->environmentFile(), before);
 
     win.prompter.answerNext(MsgResult::Yes);
-    win.pickFile(notes);
+    test::PickFile(notes);
     win.act("actSaveEnvironment")->trigger();
     EXPECT_EQ(win.prompter.asked.size(), 2u);
     const std::string saved = test::ReadWholeFile(notes);
@@ -327,17 +296,17 @@ TEST(EnvConfForm, LoadingTakesEnvironmentsOnlyAndNamesTheFileInTheCaption)
 {
     Window win;
     const std::string before = win.w->environmentFile();
-    const std::string ini = win.dir.file("Kestrel.ini");
+    const std::string ini = win.file("Kestrel.ini");
     std::ofstream(ini) << "[Modes]\nGlobalLang=10000\n";
-    win.pickFile(ini);
+    test::PickFile(ini);
     win.act("actLoadEnvironment")->trigger();
     ASSERT_EQ(win.prompter.asked.size(), 1u);
     EXPECT_EQ(win.prompter.asked[0].text, StrArg(7972, ini));
     EXPECT_EQ(win.w->environmentFile(), before);
 
-    const std::string kef = win.dir.file("line.kef");
-    std::ofstream(kef) << "[General]\nTitle=Line 7\n[Files]\nRecord data=" << win.dir.file("recordings/l7.ksr") << "\n";
-    win.pickFile(kef);
+    const std::string kef = win.file("line.kef");
+    std::ofstream(kef) << "[General]\nTitle=Line 7\n[Files]\nRecord data=" << win.file("recordings/l7.ksr") << "\n";
+    test::PickFile(kef);
     win.act("actLoadEnvironment")->trigger();
     EXPECT_EQ(win.w->environmentFile(), kef);
     EXPECT_EQ(win.title(), Str(1) + " - line.kef");

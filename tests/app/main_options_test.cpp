@@ -26,7 +26,7 @@
 #include "present/grid/grid_colours.h"
 #include "present/grid/grid_options.h"
 #include "present/grid/record_grid.h"
-#include "support/scripted_prompter.h"
+#include "support/main_window.h"
 #include "support/screenshots.h"
 #include "support/temp_dir.h"
 
@@ -34,38 +34,15 @@ using namespace kestrel;
 
 namespace {
 
-int g_argc = 1;
-char g_arg0[] = "test_main_options";
-char *g_argv[] = {g_arg0, nullptr};
-const QApplication *const g_app = new QApplication(g_argc, g_argv);
+const QApplication &g_app = test::WidgetApp(); // before the first widget
 
 void pump(int ms) { test::Pump(ms); }
 
-std::string ReadAll(const std::filesystem::path &p)
-{
-    std::ifstream in(p, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-IniFile Ini(const std::filesystem::path &dir) { return IniFile::Parse(ReadAll(dir / "Kestrel.ini")); }
+IniFile Ini(const std::filesystem::path &dir) { return IniFile::Parse(test::ReadWholeFile(dir / "Kestrel.ini")); }
 
 // A main window on the simulated line; a second one on the same folder is a restart.
-struct Window {
-    test::ScriptedPrompter prompter{MsgResult::Yes};
-    std::unique_ptr<TFormMain> w;
-
-    explicit Window(const std::filesystem::path &dir)
-    {
-        SetGlobalLang(kLangEnglish);
-        MainFormOptions o;
-        o.args = ParseStartupArgs({"kestrel", "--simulate"});
-        o.dataFolder = dir.string() + "/";
-        std::filesystem::create_directories(dir / "recordings");
-        o.prompter = &prompter;
-        o.skipUnloadDelay = true;
-        w = std::make_unique<TFormMain>(std::move(o));
-        w->FormShow();
-    }
+struct Window : test::MainWindow {
+    explicit Window(const std::filesystem::path &dir) : test::MainWindow({.folder = dir, .lang = kLangEnglish}) {}
     ~Window()
     {
         if (w)
@@ -212,7 +189,7 @@ TEST_F(MainOptions, AStyleFileThatCannotBeUsedIsSaidAndChangesNothing)
     EXPECT_TRUE(qApp->styleSheet().isEmpty());
     win.w->quitCleanly();
     win.w.reset();
-    EXPECT_EQ(ReadAll(dir.path() / "themes" / "Broken.qss"), broken);
+    EXPECT_EQ(test::ReadWholeFile(dir.path() / "themes" / "Broken.qss"), broken);
     EXPECT_EQ(Ini(dir.path()).ReadInteger("Skin", "Current", -1), 1);
 }
 
