@@ -33,7 +33,7 @@
 #include "present/grid/grid_layout.h"
 #include "present/grid/record_grid.h"
 #include "base/string_table.h"
-#include "support/scripted_prompter.h"
+#include "support/main_window.h"
 #include "support/stale_language.h"
 #include "support/screenshots.h"
 #include "support/temp_dir.h"
@@ -42,10 +42,7 @@ using namespace kestrel;
 
 namespace {
 
-int g_argc = 1;
-char g_arg0[] = "test_main_form";
-char *g_argv[] = {g_arg0, nullptr};
-const QApplication *const g_app = new QApplication(g_argc, g_argv);
+const QApplication &g_app = test::WidgetApp(); // before the first widget
 
 void pump(int ms) { test::Pump(ms); }
 
@@ -83,37 +80,18 @@ std::vector<int> codes(const Marks &m)
     return c;
 }
 
-// A main window on the simulated line in a data folder of its own.
-struct Window {
-    test::TempDir dir;
-    test::ScriptedPrompter prompter;
-    std::unique_ptr<TFormMain> w;
+using Window = test::MainWindow;
 
-    explicit Window(std::vector<std::string> extraArgs = {}, Clock *clock = nullptr,
-                    const std::string &configText = {}, bool simulate = true, int answer = MsgResult::Yes)
-        : prompter(answer)
-    {
-        if (!configText.empty())
-            std::ofstream(dir.path() / "Kestrel.ini") << configText;
-        std::vector<std::string> args{"kestrel"};
-        if (simulate)
-            args.push_back("--simulate");
-        args.insert(args.end(), extraArgs.begin(), extraArgs.end());
-        MainFormOptions o;
-        o.args = ParseStartupArgs(args);
-        o.dataFolder = dir.path().string() + "/";
-        std::filesystem::create_directories(dir.path() / "recordings");
-        o.prompter = &prompter;
-        o.clock = clock;
-        o.skipUnloadDelay = true;
-        w = std::make_unique<TFormMain>(std::move(o));
-        w->FormShow();
-    }
-    template <class T> T *find(const char *name) { return w->findChild<T *>(name); }
-    QAction *act(const char *name) { return w->actions().action(name); }
-    void click(const char *button) { find<QToolButton>(button)->click(); }
-    QString modeText() { return find<QLabel>("pnlStatusBarPanel6")->text(); }
-};
+QString ModeText(Window &win) { return win.find<QLabel>("pnlStatusBarPanel6")->text(); }
+
+// Closes the window (answering its question yes) and reads the configuration it saved.
+std::string CloseAndReadIni(Window &win)
+{
+    win.w->show();
+    win.prompter.answerNext(MsgResult::Yes);
+    EXPECT_TRUE(win.w->close());
+    return test::ReadWholeFile(win.file("Kestrel.ini"));
+}
 
 } // namespace
 
@@ -137,7 +115,7 @@ TEST(MainForm, HasTheNamedRegionsAndComponents)
         EXPECT_FALSE(a->isEnabled()) << name;
         EXPECT_TRUE(a->toolTip().contains(QString::fromStdString(Str(7625)))) << name;
     }
-    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4274)));
+    EXPECT_EQ(ModeText(win), QString::fromStdString(Str(4274)));
 }
 
 TEST(MainForm, RecordPauseStopWritesTheMarksOnce)
@@ -147,8 +125,13 @@ TEST(MainForm, RecordPauseStopWritesTheMarksOnce)
     ASSERT_TRUE(win.w->isRecording());
     EXPECT_TRUE(win.find<QToolButton>("btnREC")->isChecked());
     EXPECT_FALSE(win.find<QToolButton>("btnSTOP")->isChecked());
-    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4273)));
+    EXPECT_EQ(ModeText(win), QString::fromStdString(Str(4273)));
     pump(150);
+    // Record while recording does nothing, even when reached through the action.
+    win.act("actStart")->setEnabled(true);
+    win.act("actStart")->trigger();
+    win.click("btnREC");
+    EXPECT_TRUE(win.find<QToolButton>("btnREC")->isChecked());
     win.click("btnPAUSE");
     EXPECT_TRUE(win.w->isPaused());
     EXPECT_FALSE(win.w->isRecording());
@@ -161,7 +144,7 @@ TEST(MainForm, RecordPauseStopWritesTheMarksOnce)
     win.click("btnSTOP");
     EXPECT_FALSE(win.w->isRecording());
     EXPECT_FALSE(win.w->isPaused());
-    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4274)));
+    EXPECT_EQ(ModeText(win), QString::fromStdString(Str(4274)));
     EXPECT_TRUE(win.find<QToolButton>("btnSTOP")->isChecked());
 
     const Marks m = readMarks(win.w->recordFile());
@@ -192,19 +175,6 @@ TEST(MainForm, PauseThenStopStopsOnceAndAppendContinuesTheNumbers)
     m = readMarks(win.w->recordFile());
     EXPECT_TRUE(m.gapFree);
     EXPECT_EQ(codes(m), (std::vector<int>{0, 6, 5, 4, 5}));
-}
-
-TEST(MainForm, RecordWhileRecordingDoesNothing)
-{
-    Window win;
-    win.click("btnREC");
-    pump(50);
-    win.act("actStart")->setEnabled(true); // even when reached through the action
-    win.act("actStart")->trigger();
-    win.click("btnREC");
-    EXPECT_TRUE(win.find<QToolButton>("btnREC")->isChecked());
-    win.click("btnSTOP");
-    EXPECT_EQ(codes(readMarks(win.w->recordFile())), (std::vector<int>{0, 6, 5}));
 }
 
 TEST(MainForm, ControlsAreLockedWhileRecordingAndRestoredAfter)
@@ -241,7 +211,7 @@ TEST(MainForm, ControlsAreLockedWhileRecordingAndRestoredAfter)
     EXPECT_TRUE(win.find<QWidget>("ScrollBar1")->isEnabled());
 }
 
-TEST(MainForm, CloseWhileRecordingIsRefusedWithTheReasonInTheStatusBar)
+TEST(MainForm, CloseIsRefusedWhileRecordingAndOffersToSaveAChangedEnvironment)
 {
     Window win;
     win.w->show();
@@ -259,25 +229,15 @@ TEST(MainForm, CloseWhileRecordingIsRefusedWithTheReasonInTheStatusBar)
     ASSERT_EQ(win.prompter.asked.size(), 1u);
     EXPECT_EQ(win.prompter.asked[0].text, Str(24));
 
-    // The environment is unchanged: one question, then the configuration is saved.
-    win.prompter.answerNext(MsgResult::Yes);
-    EXPECT_TRUE(win.w->close());
-    EXPECT_EQ(win.prompter.asked.size(), 2u);
-    EXPECT_TRUE(std::filesystem::exists(win.dir.path() / "Kestrel.ini"));
-}
-
-TEST(MainForm, ChangedPortSettingsOfferToSaveTheEnvironment)
-{
-    Window win;
-    win.w->show();
-    QComboBox *baud = win.find<QComboBox>("cbPortBaudRate");
-    baud->setCurrentText("19200");
+    // A changed environment brings a second question; "no" closes without saving it.
+    win.find<QComboBox>("cbPortBaudRate")->setCurrentText("19200");
     ASSERT_TRUE(win.w->isEnvironmentChanged());
     win.prompter.answerNext(MsgResult::Yes);
-    win.prompter.answerNext(MsgResult::No); // do not save
+    win.prompter.answerNext(MsgResult::No);
     EXPECT_TRUE(win.w->close());
-    ASSERT_EQ(win.prompter.asked.size(), 2u);
-    EXPECT_EQ(win.prompter.asked[1].text, Str(25));
+    ASSERT_EQ(win.prompter.asked.size(), 3u);
+    EXPECT_EQ(win.prompter.asked[2].text, Str(25));
+    EXPECT_TRUE(std::filesystem::exists(win.dir / "Kestrel.ini"));
 }
 
 TEST(MainForm, NeitherModeButtonDownAsksBeforeTouchingAFileWithData)
@@ -333,7 +293,7 @@ TEST(MainForm, LosingAPortStopsCleanlyAndReportsOnce)
     for (const auto &a : win.prompter.asked)
         portMessages += a.title == Str(2000);
     EXPECT_EQ(portMessages, 1);
-    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4274)));
+    EXPECT_EQ(ModeText(win), QString::fromStdString(Str(4274)));
     EXPECT_TRUE(win.act("actNewRecordFile")->isEnabled());
 }
 
@@ -377,22 +337,26 @@ TEST(MainForm, CommandLineFilesAreTaken)
         std::ofstream f(ksr, std::ios::binary);
         f << std::string(5000, '\0');
     }
-    Window win({other.file("x.kef"), ksr, other.file("data.KSR")});
+    Window win({.args = {other.file("x.kef"), ksr, other.file("data.KSR")}});
     EXPECT_EQ(win.w->environmentFile(), other.file("x.kef"));
     EXPECT_EQ(win.w->recordFile(), ksr);
     // The size is shifted, not divided: 5000 bytes show as 4 KB.
     EXPECT_EQ(win.find<QLabel>("lblRecordFileSize")->text().toStdString(), ksr + "   [  4 KB ]");
 }
 
-TEST(MainForm, LanguageSwitchRelabelsTheWindow)
+// After a switch nothing in the window speaks the other language, whatever was on it.
+TEST(MainForm, LanguageSwitchRelabelsTheWindowAndItsToolWindows)
 {
     Window win;
+    win.act("actSearch")->trigger(); // the tool windows that exist switch with the window
+    win.act("actExportToFile")->trigger();
+    (void)win.w->triggerEditor();
     win.act("actLangEnglish")->trigger();
-    EXPECT_EQ(win.modeText(), "EXAMINE - MODE");
+    EXPECT_EQ(test::StaleTexts(win.w.get(), kLangGerman).join("\n").toStdString(), "");
     EXPECT_EQ(win.act("actStart")->text().toStdString(), Str(7548));
-    EXPECT_EQ(win.find<QToolButton>("btnREC")->text(), "Record");
     win.act("actLangGerman")->trigger();
-    EXPECT_EQ(win.modeText(), "EXAMINE - MODUS");
+    EXPECT_EQ(test::StaleTexts(win.w.get(), kLangEnglish).join("\n").toStdString(), "");
+    EXPECT_EQ(ModeText(win), "EXAMINE - MODUS");
     EXPECT_EQ(win.find<QLabel>("pnlStatusBarPanel1")->text(), "Bereit");
     EXPECT_TRUE(win.find<QLabel>("lblPortA")->text().contains("simulierte Leitung"));
     EXPECT_EQ(win.find<QToolButton>("btnREC")->text(), "Aufnahme");
@@ -420,19 +384,6 @@ TEST(MainForm, LanguageSwitchRelabelsTheWindow)
     EXPECT_FALSE(statusLine().contains("day(s)")) << statusLine().toStdString();
 }
 
-// After a switch nothing in the window speaks the other language, whatever was on it.
-TEST(MainForm, NoTextOfTheOtherLanguageStaysAfterASwitch)
-{
-    Window win;
-    win.act("actSearch")->trigger(); // the tool windows that exist switch with the window
-    win.act("actExportToFile")->trigger();
-    (void)win.w->triggerEditor();
-    win.act("actLangEnglish")->trigger();
-    EXPECT_EQ(test::StaleTexts(win.w.get(), kLangGerman).join("\n").toStdString(), "");
-    win.act("actLangGerman")->trigger();
-    EXPECT_EQ(test::StaleTexts(win.w.get(), kLangEnglish).join("\n").toStdString(), "");
-}
-
 TEST(MainForm, ModeButtonsDriveTheGridAndFollowItsViewMemory)
 {
     Window win;
@@ -444,6 +395,7 @@ TEST(MainForm, ModeButtonsDriveTheGridAndFollowItsViewMemory)
     win.click("btnViewDataDump");
     EXPECT_EQ(g.modes().view(), 4);
     win.click("btnCharBin"); // the dump view's numeric columns
+    win.click("btnCharBin"); // pressing the down button keeps it down
     EXPECT_EQ(g.modes().secondaryMode(), 6);
     EXPECT_TRUE(win.act("actCharBin")->isChecked());
     win.click("btnViewVertical"); // back: the vertical view's own choice returns
@@ -462,22 +414,11 @@ TEST(MainForm, ModeButtonsDriveTheGridAndFollowItsViewMemory)
     EXPECT_TRUE(win.act("actTimeDelta")->isChecked());
     win.click("btnViewHold");
     EXPECT_TRUE(g.hold());
-}
-
-TEST(MainForm, ModeGroupsAreExclusive)
-{
-    Window win;
-    win.click("btnViewDataDump");
-    EXPECT_TRUE(win.act("actViewDataDump")->isChecked());
-    EXPECT_FALSE(win.act("actViewVertical")->isChecked());
-    win.click("btnCharHex");
-    win.click("btnCharHex"); // pressing the down button keeps it down
-    EXPECT_TRUE(win.act("actCharHex")->isChecked());
-    EXPECT_FALSE(win.act("actCharAscii")->isChecked());
+    win.click("btnCharAscii");
     win.click("btnCharCtl");
-    win.click("btnCharCmd");
+    win.click("btnCharCmd"); // the overlays exclude each other and may be all up
     EXPECT_FALSE(win.act("actCharCtl")->isChecked());
-    win.click("btnCharCmd"); // the overlay may be all up
+    win.click("btnCharCmd");
     EXPECT_FALSE(win.act("actCharCmd")->isChecked());
     win.click("btnRECreplace");
     EXPECT_FALSE(win.act("actAppend")->isChecked());
@@ -487,7 +428,7 @@ TEST(MainForm, MissingHighResolutionCounterIsReportedOnce)
 {
     ManualClock clock;
     clock.setHighResolution(false);
-    Window win({}, &clock);
+    Window win({.clock = &clock});
     ASSERT_EQ(win.prompter.asked.size(), 1u);
     EXPECT_EQ(win.prompter.asked[0].text, Str(70));
 }
@@ -499,7 +440,7 @@ TEST(MainForm, StartUpTakesTheEnvironmentAndTheStartOptions)
     const std::string ksr = other.file("from-env.ksr");
     std::ofstream(kef) << "[ComA]\nCustomBaudRate=19200\nDataBits=7\nParity=2\nStopBits=2\n"
                        << "[Files]\nRecord data=" << ksr << "\n";
-    Window win({kef}, nullptr, "[ProgramStart]\nBeginRecordOnProgStart=1\n[Recorder]\nAppend=0\nReplace=1\n");
+    Window win({.args = {kef}, .config = "[ProgramStart]\nBeginRecordOnProgStart=1\n[Recorder]\nAppend=0\nReplace=1\n"});
     EXPECT_EQ(win.find<QComboBox>("cbPortBaudRate")->currentText(), "19200");
     EXPECT_EQ(win.find<QComboBox>("cbPortDataBits")->currentText(), "7");
     EXPECT_EQ(win.find<QComboBox>("cbPortParity")->currentText(), "E");
@@ -520,15 +461,9 @@ TEST(MainForm, StartUpTakesTheEnvironmentAndTheStartOptions)
 TEST(MainForm, AnUnknownInstallerHintKeepsTheLanguageAndTheStoredChoice)
 {
     SetGlobalLang(kLangEnglish);
-    std::string ini;
-    {
-        Window win({}, nullptr, "[Modes]\nInstallLang=fr\nGlobalLang=0\n");
-        EXPECT_EQ(GlobalLang(), kLangEnglish);
-        win.w->show();
-        ASSERT_TRUE(win.w->close());
-        std::ifstream f(win.dir.path() / "Kestrel.ini");
-        ini.assign(std::istreambuf_iterator<char>(f), {});
-    }
+    Window win({.config = "[Modes]\nInstallLang=fr\nGlobalLang=0\n"});
+    EXPECT_EQ(GlobalLang(), kLangEnglish);
+    const std::string ini = CloseAndReadIni(win);
     EXPECT_NE(ini.find("GlobalLang=0"), std::string::npos) << ini;
     SetGlobalLang(kLangGerman);
 }
@@ -541,12 +476,12 @@ TEST(MainForm, AnEnvironmentsActionsRunOnlyAfterTheUserAgreed)
     std::ofstream(kef) << "[Trigger0]\nName=note\nActive=1\nType=2\nEvent=4\nEventD1=1\nExecCommand=1\n"
                           "CommandFilePath=/usr/bin/logger\nCommandParams=-t kestrel\n";
     for (const int answer : {MsgResult::No, MsgResult::Yes}) {
-        Window win({kef}, nullptr, "", true, answer);
+        Window win({.args = {kef}, .answer = answer});
         ASSERT_FALSE(win.prompter.asked.empty());
         const test::AskedMessage &q = win.prompter.asked.back();
         EXPECT_NE(q.text.find("1 note: run /usr/bin/logger -t kestrel"), std::string::npos) << q.text;
         EXPECT_EQ(q.buttons, Buttons::YesNoDefaultNo);
-        std::ifstream agreed(win.dir.path() / "agreed-trigger-actions.txt");
+        std::ifstream agreed(win.dir / "agreed-trigger-actions.txt");
         std::string line;
         EXPECT_EQ(static_cast<bool>(std::getline(agreed, line)), answer == MsgResult::Yes);
     }
@@ -556,91 +491,78 @@ TEST(MainForm, AnEnvironmentsActionsRunOnlyAfterTheUserAgreed)
 // its pages come back after a restart.
 TEST(MainForm, TheGotoWindowOpensOnItsPagesAndKeepsThem)
 {
-    std::string ini;
-    {
-        Window win;
-        const std::pair<const char *, int> pages[] = {
-            {"actGotoMP", GotoPage::Mp}, {"actGotoTriggerPoint", GotoPage::TriggerPoint},
-            {"actDeltaTime", GotoPage::Delta}, {"actSearch", GotoPage::Search}};
-        for (auto [action, page] : pages) {
-            win.act(action)->trigger();
-            EXPECT_TRUE(win.w->gotoForm().isVisible()) << action;
-            EXPECT_EQ(win.w->gotoForm().pageIndex(), page) << action;
-        }
-        win.w->gotoForm().setPageIndexes(GotoPage::Search, SearchPage::Time);
-        win.click("btnREC");
-        EXPECT_FALSE(win.w->gotoForm().isVisible());
-        win.click("btnSTOP");
-        win.w->show();
-        ASSERT_TRUE(win.w->close());
-        std::ifstream f(win.dir.path() / "Kestrel.ini");
-        ini.assign(std::istreambuf_iterator<char>(f), {});
+    Window win;
+    const std::pair<const char *, int> pages[] = {{"actGotoMP", GotoPage::Mp},
+                                                  {"actGotoTriggerPoint", GotoPage::TriggerPoint},
+                                                  {"actDeltaTime", GotoPage::Delta},
+                                                  {"actSearch", GotoPage::Search}};
+    for (auto [action, page] : pages) {
+        win.act(action)->trigger();
+        EXPECT_TRUE(win.w->gotoForm().isVisible()) << action;
+        EXPECT_EQ(win.w->gotoForm().pageIndex(), page) << action;
     }
+    win.w->gotoForm().setPageIndexes(GotoPage::Search, SearchPage::Time);
+    win.click("btnREC");
+    EXPECT_FALSE(win.w->gotoForm().isVisible());
+    win.click("btnSTOP");
+    const std::string ini = CloseAndReadIni(win);
     EXPECT_NE(ini.find("ControlSearchPageIndex=3"), std::string::npos) << ini;
 }
 
 TEST(MainForm, SettingsSurviveARestart)
 {
-    test::TempDir keep;
     std::string ini;
     {
         Window win;
         win.act("actLangEnglish")->trigger(); // a language switch saves at once
         win.click("btnRECreplace");
         win.click("btnSwitchPin");
-        win.w->show();
-        win.prompter.answerNext(MsgResult::Yes);
-        ASSERT_TRUE(win.w->close());
-        std::ifstream f(win.dir.path() / "Kestrel.ini");
-        ini.assign(std::istreambuf_iterator<char>(f), {});
+        ini = CloseAndReadIni(win);
     }
     EXPECT_NE(ini.find("GlobalLang=10000"), std::string::npos) << ini;
     EXPECT_NE(ini.find("Replace=1"), std::string::npos);
     EXPECT_NE(ini.find("DefLang=1"), std::string::npos);
     EXPECT_NE(ini.find("TFormMain="), std::string::npos);
-    Window again({}, nullptr, ini);
+    Window again({.config = ini});
     EXPECT_EQ(GlobalLang(), kLangEnglish);
     EXPECT_TRUE(again.act("actReplace")->isChecked());
     EXPECT_EQ(again.find<QLabel>("lblLifeD1")->text(), "Tx");
     SetGlobalLang(kLangGerman);
 }
 
-TEST(MainForm, MissingDevicesAreReportedAndLeaveTheRecorderIdle)
-{
-    SetPortListOverride(std::vector<std::string>{"/dev/kestrel-test-missing-a", "/dev/kestrel-test-missing-b"});
-    Window win({}, nullptr, {}, false);
-    SetPortListOverride(std::nullopt);
-    win.prompter.asked.clear();
-    win.click("btnREC");
-    EXPECT_FALSE(win.w->isRecording());
-    ASSERT_FALSE(win.prompter.asked.empty());
-    EXPECT_EQ(win.prompter.asked[0].title, Str(2000));
-    EXPECT_TRUE(win.find<QToolButton>("btnSTOP")->isChecked());
-    EXPECT_EQ(win.modeText(), QString::fromStdString(Str(4274)));
-    EXPECT_TRUE(win.act("actNewRecordFile")->isEnabled());
-    EXPECT_TRUE(win.find<QComboBox>("cbPortBaudRate")->isEnabled());
-}
-
 TEST(MainForm, FewerThanTwoPortsWarnAtStartUp)
 {
     SetPortListOverride(std::vector<std::string>{"/dev/kestrel-test-only-one"});
-    Window win({}, nullptr, {}, false);
+    Window win({.simulate = false});
     SetPortListOverride(std::nullopt);
     ASSERT_FALSE(win.prompter.asked.empty());
     EXPECT_EQ(win.prompter.asked[0].text, Str(2053));
 }
 
-TEST(MainForm, AnUnwritableRecordFileIsReportedAndNothingStaysLocked)
+// Record pressed where no recording can begin: one message with this title, and
+// the window stays idle with nothing locked.
+void ExpectRecordRefused(Window &win, const std::string &title)
 {
-    Window win({"/proc/kestrel-no-such-place/x.ksr"});
     win.prompter.asked.clear();
     win.click("btnREC");
     EXPECT_FALSE(win.w->isRecording());
     ASSERT_FALSE(win.prompter.asked.empty());
-    EXPECT_EQ(win.prompter.asked[0].title, Str(3000));
+    EXPECT_EQ(win.prompter.asked[0].title, title);
     EXPECT_TRUE(win.find<QToolButton>("btnSTOP")->isChecked());
-    EXPECT_TRUE(win.act("actOpenRecordFile")->isEnabled());
+    EXPECT_EQ(ModeText(win), QString::fromStdString(Str(4274)));
     EXPECT_TRUE(win.act("actStart")->isEnabled());
+    EXPECT_TRUE(win.act("actOpenRecordFile")->isEnabled());
+    EXPECT_TRUE(win.find<QComboBox>("cbPortBaudRate")->isEnabled());
+}
+
+TEST(MainForm, MissingDevicesOrAnUnwritableRecordFileAreReportedAndNothingStaysLocked)
+{
+    SetPortListOverride(std::vector<std::string>{"/dev/kestrel-test-missing-a", "/dev/kestrel-test-missing-b"});
+    Window missing({.simulate = false});
+    SetPortListOverride(std::nullopt);
+    ExpectRecordRefused(missing, Str(2000));
+    Window unwritable({.args = {"/proc/kestrel-no-such-place/x.ksr"}});
+    ExpectRecordRefused(unwritable, Str(3000));
 }
 
 TEST(MainForm, DestroyingTheWindowWhileRecordingStillEndsTheRecording)
@@ -660,33 +582,23 @@ TEST(MainForm, PortsATestHandsInAreRecordedUpToTheStopMark)
     // The window's own path with ports it did not make: whatever they hold when Stop is
     // pressed is in the file before the stop mark.
     test::TempDir dir;
-    test::ScriptedPrompter prompter{MsgResult::Yes};
     ManualClock clock;
-    SimLine line(Scenario{}, clock);
-    MainFormOptions o;
-    o.args = ParseStartupArgs({"kestrel", (dir.path() / "hand.ksr").string()});
-    o.dataFolder = dir.path().string() + "/";
-    o.prompter = &prompter;
-    o.clock = &clock;
-    o.skipUnloadDelay = true;
-    o.portA = &line.portA();
-    o.portB = &line.portB();
-    auto w = std::make_unique<TFormMain>(std::move(o));
-    w->FormShow();
-    EXPECT_EQ(w->findChild<QLabel *>("lblPortA")->text(), "sim:A");
-    w->findChild<QToolButton *>("btnREC")->click();
-    ASSERT_TRUE(w->isRecording());
+    SimLine line(Scenario{}, clock); // made before the window, so it outlives the window
+    Window win({.args = {dir.file("hand.ksr")}, .clock = &clock, .simulate = false, .portA = &line.portA(),
+                .portB = &line.portB()});
+    EXPECT_EQ(win.find<QLabel>("lblPortA")->text(), "sim:A");
+    win.click("btnREC");
+    ASSERT_TRUE(win.w->isRecording());
     line.injectBytes(kSimPortA, {'r', 'x'});
     line.injectBytes(kSimPortB, {'t', 'x', '!'});
-    w->findChild<QToolButton *>("btnSTOP")->click();
+    win.click("btnSTOP");
     pump(20);
-    const Marks m = readMarks(w->recordFile());
+    const Marks m = readMarks(win.w->recordFile());
     EXPECT_EQ(m.dataBytes, 5u);
     EXPECT_EQ(codes(m), (std::vector<int>{0, 6, 5}));
     EXPECT_EQ(m.system.back().first, m.count - 1);
     EXPECT_TRUE(m.gapFree);
-    EXPECT_TRUE(prompter.asked.empty());
-    w.reset(); // before the line its ports belong to
+    EXPECT_TRUE(win.prompter.asked.empty());
 }
 
 TEST(MainForm, SavedEnvironmentCarriesThePortSettingsAndTheRecordFile)
@@ -694,15 +606,8 @@ TEST(MainForm, SavedEnvironmentCarriesThePortSettingsAndTheRecordFile)
     Window win;
     win.find<QComboBox>("cbPortBaudRate")->setCurrentText("38400");
     win.find<QComboBox>("cbPortParity")->setCurrentText("O");
-    const std::string kef = win.dir.file("saved.kef");
-    // The save dialog is a file dialog: answer it with the path.
-    QTimer::singleShot(0, [kef] {
-        for (QWidget *top : QApplication::topLevelWidgets())
-            if (auto *d = qobject_cast<QFileDialog *>(top); d != nullptr && d->isVisible()) {
-                d->selectFile(QString::fromStdString(kef));
-                QMetaObject::invokeMethod(d, "accept");
-            }
-    });
+    const std::string kef = win.file("saved.kef");
+    test::PickFile(kef);
     win.act("actSaveEnvironment")->trigger();
     EXPECT_FALSE(win.w->isEnvironmentChanged());
     std::ifstream f(kef);
@@ -734,8 +639,8 @@ TEST(MainForm, StatusBarShowsEveryFigureWhole)
 
 TEST(MainForm, AWindowsEnvironmentPathInTheConfigurationIsFoundInTheDataFolder)
 {
-    Window win({}, nullptr, "[Environment]\nFilename=C:\\Programme\\Kestrel\\line.kef\n");
-    EXPECT_EQ(win.w->environmentFile(), win.dir.path().string() + "/line.kef");
+    Window win({.config = "[Environment]\nFilename=C:\\Programme\\Kestrel\\line.kef\n"});
+    EXPECT_EQ(win.w->environmentFile(), win.dir.string() + "/line.kef");
 }
 
 TEST(MainForm, PortLightControllersFollowTheirOwnLinesWhileMonitoring)
@@ -781,13 +686,6 @@ TEST(MainForm, PortLightControllersFollowTheirOwnLinesWhileMonitoring)
 
 TEST(MainForm, FirstStartSavesTheGridsWidthsAndKeptWidthsComeBackUnchanged)
 {
-    auto closeAndRead = [](Window &win) {
-        win.w->show();
-        win.prompter.answerNext(MsgResult::Yes);
-        EXPECT_TRUE(win.w->close());
-        std::ifstream f(win.dir.path() / "Kestrel.ini");
-        return std::string(std::istreambuf_iterator<char>(f), {});
-    };
     auto key = [](const std::string &ini, const std::string &section, const std::string &name) {
         const std::size_t s = ini.find("[" + section + "]");
         const std::size_t k = ini.find("\n" + name + "=", s);
@@ -797,7 +695,7 @@ TEST(MainForm, FirstStartSavesTheGridsWidthsAndKeptWidthsComeBackUnchanged)
     std::string ini;
     {
         Window first;
-        ini = closeAndRead(first);
+        ini = CloseAndReadIni(first);
     }
     const grid::ViewShape vertical = grid::ShapeForView(grid::kViewVertical, 1016);
     const grid::ViewShape dump = grid::ShapeForView(grid::kViewDataDump, 1016);
@@ -806,70 +704,31 @@ TEST(MainForm, FirstStartSavesTheGridsWidthsAndKeptWidthsComeBackUnchanged)
     EXPECT_EQ(key(ini, "DispMode4", "Column18"), std::to_string(grid::ColumnWidth(dump, 18, 1016, 3)));
     EXPECT_NE(key(ini, "DispMode4", "Column18"), key(ini, "DispMode4", "Column19")); // not one width for all
 
-    Window again({}, nullptr, "[DispMode1]\nColumn2=77\n[DispMode3]\nColumn325=5\n");
+    Window again({.config = "[DispMode1]\nColumn2=77\n[DispMode3]\nColumn325=5\n"});
     EXPECT_EQ(again.w->grid().ColumnWidthsOf(grid::kViewVertical, 13)[2], 77); // the grid shows the kept width
-    ini = closeAndRead(again);
+    ini = CloseAndReadIni(again);
     EXPECT_EQ(key(ini, "DispMode1", "Column2"), "77");
     EXPECT_EQ(key(ini, "DispMode3", "Column325"), "5");
     EXPECT_EQ(key(ini, "DispMode1", "Column1"), std::to_string(grid::ColumnWidth(vertical, 1, 1016, 3)));
 }
 
-TEST(MainForm, EndingWhileAStartUpErrorWaitsClosesTheWindow)
-{
-    // SIGTERM (quitCleanly) while the program's own message box reports a record
-    // file it cannot open: the box is answered, start-up finishes, the window closes.
-    test::TempDir dir;
-    std::filesystem::create_directories(dir.path() / "recordings" / "x.ksr"); // a folder, not a file
-    MainFormOptions o;
-    o.args = ParseStartupArgs({"kestrel", "--simulate", "--record", (dir.path() / "recordings" / "x.ksr").string()});
-    o.dataFolder = dir.path().string() + "/";
-    o.skipUnloadDelay = true;
-    TFormMain w(std::move(o));
-    w.show();
-    bool rescued = false;
-    QTimer::singleShot(100, &w, [&w] { w.quitCleanly(); });
-    QTimer::singleShot(5000, &w, [&w, &rescued] { // keeps a broken build from hanging the test run
-        for (QDialog *d : w.findChildren<QDialog *>())
-            if (d->isVisible()) {
-                rescued = true;
-                d->reject();
-            }
-    });
-    pump(600); // the first show runs FormShow, which waits in the 3001 box until quitCleanly answers it
-    EXPECT_FALSE(rescued);
-    EXPECT_FALSE(w.isVisible());
-    EXPECT_FALSE(w.isRecording());
-}
-
-TEST(MainForm, QuitAfterEndsEvenWhileTheFewPortsWarningWaits)
-{
-    // The start-up warning about fewer than two ports waits in the window's own box
-    // while the window is still being made; --quit-after must still end the program
-    // (a demo under Xvfb has nobody to press OK).
-    test::TempDir dir;
-    SetPortListOverride(std::vector<std::string>{"/dev/kestrel-test-only-one"});
-    MainFormOptions o;
-    o.args = ParseStartupArgs({"kestrel", "--quit-after", "0.3"});
-    o.dataFolder = dir.path().string() + "/";
-    o.skipUnloadDelay = true;
-    QObject guard;
-    bool rescued = false;
-    QTimer::singleShot(5000, &guard, [&rescued] { // keeps a broken build from hanging the test run
-        for (QWidget *top : QApplication::topLevelWidgets())
-            if (auto *d = qobject_cast<QDialog *>(top); d != nullptr && d->isVisible()) {
-                rescued = true;
-                d->reject();
-            }
-    });
-    TFormMain w(std::move(o));
-    SetPortListOverride(std::nullopt);
-    w.show();
-    pump(500);
-    EXPECT_FALSE(rescued);
-    EXPECT_FALSE(w.isVisible());
-}
-
 namespace {
+
+// Keeps a broken build from hanging the test run: rejects every dialog still open after 5 s.
+struct HangGuard {
+    QObject owner;
+    bool rescued = false;
+    HangGuard()
+    {
+        QTimer::singleShot(5000, &owner, [this] {
+            for (QWidget *top : QApplication::topLevelWidgets())
+                if (auto *d = qobject_cast<QDialog *>(top); d != nullptr && d->isVisible()) {
+                    rescued = true;
+                    d->reject();
+                }
+        });
+    }
+};
 
 // The window's own message boxes that wait for an answer.
 std::vector<TMessageForm *> waitingBoxes(TFormMain &w)
@@ -883,16 +742,43 @@ std::vector<TMessageForm *> waitingBoxes(TFormMain &w)
 
 } // namespace
 
+TEST(MainForm, EndingWhileAStartUpErrorWaitsClosesTheWindow)
+{
+    // SIGTERM (quitCleanly) while the program's own message box reports a record
+    // file it cannot open: the box is answered, start-up finishes, the window closes.
+    test::TempDir dir;
+    std::filesystem::create_directories(dir.path() / "x.ksr"); // a folder, not a file
+    HangGuard guard;
+    Window win({.args = {"--record", dir.file("x.ksr")}, .ownBoxes = true});
+    win.w->show();
+    QTimer::singleShot(100, win.w.get(), [&win] { win.w->quitCleanly(); });
+    pump(600); // the first show runs FormShow, which waits in the 3001 box until quitCleanly answers it
+    EXPECT_FALSE(guard.rescued);
+    EXPECT_FALSE(win.w->isVisible());
+    EXPECT_FALSE(win.w->isRecording());
+}
+
+TEST(MainForm, QuitAfterEndsEvenWhileTheFewPortsWarningWaits)
+{
+    // The start-up warning about fewer than two ports waits in the window's own box
+    // while the window is still being made; --quit-after must still end the program
+    // (a demo under Xvfb has nobody to press OK).
+    SetPortListOverride(std::vector<std::string>{"/dev/kestrel-test-only-one"});
+    HangGuard guard;
+    Window win({.args = {"--quit-after", "0.3"}, .simulate = false, .ownBoxes = true});
+    SetPortListOverride(std::nullopt);
+    win.w->show();
+    pump(500);
+    EXPECT_FALSE(guard.rescued);
+    EXPECT_FALSE(win.w->isVisible());
+}
+
 TEST(MainForm, AnOpenQuestionBlocksEveryKeyAndTheCloseNeverEndsARecording)
 {
     // Ctrl+Q's question waits; F5 behind it must not start a recording, and "Yes" then
     // closes a window that records nothing.
-    test::TempDir dir;
-    MainFormOptions o;
-    o.args = ParseStartupArgs({"kestrel", "--simulate"});
-    o.dataFolder = dir.path().string() + "/";
-    o.skipUnloadDelay = true;
-    TFormMain w(std::move(o)); // its own message box
+    Window win({.ownBoxes = true});
+    TFormMain &w = *win.w;
     w.show();
     pump(300);
     ASSERT_TRUE(waitingBoxes(w).empty());
@@ -908,10 +794,7 @@ TEST(MainForm, AnOpenQuestionBlocksEveryKeyAndTheCloseNeverEndsARecording)
         recordedBehind = w.isRecording() || w.recorder().loaded();
         boxes.front()->findChild<QPushButton *>("btn1")->click(); // "Yes"
     });
-    QTimer::singleShot(4000, &w, [&] { // keeps a broken build from hanging the run
-        for (TMessageForm *f : waitingBoxes(w))
-            f->reject();
-    });
+    HangGuard guard;
     w.actions().action("actExit")->trigger(); // Ctrl+Q
     pump(100);
     EXPECT_TRUE(asked);
@@ -920,25 +803,20 @@ TEST(MainForm, AnOpenQuestionBlocksEveryKeyAndTheCloseNeverEndsARecording)
     EXPECT_FALSE(w.isVisible());
 
     // Without the box in the way, the same key does record: the test above can fail.
-    test::TempDir dir2;
-    MainFormOptions o2;
-    o2.args = ParseStartupArgs({"kestrel", "--simulate"});
-    o2.dataFolder = dir2.path().string() + "/";
-    o2.skipUnloadDelay = true;
-    TFormMain w2(std::move(o2));
-    w2.show();
+    Window unblocked({.ownBoxes = true});
+    unblocked.w->show();
     pump(300);
-    QApplication::setActiveWindow(&w2);
-    QTest::keyClick(w2.windowHandle(), Qt::Key_F5);
+    QApplication::setActiveWindow(unblocked.w.get());
+    QTest::keyClick(unblocked.w->windowHandle(), Qt::Key_F5);
     pump(50);
-    EXPECT_TRUE(w2.isRecording());
-    w2.quitCleanly();
+    EXPECT_TRUE(unblocked.w->isRecording());
+    unblocked.w->quitCleanly();
 }
 
 TEST(MainForm, AFileThatIsNoRecordingIsSaidSoOnceAndNeverWrittenWithoutAsking)
 {
     Window win;
-    const std::string junk = (win.dir.path() / "recordings" / "random.ksr").string();
+    const std::string junk = (win.dir / "recordings" / "random.ksr").string();
     std::string bytes(1000, '\0');
     unsigned x = 12345;
     for (char &c : bytes)
@@ -965,7 +843,7 @@ TEST(MainForm, AFileThatIsNoRecordingIsSaidSoOnceAndNeverWrittenWithoutAsking)
 TEST(MainForm, ErrorsCarryTheSystemsReasonAndNoPortsExplainsWhatToDo)
 {
     Window win;
-    const std::string folder = (win.dir.path() / "recordings" / "folder.ksr").string();
+    const std::string folder = (win.dir / "recordings" / "folder.ksr").string();
     std::filesystem::create_directories(folder);
     win.prompter.asked.clear();
     win.w->session().file().setPath(folder);
@@ -974,7 +852,7 @@ TEST(MainForm, ErrorsCarryTheSystemsReasonAndNoPortsExplainsWhatToDo)
     EXPECT_NE(win.prompter.asked[0].text.find(std::strerror(EISDIR)), std::string::npos) << win.prompter.asked[0].text;
 
     SetPortListOverride(std::vector<std::string>{});
-    Window none({}, nullptr, {}, false);
+    Window none({.simulate = false});
     SetPortListOverride(std::nullopt);
     none.prompter.asked.clear();
     none.click("btnREC");
@@ -988,7 +866,7 @@ TEST(MainForm, TheScenarioWarningOfAFirstStartComesInTheProgramsLanguage)
     // No configuration yet: the first start takes English (the installer's hint), and the
     // warning about an unreadable scenario must come in it, not in the language before.
     SetGlobalLang(kLangGerman);
-    Window win({"/no/such/scenario.ksc"});
+    Window win({.args = {"/no/such/scenario.ksc"}});
     ASSERT_FALSE(win.prompter.asked.empty());
     EXPECT_EQ(GlobalLang(), kLangEnglish);
     EXPECT_EQ(win.prompter.asked[0].text.rfind(StrIn(7653, kLangEnglish), 0), 0u) << win.prompter.asked[0].text;
@@ -1090,7 +968,7 @@ TEST(MainForm, AScenarioThatSetsItsLineRateRecordsAtItAndShowsIt)
     test::TempDir scenarioDir;
     const std::string scenario = scenarioDir.file("fast.ksc");
     std::ofstream(scenario) << "baud 115200\nb \"AT\\r\"\n";
-    Window win({scenario});
+    Window win({.args = {scenario}});
     EXPECT_EQ(win.find<QComboBox>("cbPortBaudRate")->currentText(), "115200");
     EXPECT_EQ(win.w->session().port(PortTag::A).settings().baud, 115200);
 }
@@ -1098,44 +976,32 @@ TEST(MainForm, AScenarioThatSetsItsLineRateRecordsAtItAndShowsIt)
 TEST(MainForm, TheFontSizeSettingScalesTheGridAndIsKept)
 {
     test::TempDir dir;
-    test::ScriptedPrompter prompter{MsgResult::Yes};
-    auto options = [&] {
-        MainFormOptions o;
-        o.args = ParseStartupArgs({"kestrel", "--simulate"});
-        o.dataFolder = dir.path().string() + "/";
-        o.skipUnloadDelay = true;
-        o.prompter = &prompter;
-        return o;
-    };
-    int rowsAt100 = 0;
     {
-        TFormMain w(options());
-        w.resize(1024, 740);
-        w.show();
+        Window win({.folder = dir.path()});
+        win.w->resize(1024, 740);
+        win.w->show();
         pump(100);
-        grid::RecordGrid &g = w.grid();
+        grid::RecordGrid &g = win.w->grid();
         const int font = g.textFont().pixelSize();
-        rowsAt100 = static_cast<int>(g.largeChange());
+        const std::int64_t rowsAt100 = g.largeChange();
         for (int i = 0; i < 5; ++i)
-            w.actions().action("actZoomIn")->trigger();
+            win.act("actZoomIn")->trigger();
         EXPECT_EQ(g.zoom(), 150);
         EXPECT_GT(g.textFont().pixelSize(), font);
         EXPECT_EQ(g.CellRect(0, 1).height(), 24); // 16 px rows at 150 %
         EXPECT_LT(g.largeChange(), rowsAt100);   // fewer, larger rows on the same page
         EXPECT_EQ(g.CellRect(2, 1).width(), 225); // the time column grows with the text
-        w.actions().action("actZoomOut")->trigger();
+        win.act("actZoomOut")->trigger();
         EXPECT_EQ(g.zoom(), 140);
-        w.quitCleanly();
+        win.w->quitCleanly();
     }
-    std::ifstream ini(dir.path() / "Kestrel.ini");
-    const std::string text{std::istreambuf_iterator<char>(ini), {}};
-    EXPECT_NE(text.find("FontSizePercent=140"), std::string::npos);
+    EXPECT_NE(test::ReadWholeFile(dir.file("Kestrel.ini")).find("FontSizePercent=140"), std::string::npos);
 
-    TFormMain again(options());
-    again.show();
+    Window again({.folder = dir.path()});
+    again.w->show();
     pump(100);
-    EXPECT_EQ(again.grid().zoom(), 140);
-    again.actions().action("actZoomReset")->trigger();
-    EXPECT_EQ(again.grid().zoom(), 100);
-    EXPECT_EQ(again.grid().CellRect(0, 1).height(), 16);
+    EXPECT_EQ(again.w->grid().zoom(), 140);
+    again.act("actZoomReset")->trigger();
+    EXPECT_EQ(again.w->grid().zoom(), 100);
+    EXPECT_EQ(again.w->grid().CellRect(0, 1).height(), 16);
 }
