@@ -5,6 +5,7 @@
 #include <QPaintEvent>
 #include <QScreen>
 #include <QImage>
+#include <QPainter>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -20,12 +21,17 @@
 #include <thread>
 #include <unistd.h>
 
+#include "base/string_table.h"
+#include "capture/receive_event.h"
 #include "present/grid/glyph_painter.h"
 #include "present/grid/grid_layout.h"
 #include "present/grid/live_source.h"
-#include "present/grid/redraw_loop.h"
 #include "present/grid/record_grid.h"
-#include "base/string_table.h"
+#include "present/grid/redraw_loop.h"
+#include "present/grid/store_live_source.h"
+#include "record/clock.h"
+#include "record/record_store.h"
+#include "support/event_loop.h"
 #include "support/temp_dir.h"
 #include "support/widget_app.h"
 
@@ -104,18 +110,6 @@ struct GridFixture : ::testing::Test {
     void TearDown() override { SetGlobalLang(kLangGerman); }
 };
 
-bool WaitFor(const std::function<bool()> &cond, int ms = 3000)
-{
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-    while (std::chrono::steady_clock::now() < end) {
-        QApplication::processEvents(QEventLoop::AllEvents, 5);
-        if (cond())
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return cond();
-}
-
 int CountPixels(const QImage &img, const QRect &r, const std::function<bool(QColor)> &match)
 {
     int n = 0;
@@ -125,6 +119,36 @@ int CountPixels(const QImage &img, const QRect &r, const std::function<bool(QCol
                 ++n;
     return n;
 }
+
+// A recording written MP by MP while the grid shows it, seen through the live
+// buffer the grid asks for (the newest MPs it wants).
+struct LiveLine {
+    std::mutex m;
+    std::vector<MpRecord> store;
+    std::atomic<std::uint32_t> written{0};
+    std::atomic<std::size_t> keep{0};
+    FunctionLiveSource source{[this] { return written.load(); }, [](std::chrono::milliseconds) { return true; },
+                              [this] {
+                                  std::lock_guard lock(m);
+                                  const std::size_t n = std::min(store.size(), keep.load());
+                                  return std::vector<MpRecord>(store.end() - static_cast<std::ptrdiff_t>(n),
+                                                               store.end());
+                              },
+                              [this](std::size_t n) { keep = n; }};
+
+    void push(std::uint32_t n)
+    {
+        std::lock_guard lock(m);
+        for (std::uint32_t i = 0; i < n; ++i) {
+            MpRecord mp = CraftedMp(static_cast<std::uint32_t>(store.size()), 1'000'000);
+            // S2 changes every other MP: the waveform of the newest row changes
+            // when the MP after it comes.
+            mp.s2 = (mp.number / 2) % 2;
+            store.push_back(mp);
+        }
+        written += n;
+    }
+};
 
 } // namespace
 
@@ -362,46 +386,31 @@ TEST_F(GridFixture, ColumnsAreResizedByDraggingTheHeaderBorder)
 
 TEST_F(GridFixture, LiveRecordingFollowsTheEndAndStopsCleanly)
 {
-    std::mutex m;
-    std::vector<MpRecord> store;
-    std::atomic<std::uint32_t> written{0};
-    FunctionLiveSource source(
-        [&] { return written.load(); }, [](std::chrono::milliseconds) { return true; },
-        [&] {
-            std::lock_guard lock(m);
-            const std::size_t keep = std::min<std::size_t>(store.size(), 64);
-            return std::vector<MpRecord>(store.end() - static_cast<std::ptrdiff_t>(keep), store.end());
-        });
-    auto push = [&](std::uint32_t n) {
-        std::lock_guard lock(m);
-        for (std::uint32_t i = 0; i < n; ++i)
-            store.push_back(CraftedMp(static_cast<std::uint32_t>(store.size()), 1'000'000));
-        written += n;
-    };
+    LiveLine line;
     QSignalSpy gauges(grid, &RecordGrid::gaugeChanged);
     QSignalSpy progress(grid, &RecordGrid::progressTextChanged);
-    grid->StartRedraw(&source);
-    push(200);
-    ASSERT_TRUE(WaitFor([&] { return grid->recordCount() == 200; }));
+    grid->StartRedraw(&line.source);
+    line.push(200);
+    ASSERT_TRUE(test::SpinUntil([&] { return grid->recordCount() == 200; }));
     EXPECT_EQ(grid->position(), 200 - grid->largeChange() - 1);
-    ASSERT_TRUE(WaitFor([&] { return !gauges.isEmpty(); }));
+    ASSERT_TRUE(test::SpinUntil([&] { return !gauges.isEmpty(); }));
     EXPECT_EQ(gauges.first().value(1).toInt(), 42);
 
     // Held: no new data is taken, the progress text moves.
     grid->SetHold(true);
-    push(50);
-    ASSERT_TRUE(WaitFor([&] { return !progress.isEmpty(); }));
+    line.push(50);
+    ASSERT_TRUE(test::SpinUntil([&] { return !progress.isEmpty(); }));
     EXPECT_EQ(grid->recordCount(), 200);
     // Released, the grid shows the newest MPs at once, even if the line has
     // gone quiet in the meantime.
     grid->SetHold(false);
     EXPECT_EQ(grid->recordCount(), 250);
     EXPECT_EQ(grid->position(), 250 - grid->largeChange() - 1);
-    push(1);
-    ASSERT_TRUE(WaitFor([&] { return grid->recordCount() == 251; }));
+    line.push(1);
+    ASSERT_TRUE(test::SpinUntil([&] { return grid->recordCount() == 251; }));
 
     // Stopping while the worker keeps asking for steps returns promptly.
-    push(100);
+    line.push(100);
     const auto t0 = std::chrono::steady_clock::now();
     grid->StopRedraw();
     EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::milliseconds(2000));
@@ -451,32 +460,10 @@ int Area(const QRegion &r)
 
 TEST_F(GridFixture, LivePassesPaintTheNewRowsAndLeaveNothingStale)
 {
-    std::mutex m;
-    std::vector<MpRecord> store;
-    std::atomic<std::uint32_t> written{0};
-    std::atomic<std::size_t> keep{0};
-    FunctionLiveSource source(
-        [&] { return written.load(); }, [](std::chrono::milliseconds) { return true; },
-        [&] {
-            std::lock_guard lock(m);
-            const std::size_t n = std::min(store.size(), keep.load());
-            return std::vector<MpRecord>(store.end() - static_cast<std::ptrdiff_t>(n), store.end());
-        },
-        [&](std::size_t n) { keep = n; });
-    auto push = [&](std::uint32_t n) {
-        std::lock_guard lock(m);
-        for (std::uint32_t i = 0; i < n; ++i) {
-            MpRecord mp = CraftedMp(static_cast<std::uint32_t>(store.size()), 1'000'000);
-            // S2 changes every other MP: the waveform of the newest row
-            // changes when the MP after it comes.
-            mp.s2 = (mp.number / 2) % 2;
-            store.push_back(mp);
-        }
-        written += n;
-    };
+    LiveLine line;
     // Every paint the window asked for is done.
     auto settle = [&](std::int64_t count) {
-        EXPECT_TRUE(WaitFor([&] { return grid->recordCount() == count; })) << count;
+        EXPECT_TRUE(test::SpinUntil([&] { return grid->recordCount() == count; })) << count;
         for (int i = 0; i < 5; ++i) {
             QApplication::processEvents();
             std::this_thread::sleep_for(std::chrono::milliseconds(kIdleSleep.count() + 5));
@@ -485,15 +472,15 @@ TEST_F(GridFixture, LivePassesPaintTheNewRowsAndLeaveNothingStale)
     };
     PaintLog log;
     grid->viewport()->installEventFilter(&log);
-    grid->StartRedraw(&source);
+    grid->StartRedraw(&line.source);
     // Shorter than a page: the new MPs fill rows below the old ones.
-    push(4);
+    line.push(4);
     settle(4);
     EXPECT_EQ(OnScreen(window, grid), Fresh(grid));
-    push(3);
+    line.push(3);
     settle(7);
     EXPECT_EQ(OnScreen(window, grid), Fresh(grid));
-    push(193);
+    line.push(193);
     settle(200);
     EXPECT_EQ(OnScreen(window, grid), Fresh(grid));
 
@@ -502,7 +489,7 @@ TEST_F(GridFixture, LivePassesPaintTheNewRowsAndLeaveNothingStale)
     for (const std::uint32_t added : {1u, 3u, 7u}) {
         log.painted = {};
         log.paints = 0;
-        push(added);
+        line.push(added);
         count += added;
         settle(count);
         // The new rows and the row before them are painted (rows moved up
@@ -518,7 +505,7 @@ TEST_F(GridFixture, LivePassesPaintTheNewRowsAndLeaveNothingStale)
     // and a moved current cell: still nothing stale on screen.
     grid->selectView(kViewDataDump);
     for (int burst = 0; burst < 20; ++burst) {
-        push(37);
+        line.push(37);
         if (burst % 4 == 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(25)); // passes pile up: merged
         QApplication::processEvents();
@@ -530,7 +517,7 @@ TEST_F(GridFixture, LivePassesPaintTheNewRowsAndLeaveNothingStale)
     Press(grid, Qt::Key_Down);
     Press(grid, Qt::Key_Down);
     for (int burst = 0; burst < 10; ++burst) {
-        push(2);
+        line.push(2);
         std::this_thread::sleep_for(std::chrono::milliseconds(3));
         QApplication::processEvents();
     }
@@ -543,11 +530,6 @@ TEST_F(GridFixture, LivePassesPaintTheNewRowsAndLeaveNothingStale)
     grid->StopRedraw();
     grid->viewport()->removeEventFilter(&log);
 }
-
-#include "record/clock.h"
-#include "capture/receive_event.h"
-#include "record/record_store.h"
-#include "present/grid/store_live_source.h"
 
 namespace {
 
@@ -587,7 +569,7 @@ TEST_F(GridFixture, FollowsTheRecordStoreWhileItWrites)
         clock.advance(1'000'000);
         ASSERT_EQ(store.WriteMp(e, 0, false), 0);
     }
-    ASSERT_TRUE(WaitFor([&] { return grid->recordCount() == 302; }));
+    ASSERT_TRUE(test::SpinUntil([&] { return grid->recordCount() == 302; }));
     EXPECT_EQ(grid->position(), 302 - grid->largeChange() - 1);
     const MpRecord *newest = grid->fetchBuffer().Mp(301);
     ASSERT_NE(newest, nullptr);
@@ -624,10 +606,6 @@ TEST_F(GridFixture, AWiderPageDuringARecordingFillsFromTheFile)
         ASSERT_NE(grid->fetchBuffer().Mp(static_cast<std::uint64_t>(n)), nullptr) << n;
     grid->StopRedraw();
 }
-
-#include <QPainter>
-
-#include "present/grid/glyph_painter.h"
 
 TEST_F(GridFixture, MnemonicsAreNotCutOffByTheRow)
 {
