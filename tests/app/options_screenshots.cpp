@@ -7,7 +7,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QListWidget>
-#include <QPixmap>
 #include <QToolButton>
 #include <cstdio>
 #include <filesystem>
@@ -39,11 +38,9 @@ constexpr int kDesktopBars = 60; // a title bar and a panel of the desktop
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: kestrel_options_screenshots OUTPUT_FOLDER\n");
+    const std::filesystem::path out = kestrel::test::ShotFolder(argc, argv);
+    if (out.empty())
         return 2;
-    }
-    const std::filesystem::path out = argv[1];
     const std::filesystem::path data = out / "options-data";
     std::filesystem::remove_all(data);
     if (!kestrel::EnsureDataFolder(data).ok() || !kestrel::InstallShippedStylesOnFirstStart(data).installed) {
@@ -61,21 +58,8 @@ int main(int argc, char **argv)
     kestrel::ConsolePrompter prompter(kestrel::MsgResult::Yes);
     int failures = 0;
     auto save = [&](QWidget &w, const std::string &name, bool dialog) {
-        kestrel::test::Pump(150);
-        const QPixmap shot = w.grab();
-        const std::string path = (out / name).string();
-        if (!shot.save(QString::fromStdString(path)) || !kestrel::test::LooksDrawn(shot.toImage(), 200, 150, 4, 5)) {
-            std::fprintf(stderr, "screenshot %s is missing or blank\n", path.c_str());
-            ++failures;
-            return;
-        }
-        std::printf("saved %s (%dx%d)\n", path.c_str(), shot.width(), shot.height());
         const int room = dialog ? kScreenHeight - kDesktopBars : kScreenHeight;
-        if (w.frameGeometry().width() > kScreenWidth || w.frameGeometry().height() > room) {
-            std::fprintf(stderr, "%s (%dx%d) does not fit a %dx%d screen\n", name.c_str(), w.frameGeometry().width(),
-                         w.frameGeometry().height(), kScreenWidth, kScreenHeight);
-            ++failures;
-        }
+        failures += kestrel::test::SaveShot(w, out / name, {.room = QSize(kScreenWidth, room)}) ? 0 : 1;
     };
 
     kestrel::ProgramConfig cfg;

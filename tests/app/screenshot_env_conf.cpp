@@ -5,7 +5,6 @@
 
 #include <QApplication>
 #include <QLabel>
-#include <QPixmap>
 #include <QPushButton>
 #include <QScreen>
 #include <QTabBar>
@@ -53,13 +52,10 @@ int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
     kestrel::test::ApplyShotStyle();
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: kestrel_env_conf_screenshots OUTPUT_FOLDER\n");
+    const std::filesystem::path out = kestrel::test::ShotFolder(argc, argv);
+    if (out.empty())
         return 2;
-    }
-    const std::filesystem::path out = argv[1];
-    std::filesystem::create_directories(out);
-    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    const QSize screen = QGuiApplication::primaryScreen()->availableGeometry().size();
 
     kestrel::ConsolePrompter prompter(kestrel::MsgResult::No);
     kestrel::Environment env = Sample();
@@ -74,21 +70,10 @@ int main(int argc, char **argv)
         auto *tabs = form.findChild<QTabWidget *>("PageControl1");
         for (int page = 0; page < 3; ++page) {
             tabs->setCurrentIndex(page);
-            kestrel::test::Pump(150);
-            const std::string path = (out / ("envconf-" + std::string(tag) + "-" + pages[page] + ".png")).string();
-            const QPixmap shot = form.grab();
-            if (!shot.save(QString::fromStdString(path)) || !kestrel::test::LooksDrawn(shot.toImage(), 300, 200, 4, 5)) {
-                std::fprintf(stderr, "no usable picture %s\n", path.c_str());
-                ok = false;
-            }
-            std::printf("%s (%dx%d)\n", path.c_str(), shot.width(), shot.height());
+            const auto path = out / ("envconf-" + std::string(tag) + "-" + pages[page] + ".png");
+            ok = kestrel::test::SaveShot(form, path, {.minWidth = 300, .minHeight = 200, .room = screen}) && ok;
             for (const QLabel *label : tabs->currentWidget()->findChildren<QLabel *>())
                 ok = fits(*label, label->text(), label->contentsRect().width(), "label") && ok;
-        }
-        if (form.frameGeometry().width() > screen.width() || form.frameGeometry().height() > screen.height()) {
-            std::fprintf(stderr, "%s: the dialog (%dx%d) does not fit the screen (%dx%d)\n", tag, form.width(),
-                         form.height(), screen.width(), screen.height());
-            ok = false;
         }
         // lblEnvFileName is shortened in the middle on purpose; its box's title must not be.
         const auto *fileBox = form.findChild<QWidget *>("gbEnvFile");

@@ -4,12 +4,10 @@
 // when a picture is missing or blank, or the window does not fit the screen.
 
 #include <QApplication>
-#include <QPixmap>
 #include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QScreen>
 #include <QTabWidget>
-#include <cstdio>
 #include <filesystem>
 
 #include "app/goto_form.h"
@@ -27,12 +25,9 @@ int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
     kestrel::test::ApplyShotStyle();
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: kestrel_goto_screenshots OUTPUT_FOLDER\n");
+    const std::filesystem::path out = test::ShotFolder(argc, argv);
+    if (out.empty())
         return 2;
-    }
-    const std::filesystem::path out = argv[1];
-    std::filesystem::create_directories(out);
     const std::string recording = (out / "goto-shot.ksr").string();
     test::RecordingBuilder b(46000.5, 0.001);
     for (int i = 0; i < 5000; ++i)
@@ -44,23 +39,14 @@ int main(int argc, char **argv)
     grid.resize(700, 400);
     grid.OpenRecording(QString::fromStdString(recording));
     TFormGoto form(prompter, grid, [&] { return recording; });
-    const QRect screen = QGuiApplication::primaryScreen()->geometry();
     form.findChild<QPlainTextEdit *>("edDataAsc")->setPlainText("OK^M^J");
     form.findChild<QRadioButton *>("rbM2rise")->setChecked(true);
     form.findChild<QRadioButton *>("rbPEyes")->setChecked(true);
 
     int failures = 0;
+    const test::ShotCheck check{.room = QGuiApplication::primaryScreen()->geometry().size()};
     auto shoot = [&](const std::string &name) {
-        test::Pump(150);
-        const QPixmap shot = form.grab();
-        const std::string path = (out / ("goto-" + name + ".png")).string();
-        const bool fits = form.frameGeometry().width() <= screen.width() && form.frameGeometry().height() <= screen.height();
-        if (!fits || !shot.save(QString::fromStdString(path)) || !test::LooksDrawn(shot.toImage(), 200, 150, 4, 5)) {
-            std::fprintf(stderr, "screenshot %s is missing, blank or larger than the screen\n", path.c_str());
-            ++failures;
-        } else {
-            std::printf("saved %s\n", path.c_str());
-        }
+        failures += test::SaveShot(form, out / ("goto-" + name + ".png"), check) ? 0 : 1;
     };
     for (auto [lang, tag] : {std::pair{kLangGerman, "de"}, {kLangEnglish, "en"}}) {
         SetGlobalLang(lang);

@@ -5,15 +5,8 @@
 // when the dialog would not fit a 1024 x 768 screen.
 
 #include <QApplication>
-
-#include "support/screenshot_style.h"
-#include "support/screenshots.h"
-#include <QElapsedTimer>
-#include <QImage>
-#include <QPixmap>
 #include <QTabWidget>
 #include <QTableWidget>
-#include <cstdio>
 #include <filesystem>
 #include <string>
 
@@ -22,6 +15,8 @@
 #include "base/console_prompter.h"
 #include "base/reporter.h"
 #include "base/string_table.h"
+#include "support/screenshot_style.h"
+#include "support/screenshots.h"
 #include "trigger_engine/trigger_launcher.h"
 
 namespace {
@@ -59,26 +54,17 @@ int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
     kestrel::test::ApplyShotStyle();
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: kestrel_trigger_screenshots OUTPUT_FOLDER\n");
+    const std::filesystem::path out = kestrel::test::ShotFolder(argc, argv);
+    if (out.empty())
         return 2;
-    }
-    const std::filesystem::path out = argv[1];
-    std::filesystem::create_directories(out);
     kestrel::ConsolePrompter prompter(kestrel::MsgResult::Yes);
     kestrel::PromptReporter reporter(prompter);
     kestrel::TriggerLauncher launcher(reporter); // the test buttons as they look when they can run
     int failures = 0;
+    // Room for a title bar and a panel of the desktop on a 1024 x 768 screen.
+    const kestrel::test::ShotCheck check{.room = QSize(1024, 768 - 60)};
     auto save = [&](QWidget &w, const std::string &name) {
-        kestrel::test::Pump(150);
-        const QPixmap shot = w.grab();
-        const std::string path = (out / name).string();
-        if (!shot.save(QString::fromStdString(path)) || !kestrel::test::LooksDrawn(shot.toImage(), 200, 150, 4, 5)) {
-            std::fprintf(stderr, "screenshot %s is missing or blank\n", path.c_str());
-            ++failures;
-        } else {
-            std::printf("saved %s (%dx%d)\n", path.c_str(), shot.width(), shot.height());
-        }
+        failures += kestrel::test::SaveShot(w, out / name, check) ? 0 : 1;
     };
 
     struct Page {
@@ -101,12 +87,6 @@ int main(int argc, char **argv)
             if (page.action)
                 form.findChild<QTabWidget *>("pcTrigger")->setCurrentIndex(kestrel::TrigPage::Action);
             save(form, "trigger-form-" + std::string(lang) + "-" + page.name + ".png");
-            // Room for a title bar and a panel of the desktop on a 1024 x 768 screen.
-            if (form.width() > 1024 || form.height() > 768 - 60) {
-                std::fprintf(stderr, "the editor (%dx%d) does not fit a 1024x768 screen\n", form.width(),
-                             form.height());
-                ++failures;
-            }
         }
         kestrel::TFormTrigParams pool(&form);
         pool.show();
