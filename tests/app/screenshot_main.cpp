@@ -110,11 +110,13 @@ int main(int argc, char **argv)
         for (const QSize size : {QSize(1024, 740), QSize(1920, 1050)}) {
             w.resize(size);
             kestrel::test::Pump(150);
-            kestrel::test::ShotCheck check = kWindowShot;
-            check.room = QSize(size.width(), 100000); // as wide as the screen, however tall
             const std::string name = "kestrel-" + std::string(lang) + "-" + std::to_string(size.width()) + "x" +
                                      std::to_string(size.height()) + ".png";
-            failures += kestrel::test::SaveShot(w, out / name, check) ? 0 : 1;
+            failures += kestrel::test::SaveShot(w, out / name, kWindowShot) ? 0 : 1;
+            if (w.grab().width() > size.width()) {
+                std::fprintf(stderr, "%s is wider than the screen\n", name.c_str());
+                ++failures;
+            }
         }
     }
     // The View menu: words, with the buttons' captions and the shortcut keys beside them.
