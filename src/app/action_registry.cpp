@@ -61,7 +61,7 @@ constexpr std::array kActions = {
     ActionDef{"actSaveEnvironment",    7538, 7539, nullptr,               false, false, nullptr,  nullptr},
     ActionDef{"actEnvConfig",          7540, 7541, nullptr,               false, false, nullptr,  nullptr},
     ActionDef{"actExportToFile",       7542, 7543, ":/images/export.svg", false, false, "Ctrl+E", nullptr},
-    ActionDef{"actPrintReport",        7544, 7545, ":/images/print.svg",  false, true,  "Ctrl+P", nullptr},
+    ActionDef{"actPrintReport",        7544, 7545, ":/images/print.svg",  false, false, "Ctrl+P", nullptr},
     ActionDef{"actExit",               7546, 7547, ":/images/exit.svg",   false, false, "Ctrl+Q", nullptr},
     // recorder
     ActionDef{"actStart",              7548, 7549, ":/images/record.svg",   false, false, "F5",  nullptr},

@@ -30,6 +30,7 @@
 #include "app/options_form.h"
 #include "app/problem_report_form.h"
 #include "app/progress_form.h"
+#include "app/report_form.h"
 #include "present/grid/grid_layout.h"
 #include "present/grid/record_grid.h"
 #include "present/grid/store_live_source.h"
@@ -134,6 +135,7 @@ TFormMain::TFormMain(MainFormOptions options, QWidget *parent)
     resize(1180, 860); // first start; a saved placement replaces it
     connectActions();
     createExportWindow();
+    createReportWindow();
     FormCreate();
     StartupPrepare();
     if (!scenarioWarning_)
@@ -312,6 +314,7 @@ void TFormMain::ApplyLanguage()
     FormExport->InitialLoads();
     if (FormProblemReport != nullptr)
         FormProblemReport->InitialLoads();
+    FormReport->InitialLoads();
     optionsLanguageLoads();
     if (auto *help = findChild<THelpWindow *>(QString(), Qt::FindDirectChildrenOnly))
         help->InitialLoads(); // the page shown reopens in the new language
@@ -403,6 +406,8 @@ void TFormMain::FormShow()
     if (config_->exWindow.Visible)
         FormExport->show(); // open at the last save: open again
     startUpdateCheckAtStart(); // in the background; its answer is one status line at most
+    if (config_->reWindow.Visible)
+        FormReport->show();
     if (args_.recordAtStart && !quitting_)
         btnRecordClick();
 }
@@ -499,6 +504,7 @@ void TFormMain::saveConfiguration()
     config_->window = {g.left(), g.top(), g.width(), g.height(), isMaximized() ? 2 : isMinimized() ? 1 : 0};
     config_->monitors = {{"TFormMain", monitorIndex()}};
     config_->exWindow = FormExport->placement();
+    config_->reWindow = FormReport->placement();
     const QRect bottom = pnlAllBottom->geometry();
     config_->allBottomPanels = {bottom.left(), bottom.top(), bottom.width(), bottom.height()};
     const QRect centre = pnlCCRecDispControl->geometry();

@@ -54,6 +54,7 @@ class SignalLight;
 class SignalLightController;
 class TFormConfirmRecordMode;
 class TFormExport;
+class TFormReport;
 class TMessageForm;
 class ActionConsent;
 class TriggerLauncher;
@@ -183,6 +184,9 @@ private:
     // export window (main_form_export.cpp)
     void createExportWindow();
     void actExportToFileExecute();
+    // report window (main_form_report.cpp)
+    void createReportWindow();
+    void actPrintReportExecute();
     // triggers (main_form_triggers.cpp)
     void createTriggerEngine();
     void connectTriggerPanel();
@@ -260,6 +264,7 @@ private:
     std::unique_ptr<RecordingSession> session_;
     TFormConfirmRecordMode *confirmRecordMode_ = nullptr;
     TFormExport *FormExport = nullptr;
+    TFormReport *FormReport = nullptr;
 
     // components (names kept as objectName)
     ActionManager *ActionManager1 = nullptr;

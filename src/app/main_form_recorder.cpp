@@ -14,6 +14,7 @@
 #include "app/confirm_record_mode_form.h"
 #include "app/elided_label.h"
 #include "app/export_form.h"
+#include "app/report_form.h"
 #include "app/line_gauge.h"
 #include "app/main_form.h"
 #include "app/goto_form.h"
@@ -139,6 +140,7 @@ void TFormMain::SetRecordOnControls()
 {
     TrigPanel->clearRecognised(); // what fires in this recording
     FormExport->close();          // tool windows close when a recording starts
+    FormReport->close();
     if (FormGoto != nullptr)
         FormGoto->close(); // its searches read the file the recording writes
     TrigPanel->setRecording(true);
