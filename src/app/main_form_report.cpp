@@ -11,23 +11,9 @@
 #include "config/environment.h"
 #include "config/program_config.h"
 #include "present/grid/record_grid.h"
+#include "report/report_printer.h"
 
 namespace kestrel {
-
-namespace {
-
-report::ReportHeader HeaderOf(const Environment &env)
-{
-    report::ReportHeader h;
-    h.title = env.general.Title;
-    h.author = env.general.Author;
-    h.company = env.general.Company;
-    h.customer = env.customer.Company;
-    h.description = env.description;
-    return h;
-}
-
-} // namespace
 
 void TFormMain::createReportWindow()
 {
@@ -40,8 +26,9 @@ void TFormMain::createReportWindow()
         src.controlMode = m.overlay();
         src.secondaryMode = m.secondaryMode();
         src.timeMode = m.timeMode();
+        src.namingSet = pinNaming_;
         if (env_)
-            src.header = HeaderOf(*env_);
+            src.header = report::HeaderOfEnvironment(*env_);
         return src;
     });
     // The window's own section, read when the window is made; the save writes it back.

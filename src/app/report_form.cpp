@@ -324,6 +324,7 @@ report::ReportRequest TFormReport::request() const
         r.controlMode = src.controlMode;
         r.secondaryMode = src.secondaryMode;
         r.timeMode = src.timeMode;
+        r.namingSet = src.namingSet;
     }
     if (!rangeControls->hasMps()) {
         r.first = 1; // after last: nothing to print

@@ -100,6 +100,7 @@ inline constexpr int FileTitle = 3000; // the message boxes' title, as for every
 struct ReportSource {
     std::string recordFile;
     int charMode = 0, controlMode = 0, secondaryMode = 3, timeMode = 0;
+    int namingSet = 0; // circuit names (0) or pin names (1)
     report::ReportHeader header;
 };
 

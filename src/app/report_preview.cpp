@@ -136,6 +136,9 @@ void ReportPreview::paintPages(QPrinter *printer)
         return; // asked again while the event loop runs between pages
     rendering_ = true;
     ++paints_;
+    // The pages on show are gone as soon as the printer starts again, while the preview
+    // would still draw them: it stays hidden until it holds the new ones.
+    pvPages->hide();
     stop_ = false;
     error_.clear();
     outcome_ = {};
@@ -162,7 +165,9 @@ void ReportPreview::paintPages(QPrinter *printer)
         error_ = S(ReportFormMsg::Failed).arg(QString::fromStdString(
             Str(r.result.code) + (r.result.detail.empty() ? "" : "\n" + r.result.detail)));
     rendering_ = false;
-    ProgressBar1->setValue(100);
+    // The preview takes the new pages after this returns; it shows them from the next
+    // turn of the event loop on.
+    QMetaObject::invokeMethod(pvPages, &QWidget::show, Qt::QueuedConnection);
     SetupActiveElements();
     showNote();
     emit rendered();

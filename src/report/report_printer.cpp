@@ -281,21 +281,9 @@ Expected<ReportOutcome> WriteReportPdf(const std::filesystem::path &outPath, con
     return out;
 }
 
-Expected<ReportHeader> ReadReportHeader(const std::filesystem::path &environmentFile)
+ReportHeader HeaderOfEnvironment(const Environment &env)
 {
-    Expected<ReportHeader> out;
-    EnvLoadContext ctx;
-    const EnvLoadResult loaded = LoadEnvironment(environmentFile, ctx);
-    if (!loaded.existed) {
-        out.result = Fail(txt::kEnvironmentNotRead, environmentFile.string());
-        return out;
-    }
-    if (!loaded.status.ok()) {
-        out.result = Fail(txt::kEnvironmentNotRead, environmentFile.string() + ": " + loaded.status.detail);
-        return out;
-    }
-    const Environment &env = loaded.env;
-    ReportHeader &h = out.value;
+    ReportHeader h;
     h.title = env.general.Title;
     h.author = env.general.Author;
     h.company = env.general.Company;
@@ -313,6 +301,23 @@ Expected<ReportHeader> ReadReportHeader(const std::filesystem::path &environment
         s.stopBits = port->StopBits;
         h.ports.push_back(s);
     }
+    return h;
+}
+
+Expected<ReportHeader> ReadReportHeader(const std::filesystem::path &environmentFile)
+{
+    Expected<ReportHeader> out;
+    EnvLoadContext ctx;
+    const EnvLoadResult loaded = LoadEnvironment(environmentFile, ctx);
+    if (!loaded.existed) {
+        out.result = Fail(txt::kEnvironmentNotRead, environmentFile.string());
+        return out;
+    }
+    if (!loaded.status.ok()) {
+        out.result = Fail(txt::kEnvironmentNotRead, environmentFile.string() + ": " + loaded.status.detail);
+        return out;
+    }
+    out.value = HeaderOfEnvironment(loaded.env);
     return out;
 }
 

@@ -10,6 +10,10 @@
 
 class QPagedPaintDevice;
 
+namespace kestrel {
+struct Environment;
+}
+
 namespace kestrel::report {
 
 // Lays the report out on the device's page (sets paper and orientation
@@ -25,5 +29,7 @@ namespace kestrel::report {
 
 // Header data from an environment file (.kef), for the window and the CLI.
 [[nodiscard]] Expected<ReportHeader> ReadReportHeader(const std::filesystem::path &environmentFile);
+// The same from an environment the program holds (the window's, saved or not).
+[[nodiscard]] ReportHeader HeaderOfEnvironment(const Environment &env);
 
 } // namespace kestrel::report
