@@ -473,7 +473,9 @@ void TFormReport::finish(Target target, const QString &where, const Expected<rep
     if (!result.ok()) {
         fail(ResultText(result.result));
     } else if (result.value.stopped) {
-        setState(ReportFormMsg::Stopped, {QString::number(result.value.pages)});
+        // A stopped PDF is dropped whole; a printer has been sent the pages painted so far.
+        setState(target == Target::Pdf ? ReportFormMsg::PdfStopped : ReportFormMsg::Stopped,
+                 {QString::number(result.value.pages)});
     } else {
         ProgressBar1->setValue(100);
         setState(target == Target::Pdf ? ReportFormMsg::Saved : ReportFormMsg::Printed,

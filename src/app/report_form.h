@@ -92,6 +92,7 @@ inline constexpr int WholePage = 9357;
 inline constexpr int PreviousPage = 9358;
 inline constexpr int NextPage = 9359;
 inline constexpr int Orientation = 9360;
+inline constexpr int PdfStopped = 9361;      // stopped after %1 pages; no PDF written
 inline constexpr int FileTitle = 3000; // the message boxes' title, as for every file operation
 } // namespace ReportFormMsg
 
