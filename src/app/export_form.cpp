@@ -12,14 +12,12 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QGroupBox>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QScreen>
 #include <QVBoxLayout>
 
 #include "app/background_sink.h"
@@ -689,54 +687,14 @@ void TFormExport::fail(int textNo, const QString &detail)
     prompter_.ShowMessage(Str(3000), lblExportState->text().toStdString(), Buttons::Ok, Icon::Error);
 }
 
-void TFormExport::setPlacement(const ToolWindowPlacement &placement)
-{
-    placement_ = placement;
-    placed_ = false;
-    if (isVisible())
-        applyPlacement();
-}
+void TFormExport::setPlacement(const ToolWindowPlacement &placement) { place_.set(*this, placement); }
 
-ToolWindowPlacement TFormExport::placement() const
-{
-    ToolWindowPlacement p = placement_;
-    if (placed_) {
-        const QPoint at = isVisible() ? pos() : QPoint(placement_.Left, placement_.Top);
-        p.Left = at.x();
-        p.Top = at.y();
-        p.WindowState = isMinimized() ? 1 : isMaximized() ? 2 : 0;
-    }
-    p.Visible = isVisible();
-    return p;
-}
-
-void TFormExport::rememberPlacement()
-{
-    if (!placed_)
-        return;
-    placement_.Left = pos().x();
-    placement_.Top = pos().y();
-    placement_.WindowState = isMinimized() ? 1 : isMaximized() ? 2 : 0;
-}
-
-void TFormExport::applyPlacement()
-{
-    placed_ = true;
-    // Back where it stood, when that spot is still on a screen; else over the main window.
-    const QPoint saved(placement_.Left, placement_.Top);
-    if (QGuiApplication::screenAt(saved + QPoint(40, 20)) != nullptr)
-        move(saved);
-    else if (parentWidget() != nullptr)
-        move(parentWidget()->geometry().center() - rect().center());
-    if (placement_.WindowState == 1)
-        setWindowState(windowState() | Qt::WindowMinimized);
-}
+ToolWindowPlacement TFormExport::placement() const { return place_.get(*this); }
 
 void TFormExport::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);
-    if (!placed_)
-        applyPlacement();
+    place_.applyOnce(*this);
     // A recording was most likely made with the settings the main window shows; what
     // was typed here stays while the same recording is exported again.
     if (source_ && !running_) {
@@ -754,7 +712,7 @@ void TFormExport::hideEvent(QHideEvent *event)
     // A window that goes (closed, or the main window starts a recording) ends its export.
     if (running_)
         stop_ = true;
-    rememberPlacement();
+    place_.remember(*this);
     QDialog::hideEvent(event);
 }
 
@@ -762,7 +720,7 @@ void TFormExport::moveEvent(QMoveEvent *event)
 {
     QDialog::moveEvent(event);
     if (isVisible())
-        rememberPlacement();
+        place_.remember(*this);
 }
 
 void TFormExport::changeEvent(QEvent *event)
@@ -772,7 +730,7 @@ void TFormExport::changeEvent(QEvent *event)
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
         refreshLimits();
     else if (event->type() == QEvent::WindowStateChange)
-        rememberPlacement();
+        place_.remember(*this);
 }
 
 void TFormExport::closeEvent(QCloseEvent *event)

@@ -25,6 +25,7 @@
 #include <string>
 
 #include "capture/capture.h"
+#include "app/tool_window_place.h"
 #include "config/program_config.h"
 #include "export/capture_frame_texts.h"
 #include "export/export_options.h"
@@ -183,16 +184,13 @@ private:
     // The line under the progress bar: a text number and its arguments, kept so that a
     // language switch can say it again; 0 for none.
     void setState(int textNo, const QStringList &args = {});
-    void applyPlacement();
-    void rememberPlacement();
 
     Prompter &prompter_;
     std::function<ExportSource()> source_;
     FileChooser chooseFile_;
     std::atomic<bool> stop_{false};
     bool running_ = false;
-    ToolWindowPlacement placement_;
-    bool placed_ = false;  // the saved placement has been applied
+    ToolWindowPlace place_;
     QString lastFolder_;
     std::string lineSettingsFor_; // the recording the line settings were taken for
     int stateNo_ = 0;

@@ -8,7 +8,6 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QGroupBox>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLocale>
@@ -17,11 +16,11 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
 
 #include "app/app_log.h"
+#include "app/help_request.h"
 #include "app/range_controls.h"
 #include "app/report_preview.h"
 #include "base/prompt.h"
@@ -193,6 +192,7 @@ void TFormReport::buildControls()
     connect(btnPrint, &QPushButton::clicked, this, &TFormReport::btnPrintClick);
     connect(btnSavePdf, &QPushButton::clicked, this, &TFormReport::btnSavePdfClick);
     connect(btnStop, &QPushButton::clicked, this, &TFormReport::btnStopClick);
+    connect(btnHelp, &QPushButton::clicked, this, [this] { ShowHelpFor(this); });
     connect(btnClose, &QPushButton::clicked, this, &QWidget::close);
 
     // Layout: the body's view, paper and orientation on the left, the parts on the
@@ -310,7 +310,6 @@ void TFormReport::SetupActiveElements()
         b->setEnabled(ready);
     btnStop->setEnabled(!idle);
     btnClose->setEnabled(idle);
-    btnHelp->setEnabled(false); // the manual is not part of the program yet
 }
 
 report::ReportRequest TFormReport::request() const
@@ -491,54 +490,14 @@ void TFormReport::fail(const QString &detail)
                           Icon::Error);
 }
 
-void TFormReport::setPlacement(const ToolWindowPlacement &placement)
-{
-    placement_ = placement;
-    placed_ = false;
-    if (isVisible())
-        applyPlacement();
-}
+void TFormReport::setPlacement(const ToolWindowPlacement &placement) { place_.set(*this, placement); }
 
-ToolWindowPlacement TFormReport::placement() const
-{
-    ToolWindowPlacement p = placement_;
-    if (placed_) {
-        const QPoint at = isVisible() ? pos() : QPoint(placement_.Left, placement_.Top);
-        p.Left = at.x();
-        p.Top = at.y();
-        p.WindowState = isMinimized() ? 1 : isMaximized() ? 2 : 0;
-    }
-    p.Visible = isVisible();
-    return p;
-}
-
-void TFormReport::rememberPlacement()
-{
-    if (!placed_)
-        return;
-    placement_.Left = pos().x();
-    placement_.Top = pos().y();
-    placement_.WindowState = isMinimized() ? 1 : isMaximized() ? 2 : 0;
-}
-
-void TFormReport::applyPlacement()
-{
-    placed_ = true;
-    // Back where it stood, when that spot is still on a screen; else over the main window.
-    const QPoint saved(placement_.Left, placement_.Top);
-    if (QGuiApplication::screenAt(saved + QPoint(40, 20)) != nullptr)
-        move(saved);
-    else if (parentWidget() != nullptr)
-        move(parentWidget()->geometry().center() - rect().center());
-    if (placement_.WindowState == 1)
-        setWindowState(windowState() | Qt::WindowMinimized);
-}
+ToolWindowPlacement TFormReport::placement() const { return place_.get(*this); }
 
 void TFormReport::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);
-    if (!placed_)
-        applyPlacement();
+    place_.applyOnce(*this);
     refreshLimits();
 }
 
@@ -548,7 +507,7 @@ void TFormReport::hideEvent(QHideEvent *event)
     stop_ = true;
     if (preview_ != nullptr)
         preview_->close();
-    rememberPlacement();
+    place_.remember(*this);
     QDialog::hideEvent(event);
 }
 
@@ -556,7 +515,7 @@ void TFormReport::moveEvent(QMoveEvent *event)
 {
     QDialog::moveEvent(event);
     if (isVisible())
-        rememberPlacement();
+        place_.remember(*this);
 }
 
 void TFormReport::changeEvent(QEvent *event)
@@ -566,7 +525,7 @@ void TFormReport::changeEvent(QEvent *event)
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
         refreshLimits();
     else if (event->type() == QEvent::WindowStateChange)
-        rememberPlacement();
+        place_.remember(*this);
 }
 
 void TFormReport::closeEvent(QCloseEvent *event)

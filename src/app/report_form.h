@@ -25,6 +25,7 @@
 #include <thread>
 
 #include "base/result.h"
+#include "app/tool_window_place.h"
 #include "config/program_config.h"
 #include "report/report_request.h"
 
@@ -175,8 +176,6 @@ private:
     void showProgress();
     void fail(const QString &detail);
     void setState(int textNo, const QStringList &args = {});
-    void applyPlacement();
-    void rememberPlacement();
 
     Prompter &prompter_;
     std::function<ReportSource()> source_;
@@ -192,8 +191,7 @@ private:
     std::atomic<std::uint64_t> done_{0}, total_{0};
     QTimer *progressTimer_ = nullptr;
 
-    ToolWindowPlacement placement_;
-    bool placed_ = false; // the saved placement has been applied
+    ToolWindowPlace place_;
     QString lastFolder_;
     int stateNo_ = 0;
     QStringList stateArgs_;

@@ -21,6 +21,7 @@
 #include "app/confirm_record_mode_form.h"
 #include "app/env_conf_form.h"
 #include "app/export_form.h"
+#include "app/report_form.h"
 #include "app/goto_form.h"
 #include "app/help_window.h"
 #include "app/main_form.h"
@@ -89,12 +90,14 @@ TEST(HelpWindow, EveryHelpButtonAndF1OpenTheirWindowsPageInTheProgramsLanguage)
         win.act(lang == kLangGerman ? "actLangGerman" : "actLangEnglish")->trigger();
         // Every window of the program as the main window makes it, its own child.
         win.act("actGotoMP")->trigger();
+        win.act("actPrintReport")->trigger();
         auto *options = new TFormOptions(win.prompter, win.w.get());
         auto *trigger = new TFormTrig(win.prompter, nullptr, win.w.get());
         const std::pair<QWidget *, const char *> windows[] = {
             {win.w.get(), "main-window"},
             {win.w->findChild<TFormGoto *>(), "goto"},
             {win.w->findChild<TFormExport *>(), "export"},
+            {win.w->findChild<TFormReport *>(), "report"},
             {win.w->findChild<TFormConfirmRecordMode *>(), "record-mode"},
             {new TFormEnvConf(win.prompter, win.w.get()), "environment"},
             {options, "options"},
