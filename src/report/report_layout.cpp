@@ -40,15 +40,23 @@ double LineHeight(LineKind kind)
     return 16;
 }
 
+double KeepTogetherHeight(const std::vector<TextLine> &lines, std::size_t i, double pageHeight)
+{
+    double h = LineHeight(lines[i].kind);
+    if (lines[i].kind != LineKind::Heading || i + 1 >= lines.size())
+        return h;
+    const double withNext = h + LineHeight(lines[i + 1].kind);
+    for (std::size_t j = i + 1; j < lines.size() && lines[j].kind != LineKind::Heading && lines[j].kind != LineKind::Title; ++j)
+        h += LineHeight(lines[j].kind);
+    return h <= pageHeight ? h : withNext;
+}
+
 Placed ReportLayout::PlaceLines(Placed at, const std::vector<TextLine> &lines, std::vector<Placed> &out) const
 {
     out.clear();
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        double h = LineHeight(lines[i].kind);
-        // A heading does not stand alone at the foot of a page: it keeps the next line with it.
-        if (lines[i].kind == LineKind::Heading && i + 1 < lines.size())
-            h += LineHeight(lines[i + 1].kind);
-        if (at.y > 0 && at.y + h > pageHeight_)
+        // A heading does not stand alone at the foot of a page, nor split a short section.
+        if (at.y > 0 && at.y + KeepTogetherHeight(lines, i, pageHeight_) > pageHeight_)
             at = {at.page + 1, 0};
         out.push_back(at);
         at.y += LineHeight(lines[i].kind);

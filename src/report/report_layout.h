@@ -39,6 +39,10 @@ struct TextLine {
 };
 
 [[nodiscard]] double LineHeight(LineKind kind);
+// The room line i needs at the foot of a page before it may stand there: its own
+// height, or for a heading its whole section (up to the next heading or title)
+// when that fits on a page, else the heading and the line after it.
+[[nodiscard]] double KeepTogetherHeight(const std::vector<TextLine> &lines, std::size_t i, double pageHeight);
 
 struct Placed {
     int page = 0; // 0-based

@@ -23,10 +23,7 @@ Reference PlaceOneByOne(double pageHeight, const std::vector<TextLine> &before, 
     Placed at;
     auto text = [&](const std::vector<TextLine> &lines, std::vector<Placed> &out) {
         for (std::size_t i = 0; i < lines.size(); ++i) {
-            double need = LineHeight(lines[i].kind);
-            if (lines[i].kind == LineKind::Heading && i + 1 < lines.size())
-                need += LineHeight(lines[i + 1].kind);
-            if (at.y > 0 && at.y + need > pageHeight)
+            if (at.y > 0 && at.y + KeepTogetherHeight(lines, i, pageHeight) > pageHeight)
                 at = {at.page + 1, 0};
             out.push_back(at);
             at.y += LineHeight(lines[i].kind);
@@ -105,6 +102,29 @@ TEST(ReportLayout, RefusesAPageThatHoldsNoUnit)
 {
     ReportLayout layout;
     EXPECT_FALSE(layout.Plan(30, {}, BodyUnits{5, 20, 16}, {}));
+}
+
+TEST(ReportLayout, AShortSectionGoesOverWholeALongOneKeepsItsHeadingWithALine)
+{
+    const auto section = [](int fields) {
+        std::vector<TextLine> lines(1 + fields);
+        lines[0].kind = LineKind::Heading;
+        for (int i = 1; i <= fields; ++i)
+            lines[i].kind = LineKind::Field;
+        return lines;
+    };
+    const double heading = LineHeight(LineKind::Heading), field = LineHeight(LineKind::Field);
+    // After the body's one unit there is room for the heading and one field only.
+    const double page = 100 + heading + 4 * field;
+    ReportLayout layout;
+    ASSERT_TRUE(layout.Plan(page, {}, BodyUnits{1, page - heading - field, 0}, section(4)));
+    for (const Placed &p : layout.afterPlaces())
+        EXPECT_EQ(p.page, 1); // never a heading and one field at the foot, the rest overleaf
+    // A section longer than a page keeps only its heading with the next line.
+    ASSERT_TRUE(layout.Plan(page, {}, BodyUnits{1, page - heading - field, 0}, section(12)));
+    EXPECT_EQ(layout.afterPlaces()[0].page, 0);
+    EXPECT_EQ(layout.afterPlaces()[1].page, 0);
+    EXPECT_EQ(layout.afterPlaces()[2].page, 1);
 }
 
 TEST(ReportLayout, PapersAreTheirSizeLessTheMargins)
