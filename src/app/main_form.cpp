@@ -386,6 +386,10 @@ void TFormMain::FormShow()
     progress.step(S(30), 30);
     // The display code page is a fixed table here; nothing to choose at run time.
     progress.step(S(26), 70);
+    // The steps let events through: an end asked for meanwhile (SIGTERM, --quit-after)
+    // must not be followed by a question that nobody will answer.
+    if (quitting_)
+        return;
     EnvLoadContext ctx;
     ctx.dataFolder = dataFolder_;
     if (!args_.recordFile.empty())
@@ -397,6 +401,8 @@ void TFormMain::FormShow()
                                Buttons::Ok, Icon::Warning);
     applyEnvironment(loaded.env);
     progress.step(S(902), 80);
+    if (quitting_)
+        return;
     ShowChangedRecordFile();
     envChanged_ = false;
     progress.close();
