@@ -4,7 +4,6 @@
 
 #include <QButtonGroup>
 #include <QCheckBox>
-#include <QCloseEvent>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
@@ -99,7 +98,7 @@ QString AskWithFileDialog(QWidget *parent, const ExportFileQuestion &q)
 } // namespace
 
 TFormExport::TFormExport(Prompter &prompter, QWidget *parent)
-    : QDialog(parent, Qt::Tool | Qt::WindowTitleHint | Qt::WindowCloseButtonHint), prompter_(prompter)
+    : ToolJobWindow(parent), prompter_(prompter)
 {
     setObjectName("TFormExport");
     setModal(false);
@@ -687,14 +686,9 @@ void TFormExport::fail(int textNo, const QString &detail)
     prompter_.ShowMessage(Str(3000), lblExportState->text().toStdString(), Buttons::Ok, Icon::Error);
 }
 
-void TFormExport::setPlacement(const ToolWindowPlacement &placement) { place_.set(*this, placement); }
-
-ToolWindowPlacement TFormExport::placement() const { return place_.get(*this); }
-
 void TFormExport::showEvent(QShowEvent *event)
 {
-    QDialog::showEvent(event);
-    place_.applyOnce(*this);
+    ToolJobWindow::showEvent(event);
     // A recording was most likely made with the settings the main window shows; what
     // was typed here stays while the same recording is exported again.
     if (source_ && !running_) {
@@ -704,49 +698,6 @@ void TFormExport::showEvent(QShowEvent *event)
             lineSettingsFor_ = src.recordFile;
         }
     }
-    refreshLimits();
-}
-
-void TFormExport::hideEvent(QHideEvent *event)
-{
-    // A window that goes (closed, or the main window starts a recording) ends its export.
-    if (running_)
-        stop_ = true;
-    place_.remember(*this);
-    QDialog::hideEvent(event);
-}
-
-void TFormExport::moveEvent(QMoveEvent *event)
-{
-    QDialog::moveEvent(event);
-    if (isVisible())
-        place_.remember(*this);
-}
-
-void TFormExport::changeEvent(QEvent *event)
-{
-    QDialog::changeEvent(event);
-    // Back in front: the recording may have grown or another one may have been opened.
-    if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        refreshLimits();
-    else if (event->type() == QEvent::WindowStateChange)
-        place_.remember(*this);
-}
-
-void TFormExport::closeEvent(QCloseEvent *event)
-{
-    if (running_)
-        stop_ = true;
-    QDialog::closeEvent(event);
-}
-
-void TFormExport::reject()
-{
-    if (running_) {
-        stop_ = true; // Escape first stops the export; the window stays with what it says
-        return;
-    }
-    QDialog::reject();
 }
 
 } // namespace kestrel

@@ -25,7 +25,7 @@
 #include <string>
 
 #include "capture/capture.h"
-#include "app/tool_window_place.h"
+#include "app/tool_job_window.h"
 #include "config/program_config.h"
 #include "export/capture_frame_texts.h"
 #include "export/export_options.h"
@@ -126,7 +126,7 @@ struct ExportFileQuestion {
     QString startPath;
 };
 
-class TFormExport final : public QDialog {
+class TFormExport final : public ToolJobWindow {
     Q_OBJECT
 public:
     // Answers the save dialog's question with a path, or empty for Cancel.
@@ -148,12 +148,7 @@ public:
     [[nodiscard]] bool isExporting() const { return running_; }
     [[nodiscard]] QString stateText() const;
 
-    // Re-reads the recording's size for the range controls.
-    void refreshLimits();
-
-    // [EXWindow]: where the window stands and whether it is open.
-    void setPlacement(const ToolWindowPlacement &placement);
-    [[nodiscard]] ToolWindowPlacement placement() const;
+    void refreshLimits() override;
 
     void InitialLoads(); // texts in the current language
 
@@ -165,11 +160,7 @@ public slots:
 
 protected:
     void showEvent(QShowEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
-    void moveEvent(QMoveEvent *event) override;
-    void changeEvent(QEvent *event) override;
-    void closeEvent(QCloseEvent *event) override;
-    void reject() override; // Escape: stops a running export, else closes
+    [[nodiscard]] bool jobRunning() const override { return running_; }
 
 private:
     void buildControls();
@@ -188,9 +179,7 @@ private:
     Prompter &prompter_;
     std::function<ExportSource()> source_;
     FileChooser chooseFile_;
-    std::atomic<bool> stop_{false};
     bool running_ = false;
-    ToolWindowPlace place_;
     QString lastFolder_;
     std::string lineSettingsFor_; // the recording the line settings were taken for
     int stateNo_ = 0;

@@ -1,7 +1,6 @@
 #include "app/report_form.h"
 
 #include <QCheckBox>
-#include <QCloseEvent>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -76,7 +75,7 @@ bool LooksLikePdf(const QString &path)
 } // namespace
 
 TFormReport::TFormReport(Prompter &prompter, QWidget *parent)
-    : QDialog(parent, Qt::Tool | Qt::WindowTitleHint | Qt::WindowCloseButtonHint), prompter_(prompter)
+    : ToolJobWindow(parent), prompter_(prompter)
 {
     setObjectName("TFormReport");
     setModal(false);
@@ -490,57 +489,11 @@ void TFormReport::fail(const QString &detail)
                           Icon::Error);
 }
 
-void TFormReport::setPlacement(const ToolWindowPlacement &placement) { place_.set(*this, placement); }
-
-ToolWindowPlacement TFormReport::placement() const { return place_.get(*this); }
-
-void TFormReport::showEvent(QShowEvent *event)
-{
-    QDialog::showEvent(event);
-    place_.applyOnce(*this);
-    refreshLimits();
-}
-
 void TFormReport::hideEvent(QHideEvent *event)
 {
-    // A window that goes (closed, or the main window starts a recording) ends its report.
-    stop_ = true;
     if (preview_ != nullptr)
         preview_->close();
-    place_.remember(*this);
-    QDialog::hideEvent(event);
-}
-
-void TFormReport::moveEvent(QMoveEvent *event)
-{
-    QDialog::moveEvent(event);
-    if (isVisible())
-        place_.remember(*this);
-}
-
-void TFormReport::changeEvent(QEvent *event)
-{
-    QDialog::changeEvent(event);
-    // Back in front: the recording may have grown or another one may have been opened.
-    if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        refreshLimits();
-    else if (event->type() == QEvent::WindowStateChange)
-        place_.remember(*this);
-}
-
-void TFormReport::closeEvent(QCloseEvent *event)
-{
-    stop_ = true;
-    QDialog::closeEvent(event);
-}
-
-void TFormReport::reject()
-{
-    if (isRunning()) {
-        stop_ = true; // Escape first stops the report; the window stays with what it says
-        return;
-    }
-    QDialog::reject();
+    ToolJobWindow::hideEvent(event);
 }
 
 } // namespace kestrel

@@ -25,7 +25,7 @@
 #include <thread>
 
 #include "base/result.h"
-#include "app/tool_window_place.h"
+#include "app/tool_job_window.h"
 #include "config/program_config.h"
 #include "report/report_request.h"
 
@@ -113,7 +113,7 @@ struct ReportFileQuestion {
     QString startPath;
 };
 
-class TFormReport final : public QDialog {
+class TFormReport final : public ToolJobWindow {
     Q_OBJECT
 public:
     // Answers the save dialog's question with a path, or empty for Cancel.
@@ -136,12 +136,7 @@ public:
     [[nodiscard]] QString stateText() const;
     [[nodiscard]] ReportPreview *preview() const { return preview_; }
 
-    // Re-reads the recording's size for the range controls.
-    void refreshLimits();
-
-    // [REWindow]: where the window stands and whether it is open.
-    void setPlacement(const ToolWindowPlacement &placement);
-    [[nodiscard]] ToolWindowPlacement placement() const;
+    void refreshLimits() override;
 
     void InitialLoads(); // texts in the current language
 
@@ -156,12 +151,8 @@ public slots:
     void SetupActiveElements();
 
 protected:
-    void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
-    void moveEvent(QMoveEvent *event) override;
-    void changeEvent(QEvent *event) override;
-    void closeEvent(QCloseEvent *event) override;
-    void reject() override; // Escape: stops a running report, else closes
+    [[nodiscard]] bool jobRunning() const override { return isRunning(); }
 
 private:
     using Job = std::function<Expected<report::ReportOutcome>(const report::ReportProgressFn &)>;
@@ -187,11 +178,9 @@ private:
     // The running report: its thread, the printer it paints on, and what it reports back.
     std::thread worker_;
     std::unique_ptr<QPrinter> printer_;
-    std::atomic<bool> stop_{false};
     std::atomic<std::uint64_t> done_{0}, total_{0};
     QTimer *progressTimer_ = nullptr;
 
-    ToolWindowPlace place_;
     QString lastFolder_;
     int stateNo_ = 0;
     QStringList stateArgs_;
