@@ -15,6 +15,7 @@
 #include "base/locale_language.h"
 #include "base/result.h"
 #include "base/string_table.h"
+#include "present/byte_render.h"
 #include "command.h"
 
 namespace kestrel::cli {
@@ -201,6 +202,25 @@ inline CLI::Option *AddTimeMode(CLI::App &app, int &mode)
 {
     return AddChoice<int>(app, "--time", mode, {{"absolute", 0}, {"relative", 1}, {"delta", 2}},
                           "time column, default absolute");
+}
+
+inline CLI::Option *AddCharMode(CLI::App &app, int &mode)
+{
+    return AddChoice<int>(app, "--char", mode,
+                          {{"ascii", CharMode::Ascii},
+                           {"ebcdic", CharMode::Ebcdic},
+                           {"hex", CharMode::Hex},
+                           {"dec", CharMode::Dec},
+                           {"oct", CharMode::Oct},
+                           {"bin", CharMode::Bin}},
+                          "default ascii");
+}
+
+inline CLI::Option *AddControlMode(CLI::App &app, int &overlay)
+{
+    return AddChoice<int>(app, "--control", overlay,
+                          {{"none", Overlay::None}, {"caret", Overlay::Caret}, {"mnemonic", Overlay::Mnemonic}},
+                          "control characters as glyphs, ^X or mnemonics");
 }
 
 // v24: circuit names D1, D2, S1 ...; rs232: Tx, Rx, DTR ...

@@ -147,17 +147,8 @@ std::function<int()> declareDump(CLI::App &cmd)
                "error flags of D1 and D2 (P parity, F framing, L line) and the description.");
     cmd.add_option("FILE.ksr", o->input, "the recording")->required()->type_name("");
     cli::AddParsed(cmd, "--range", o->rangeText, ParseMpRange, "MPs to print (default all)")->type_name("FIRST:LAST");
-    cli::AddChoice<int>(cmd, "--char", o->charMode,
-                        {{"ascii", CharMode::Ascii},
-                         {"ebcdic", CharMode::Ebcdic},
-                         {"hex", CharMode::Hex},
-                         {"dec", CharMode::Dec},
-                         {"oct", CharMode::Oct},
-                         {"bin", CharMode::Bin}},
-                        "default ascii");
-    cli::AddChoice<int>(cmd, "--control", o->overlay,
-                        {{"none", Overlay::None}, {"caret", Overlay::Caret}, {"mnemonic", Overlay::Mnemonic}},
-                        "control characters as glyphs, ^X or mnemonics");
+    cli::AddCharMode(cmd, o->charMode);
+    cli::AddControlMode(cmd, o->overlay);
     cli::AddTimeMode(cmd, o->timeMode);
     cli::AddLanguage(cmd, o->lang, "the head line and marks");
     cli::AddNaming(cmd, o->naming);

@@ -117,17 +117,8 @@ std::function<int()> declareReport(CLI::App &cmd)
                                         {"dump", report::ReportBody::Dump},
                                         {"data", report::ReportBody::DataOnly}},
                                        "the grid view of the MPs, default vertical");
-    cli::AddChoice<int>(cmd, "--char", rq.charMode,
-                        {{"ascii", CharMode::Ascii},
-                         {"ebcdic", CharMode::Ebcdic},
-                         {"hex", CharMode::Hex},
-                         {"dec", CharMode::Dec},
-                         {"oct", CharMode::Oct},
-                         {"bin", CharMode::Bin}},
-                        "default ascii");
-    cli::AddChoice<int>(cmd, "--control", rq.controlMode,
-                        {{"none", Overlay::None}, {"caret", Overlay::Caret}, {"mnemonic", Overlay::Mnemonic}},
-                        "control characters as glyphs, ^X or mnemonics");
+    cli::AddCharMode(cmd, rq.charMode);
+    cli::AddControlMode(cmd, rq.controlMode);
     cli::AddChoice<int>(cmd, "--numbers", rq.secondaryMode,
                         {{"hex", CharMode::Hex}, {"dec", CharMode::Dec}, {"oct", CharMode::Oct}, {"bin", CharMode::Bin}},
                         "the dump's number columns, default hex");
