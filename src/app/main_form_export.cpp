@@ -26,12 +26,6 @@ void TFormMain::createExportWindow()
     connect(ActionManager1->action("actExportToFile"), &QAction::triggered, this, &TFormMain::actExportToFileExecute);
 }
 
-void TFormMain::actExportToFileExecute()
-{
-    FormExport->refreshLimits();
-    FormExport->show();
-    FormExport->raise();
-    FormExport->activateWindow();
-}
+void TFormMain::actExportToFileExecute() { FormExport->showInFront(); }
 
 } // namespace kestrel

@@ -37,12 +37,6 @@ void TFormMain::createReportWindow()
     connect(ActionManager1->action("actPrintReport"), &QAction::triggered, this, &TFormMain::actPrintReportExecute);
 }
 
-void TFormMain::actPrintReportExecute()
-{
-    FormReport->refreshLimits();
-    FormReport->show();
-    FormReport->raise();
-    FormReport->activateWindow();
-}
+void TFormMain::actPrintReportExecute() { FormReport->showInFront(); }
 
 } // namespace kestrel

@@ -9,6 +9,14 @@ ToolJobWindow::ToolJobWindow(QWidget *parent)
 {
 }
 
+void ToolJobWindow::showInFront()
+{
+    refreshLimits(); // showEvent reads it too, but not for a window already open
+    show();
+    raise();
+    activateWindow();
+}
+
 void ToolJobWindow::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);

@@ -20,6 +20,8 @@ public:
 
     // Re-reads the recording's size for the range controls.
     virtual void refreshLimits() = 0;
+    // Opens the window, or brings it to the front with the recording's size read again.
+    void showInFront();
 
 protected:
     explicit ToolJobWindow(QWidget *parent);
