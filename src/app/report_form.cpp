@@ -2,7 +2,6 @@
 
 #include <QCheckBox>
 #include <QDir>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
@@ -62,14 +61,6 @@ bool AskWithPrintDialog(QWidget *parent, QPrinter &printer)
     dialog.setObjectName("ReportPrint");
     dialog.setOption(QAbstractPrintDialog::PrintToFile, true);
     return dialog.exec() == QDialog::Accepted;
-}
-
-// A file a PDF may replace after a yes: one that is a PDF. Another non-empty file is
-// left to the report library, which refuses it with its own message.
-bool LooksLikePdf(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) && f.read(5) == "%PDF-";
 }
 
 } // namespace
@@ -423,8 +414,8 @@ QString TFormReport::chooseTarget()
 
 bool TFormReport::confirmTarget(const QString &path)
 {
-    const QFileInfo info(path);
-    if (!info.exists() || (info.isFile() && info.size() == 0) || !LooksLikePdf(path))
+    const std::string recording = source_ ? source_().recordFile : std::string();
+    if (report::ExamineReportTarget(path.toStdString(), recording) != report::ReportTarget::Pdf)
         return true; // nothing to lose, or something the report library refuses itself
     const QString question = S(ReportFormMsg::Replace).arg(path);
     return prompter_.ShowMessage(Str(ReportFormMsg::FileTitle), question.toStdString(), Buttons::YesNoDefaultNo,

@@ -176,9 +176,6 @@ Expected<ReportOutcome> PrintReport(QPagedPaintDevice &device, const ReportReque
         out.result = Fail(txt::kPageTooSmall, {});
         return out;
     }
-    // A heading closing the text before the body must stay with the body's first line.
-    // (The layout keeps it with the next text line; here the next is the body.)
-
     QPainter p;
     if (!p.begin(&device)) {
         out.result = Fail(txt::kCannotWrite, {});
@@ -232,29 +229,46 @@ Expected<ReportOutcome> PrintReport(QPagedPaintDevice &device, const ReportReque
     return out;
 }
 
+ReportTarget ExamineReportTarget(const std::filesystem::path &out, const std::filesystem::path &recording)
+{
+    std::error_code ec;
+    const auto status = std::filesystem::status(out, ec);
+    if (!std::filesystem::exists(status))
+        return ReportTarget::Absent;
+    if (std::filesystem::equivalent(out, recording, ec))
+        return ReportTarget::TheRecording;
+    if (!std::filesystem::is_regular_file(status))
+        return ReportTarget::NotAFile;
+    char head[4] = {};
+    std::ifstream in(out, std::ios::binary);
+    in.read(head, sizeof head);
+    if (in.gcount() == 0)
+        return ReportTarget::Empty;
+    return std::string_view(head, static_cast<std::size_t>(in.gcount())) == "%PDF" ? ReportTarget::Pdf
+                                                                                   : ReportTarget::OtherFile;
+}
+
 Expected<ReportOutcome> WriteReportPdf(const std::filesystem::path &outPath, const ReportRequest &rq,
                                        const ReportProgressFn &progress)
 {
     Expected<ReportOutcome> out;
-    std::error_code ec;
-    const auto status = std::filesystem::status(outPath, ec);
-    if (std::filesystem::exists(status)) {
-        if (std::filesystem::equivalent(outPath, rq.recording, ec)) {
-            out.result = Fail(txt::kOntoRecording, outPath.string());
-            return out;
-        }
-        if (!std::filesystem::is_regular_file(status)) {
-            out.result = Fail(txt::kCannotWrite, outPath.string() + ": not a regular file");
-            return out;
-        }
-        char head[4] = {};
-        std::ifstream in(outPath, std::ios::binary);
-        in.read(head, sizeof head);
-        const bool empty = in.gcount() == 0;
-        if (!empty && std::string_view(head, static_cast<std::size_t>(in.gcount())) != "%PDF" && !rq.replaceNonPdf) {
+    switch (ExamineReportTarget(outPath, rq.recording)) {
+    case ReportTarget::TheRecording:
+        out.result = Fail(txt::kOntoRecording, outPath.string());
+        return out;
+    case ReportTarget::NotAFile:
+        out.result = Fail(txt::kCannotWrite, outPath.string() + ": not a regular file");
+        return out;
+    case ReportTarget::OtherFile:
+        if (!rq.replaceNonPdf) {
             out.result = Fail(txt::kNotPdf, outPath.string());
             return out;
         }
+        break;
+    case ReportTarget::Absent:
+    case ReportTarget::Empty:
+    case ReportTarget::Pdf:
+        break;
     }
     // Written beside the target and renamed over it at the end: a stopped or
     // failed report leaves the old file as it was.

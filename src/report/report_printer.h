@@ -22,6 +22,11 @@ namespace kestrel::report {
 [[nodiscard]] Expected<ReportOutcome> PrintReport(QPagedPaintDevice &device, const ReportRequest &request,
                                                   const ReportProgressFn &progress = {}, int maxPages = 0);
 
+// What stands at a report's output path now: the window asks before it replaces a
+// PDF; WriteReportPdf refuses the recording, what is not a file, and any other file.
+enum class ReportTarget { Absent, Empty, Pdf, OtherFile, NotAFile, TheRecording };
+[[nodiscard]] ReportTarget ExamineReportTarget(const std::filesystem::path &out, const std::filesystem::path &recording);
+
 // Writes the report as a PDF. Refuses to replace an existing non-empty file
 // that is not a PDF, and never writes onto the recording itself.
 [[nodiscard]] Expected<ReportOutcome> WriteReportPdf(const std::filesystem::path &out, const ReportRequest &request,
