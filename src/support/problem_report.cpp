@@ -2,13 +2,11 @@
 
 #include <QSysInfo>
 #include <QtGlobal>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <system_error>
 
 #include "base/build_info.h"
 #include "base/string_table.h"
+#include "config/ini_file.h"
 #include "support/support_log.h"
 #include "support/support_texts.h"
 
@@ -117,25 +115,8 @@ SaveReportOutcome SaveReportText(const std::filesystem::path &path, const std::s
             return {false, true, Result::Ok()};
     }
     // Written beside it and moved over it: a full disk leaves the old file as it was.
-    std::filesystem::path temp = path;
-    temp += ".kestrel-tmp";
-    {
-        std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-        if (!out)
-            return {false, false,
-                    Result::Fail(support_txt::kFileNotWritten, path.string() + ": " + std::strerror(errno))};
-        out.write(text.data(), static_cast<std::streamsize>(text.size()));
-        out.close();
-        if (!out) {
-            std::filesystem::remove(temp, ec);
-            return {false, false, Result::Fail(support_txt::kFileNotWritten, path.string())};
-        }
-    }
-    std::filesystem::rename(temp, path, ec);
-    if (ec) {
-        std::filesystem::remove(temp, ec);
-        return {false, false, Result::Fail(support_txt::kFileNotWritten, path.string() + ": " + ec.message())};
-    }
+    if (const Result written = WriteFileAtomic(path, text); !written)
+        return {false, false, Result::Fail(support_txt::kFileNotWritten, written.detail)};
     qCInfo(lcSupport) << "problem report saved to" << QString::fromStdString(path.string());
     return {true, false, Result::Ok()};
 }
